@@ -1,0 +1,22 @@
+# Every target links plotterra_options, so that warnings and the rules for
+# floating-point arithmetic hold for the whole tree and for nothing outside it.
+add_library(plotterra_options INTERFACE)
+target_include_directories(plotterra_options INTERFACE ${PROJECT_SOURCE_DIR})
+target_compile_options(plotterra_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wformat=2
+    -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align -Werror
+    # A fused multiply-add would colour pixels differently from machine to machine.
+    -ffp-contract=off)
+
+if(PLOTTERRA_SANITIZE)
+    target_compile_options(plotterra_options INTERFACE
+        -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+    target_link_options(plotterra_options INTERFACE -fsanitize=address,undefined)
+endif()
+
+# One static library a layer, named plotterra_<layer>, of all sources in its folder.
+function(plotterra_layer name)
+    file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
+    add_library(plotterra_${name} STATIC ${sources})
+    target_link_libraries(plotterra_${name} PUBLIC plotterra_options ${ARGN})
+endfunction()

@@ -1,0 +1,5 @@
+find_package(OpenSSL REQUIRED COMPONENTS Crypto)
+find_package(TBB REQUIRED)
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(PANGOCAIRO REQUIRED IMPORTED_TARGET pangocairo cairo)
+pkg_check_modules(ISAL REQUIRED IMPORTED_TARGET libisal)

@@ -1,0 +1,53 @@
+#include "io/ZPSystemLog.h"
+
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
+#include <ctime>
+#include <unistd.h>
+
+namespace {
+
+std::string timeAndProcess() {
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    tm local{};
+    localtime_r(&now.tv_sec, &local);
+    char date[32];
+    std::strftime(date, sizeof date, "%Y-%m-%d %H:%M:%S", &local);
+    return ZPFormat("%s.%03ld %s[%d:%d] ", date, now.tv_nsec / 1'000'000,
+                    program_invocation_short_name, getpid(), gettid());
+}
+
+} // namespace
+
+std::string ZPFormatArguments(const char *format, va_list arguments) {
+    va_list again;
+    va_copy(again, arguments);
+    const int length = std::vsnprintf(nullptr, 0, format, arguments);
+    std::string text;
+    if (length > 0) {
+        text.resize(static_cast<std::size_t>(length));
+        std::vsnprintf(text.data(), text.size() + 1, format, again);
+    }
+    va_end(again);
+    return text;
+}
+
+std::string ZPFormat(const char *format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    std::string text = ZPFormatArguments(format, arguments);
+    va_end(arguments);
+    return text;
+}
+
+void ZPLog(const char *format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    const std::string line = timeAndProcess() + ZPFormatArguments(format, arguments) + "\n";
+    va_end(arguments);
+
+    // A log that cannot be written has nowhere to report that.
+    [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, line.data(), line.size());
+}

@@ -1,0 +1,136 @@
+#include "io/ZPText.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+
+namespace {
+
+constexpr char32_t kReplacement = 0xFFFD;
+
+/// The code page's characters 0x80 to 0x9F; all others are those of Latin-1.
+constexpr std::array<char16_t, 32> kWindows1252 = {
+    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
+    0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
+    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
+
+void appendUTF8(std::string &text, char32_t character) {
+    const auto append = [&text](char32_t unit) { text.push_back(static_cast<char>(unit)); };
+    if (character < 0x80) {
+        append(character);
+    } else if (character < 0x800) {
+        append(0xC0 | character >> 6);
+        append(0x80 | (character & 0x3F));
+    } else if (character < 0x10000) {
+        append(0xE0 | character >> 12);
+        append(0x80 | (character >> 6 & 0x3F));
+        append(0x80 | (character & 0x3F));
+    } else {
+        append(0xF0 | character >> 18);
+        append(0x80 | (character >> 12 & 0x3F));
+        append(0x80 | (character >> 6 & 0x3F));
+        append(0x80 | (character & 0x3F));
+    }
+}
+
+/// Takes one character off the front of `text`; nothing, and one byte taken, where it is malformed.
+std::optional<char32_t> nextUTF8(std::string_view &text) {
+    const auto byteAt = [&text](std::size_t index) {
+        return static_cast<unsigned char>(text[index]);
+    };
+    const unsigned char lead = byteAt(0);
+    const std::size_t length = lead < 0x80   ? 1
+                               : lead < 0xC2 ? 0
+                               : lead < 0xE0 ? 2
+                               : lead < 0xF0 ? 3
+                               : lead < 0xF5 ? 4
+                                             : 0;
+    const auto malformed = [&text]() -> std::optional<char32_t> {
+        text.remove_prefix(1);
+        return std::nullopt;
+    };
+    if (length == 0 || length > text.size())
+        return malformed();
+
+    char32_t character = length == 1 ? lead : lead & (0x7Fu >> length);
+    for (std::size_t index = 1; index < length; ++index) {
+        if ((byteAt(index) & 0xC0) != 0x80)
+            return malformed();
+        character = character << 6 | (byteAt(index) & 0x3F);
+    }
+    const bool isOverlong =
+        (length == 3 && character < 0x800) || (length == 4 && character < 0x10000);
+    const bool isSurrogate = character >= 0xD800 && character <= 0xDFFF;
+    if (isOverlong || isSurrogate || character > 0x10FFFF)
+        return malformed();
+    text.remove_prefix(length);
+    return character;
+}
+
+} // namespace
+
+std::string ZPStringFromWindows1252(std::span<const std::byte> bytes) {
+    std::string text;
+    text.reserve(bytes.size());
+    for (const std::byte byte : bytes) {
+        const auto code = std::to_integer<unsigned>(byte);
+        appendUTF8(text, code >= 0x80 && code < 0xA0 ? kWindows1252[code - 0x80] : code);
+    }
+    return text;
+}
+
+ZPData ZPWindows1252FromString(std::string_view text) {
+    ZPData bytes;
+    bytes.reserve(text.size());
+    while (!text.empty()) {
+        const char32_t character = nextUTF8(text).value_or(kReplacement);
+        char32_t code = '?';
+        if (character < 0x80 || (character >= 0xA0 && character <= 0xFF)) {
+            code = character;
+        } else if (const auto *found = std::ranges::find(kWindows1252, character);
+                   found != kWindows1252.end()) {
+            code = static_cast<char32_t>(0x80 + (found - kWindows1252.begin()));
+        }
+        bytes.push_back(static_cast<std::byte>(code));
+    }
+    return bytes;
+}
+
+std::string ZPStringFromUTF16(std::u16string_view units) {
+    std::string text;
+    text.reserve(units.size());
+    for (std::size_t index = 0; index < units.size(); ++index) {
+        const char32_t unit = units[index];
+        const bool isHigh = unit >= 0xD800 && unit < 0xDC00;
+        const char32_t next = index + 1 < units.size() ? units[index + 1] : 0;
+        if (isHigh && next >= 0xDC00 && next < 0xE000) {
+            appendUTF8(text, 0x10000 + ((unit - 0xD800) << 10) + (next - 0xDC00));
+            ++index;
+        } else {
+            appendUTF8(text, unit >= 0xD800 && unit < 0xE000 ? kReplacement : unit);
+        }
+    }
+    return text;
+}
+
+std::u16string ZPUTF16FromString(std::string_view text) {
+    std::u16string units;
+    units.reserve(text.size());
+    while (!text.empty()) {
+        const char32_t character = nextUTF8(text).value_or(kReplacement);
+        if (character < 0x10000) {
+            units.push_back(static_cast<char16_t>(character));
+        } else {
+            units.push_back(static_cast<char16_t>(0xD800 + ((character - 0x10000) >> 10)));
+            units.push_back(static_cast<char16_t>(0xDC00 + ((character - 0x10000) & 0x3FF)));
+        }
+    }
+    return units;
+}
+
+bool ZPIsValidUTF8(std::string_view text) {
+    while (!text.empty())
+        if (!nextUTF8(text))
+            return false;
+    return true;
+}

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "io/ZPDataCursor.h"
+
+#include <string>
+#include <string_view>
+
+/// Windows-1252 bytes as UTF-8. The five bytes that the code page leaves open map to the C1 control
+/// of the same number, so that every byte survives a round trip.
+std::string ZPStringFromWindows1252(std::span<const std::byte> bytes);
+/// UTF-8 as Windows-1252; a character that the code page lacks becomes '?'.
+ZPData ZPWindows1252FromString(std::string_view text);
+
+/// An unpaired surrogate becomes U+FFFD.
+std::string ZPStringFromUTF16(std::u16string_view units);
+std::u16string ZPUTF16FromString(std::string_view text);
+
+/// Whether the bytes are well-formed UTF-8 (no overlong form, surrogate or value past U+10FFFF).
+bool ZPIsValidUTF8(std::string_view text);
