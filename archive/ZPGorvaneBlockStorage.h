@@ -1,0 +1,135 @@
+#pragma once
+
+#include "archive/ZPFileHandle.h"
+#include "io/ZPDataCursor.h"
+
+#include <array>
+#include <optional>
+
+inline constexpr char ZPGorvaneStorageErrorDomain[] = "ZPGorvaneStorageErrorDomain";
+
+enum ZPGorvaneStorageErrorCode : int {
+    ZPGorvaneStorageErrorGeneral = 0,
+    ZPGorvaneStorageErrorFreeBlock = 1,
+    ZPGorvaneStorageErrorOutsideDataArea = 2,
+    ZPGorvaneStorageErrorNotOnBlockBoundary = 3,
+    ZPGorvaneStorageErrorLoop = 4,
+    ZPGorvaneStorageErrorException = 5,
+    ZPGorvaneStorageErrorTooShort = 6,
+};
+
+// Keys of the user info, each with a number but for the exception's text.
+inline constexpr char ZPGorvaneStorageErrorKey_FirstBlockOffset[] =
+    "ZPGorvaneStorageErrorKey_FirstBlockOffset";
+inline constexpr char ZPGorvaneStorageErrorKey_BlockOffset[] =
+    "ZPGorvaneStorageErrorKey_BlockOffset";
+inline constexpr char ZPGorvaneStorageErrorKey_FirstValidBlockOffset[] =
+    "ZPGorvaneStorageErrorKey_FirstValidBlockOffset";
+inline constexpr char ZPGorvaneStorageErrorKey_LastValidBlockOffset[] =
+    "ZPGorvaneStorageErrorKey_LastValidBlockOffset";
+inline constexpr char ZPGorvaneStorageErrorKey_Exception[] = "ZPGorvaneStorageErrorKey_Exception";
+
+/// A block file, read only: a header, then blocks of equal size, each of which begins with a link
+/// to the next block of its chain. A stored file is the payload of one chain.
+///
+///     block in use:   next block's offset, 0 in the last (u32) | blockSize - 4 payload bytes
+///     free block:     0x80000000 | next free block's offset    | not interpreted
+///
+/// Chains may be read from several threads at once: the file is mapped, so reading moves no
+/// position and needs no lock. Only `close` and the setters must not run beside a read.
+class ZPGorvaneBlockStorage {
+  public:
+    static std::unique_ptr<ZPFileHandle> _fileHandleAtPath(const std::filesystem::path &path,
+                                                           ZPError *error = nullptr) {
+        return ZPFileHandle::fileHandleAtPath(path, error);
+    }
+
+    // Null when the file cannot be opened (the error says why) or its header is refused (logged, no
+    // error value). Which header version an archive has is a matter of its family, not detected.
+    static std::unique_ptr<ZPGorvaneBlockStorage>
+    initV1StorageWithFileAtPath(const std::filesystem::path &path, ZPError *error = nullptr);
+    static std::unique_ptr<ZPGorvaneBlockStorage>
+    initV2StorageWithFileAtPath(const std::filesystem::path &path, ZPError *error = nullptr);
+    static std::unique_ptr<ZPGorvaneBlockStorage>
+    initV3StorageWithFileAtPath(const std::filesystem::path &path, ZPError *error = nullptr);
+    static std::unique_ptr<ZPGorvaneBlockStorage>
+    initV1StorageWithFileHandle(std::unique_ptr<ZPFileHandle> fileHandle);
+    static std::unique_ptr<ZPGorvaneBlockStorage>
+    initV2StorageWithFileHandle(std::unique_ptr<ZPFileHandle> fileHandle);
+    static std::unique_ptr<ZPGorvaneBlockStorage>
+    initV3StorageWithFileHandle(std::unique_ptr<ZPFileHandle> fileHandle);
+
+    /// The first `expectedLength` bytes of the chain that starts at `offset`. The whole chain is
+    /// followed and must be sound; none, with an error, where it is not or falls short.
+    std::optional<ZPData> readDataFromBlocksAtOffset(std::uint32_t offset,
+                                                     std::uint32_t expectedLength,
+                                                     ZPError *error = nullptr) const;
+
+    /// The same without a copy where one block holds all the bytes; else they are gathered in
+    /// `scratch`. Valid until the storage is closed or `scratch` changes.
+    std::optional<std::span<const std::byte>>
+    readBytesFromBlocksAtOffset(std::uint32_t offset, std::uint32_t expectedLength, ZPData &scratch,
+                                ZPError *error = nullptr) const;
+
+    /// `checkHeader` and, only if that passes, `checkFreeBlockChain`.
+    bool check() const;
+    // What is wrong is logged.
+    bool checkHeader() const;
+    bool checkFreeBlockChain() const;
+    /// Scans every block and logs how many are free, and which of those no free block links to.
+    void searchForFirstFreeBlock() const;
+    void logHeaderInfo() const;
+    void fubar() const { logHeaderInfo(); }
+    std::string description() const;
+
+    /// Releases the file; every later read fails.
+    void close() { _fileHandle.reset(); }
+
+    std::uint32_t version() const { return _version; }
+    std::uint32_t blockSize() const { return _blockSize; }
+    std::uint32_t contentType() const { return _contentType; }
+    std::uint32_t contentSubtype() const { return _contentSubtype; }
+    /// Payload bytes of the free blocks, in 32 bits.
+    std::uint32_t freeSpace() const { return (_blockSize - 4) * _freeBlockCount; }
+
+    std::uint32_t fileSize() const { return _fileSize; }
+    void setFileSize(std::uint32_t size) { _fileSize = size; }
+    std::uint32_t firstFreeBlock() const { return _firstFreeBlock; }
+    void setFirstFreeBlock(std::uint32_t offset) { _firstFreeBlock = offset; }
+    std::uint32_t lastFreeBlock() const { return _lastFreeBlock; }
+    void setLastFreeBlock(std::uint32_t offset) { _lastFreeBlock = offset; }
+    std::uint32_t freeBlockCount() const { return _freeBlockCount; }
+    void setFreeBlockCount(std::uint32_t count) { _freeBlockCount = count; }
+    std::uint32_t rootOffset() const { return _rootOffset; }
+    void setRootOffset(std::uint32_t offset) { _rootOffset = offset; }
+    const ZPFileHandle *fileHandle() const { return _fileHandle.get(); }
+    void setFileHandle(std::unique_ptr<ZPFileHandle> fileHandle) {
+        _fileHandle = std::move(fileHandle);
+    }
+
+  private:
+    explicit ZPGorvaneBlockStorage(std::unique_ptr<ZPFileHandle> fileHandle)
+        : _fileHandle(std::move(fileHandle)) {}
+    static std::unique_ptr<ZPGorvaneBlockStorage>
+    initWithFileHandle(std::unique_ptr<ZPFileHandle> fileHandle, std::uint32_t version);
+    bool readHeader(std::uint32_t version);
+
+    std::span<const std::byte> fileBytes() const;
+    std::uint32_t linkAtOffset(std::uint64_t offset) const;
+    std::span<const std::byte> payloadAtOffset(std::uint32_t offset) const;
+    std::optional<ZPError> faultOfBlockOffset(std::uint32_t offset, std::uint32_t first) const;
+    std::optional<std::uint64_t> lengthOfChain(std::uint32_t first, ZPError *error) const;
+    std::uint32_t firstRepeatedBlock(std::uint32_t first) const;
+
+    std::unique_ptr<ZPFileHandle> _fileHandle;
+    std::uint32_t _version = 0;
+    std::uint32_t _blockSize = 0;
+    std::uint32_t _fileSize = 0;
+    std::uint32_t _contentType = 0;
+    std::uint32_t _contentSubtype = 0;
+    std::uint32_t _firstFreeBlock = 0;
+    std::uint32_t _lastFreeBlock = 0;
+    std::uint32_t _freeBlockCount = 0;
+    std::uint32_t _rootOffset = 0;
+    std::array<std::uint32_t, 7> _unknown2To8{};
+};

@@ -1,0 +1,71 @@
+#include "archive/ZPGorvaneClientData.h"
+
+#include "io/ZPSystemLog.h"
+
+#include <array>
+#include <cstdarg>
+#include <cstdio>
+#include <map>
+
+namespace {
+
+struct Game {
+    const char *displayName;
+    std::string_view key;
+};
+
+/// By game number.
+constexpr std::array<Game, 6> kGames = {{
+    {"Unknown", "unknown"},
+    {"Ostvale (retail)", "ostvale-retail"},
+    {"Ostvale", "ostvale"},
+    {"Ostvale II", "ostvale2"},
+    {"Saltmere", "saltmere"},
+    {"Thornwatch", "thornwatch"},
+}};
+
+using Registry = std::map<std::string, ZPGorvaneClientDataClass>;
+
+/// Registering runs before main, in any order of the files, so the registry is made on first use.
+Registry &registry() {
+    static Registry classes;
+    return classes;
+}
+
+} // namespace
+
+const char *ZPGorvaneGameDisplayName(ZPGorvaneGame game) {
+    return kGames.at(static_cast<std::size_t>(game)).displayName;
+}
+
+ZPGorvaneGame ZPGorvaneGameWithKey(std::string_view key) {
+    for (std::uint32_t number = 0; number < kGames.size(); ++number)
+        if (kGames[number].key == key)
+            return static_cast<ZPGorvaneGame>(number);
+    return ZPGorvaneGame::unknown;
+}
+
+void ZPGorvaneClientData::registerClientDataClass(const ZPGorvaneClientDataClass &clientDataClass,
+                                                  ZPGorvaneGame forGorvaneGame) {
+    registry().insert_or_assign(ZPGorvaneGameDisplayName(forGorvaneGame), clientDataClass);
+    std::string classes;
+    for (const auto &[name, registered] : registry())
+        classes += ZPFormat(" \"%s\" = %s;", name.c_str(), registered.name);
+    ZPLog("%s, clientDataClassesByGame: {%s }",
+          "+[ZPGorvaneClientData registerClientDataClass:forGorvaneGame:]", classes.c_str());
+}
+
+const ZPGorvaneClientDataClass *
+ZPGorvaneClientData::clientDataClassForGorvaneGame(ZPGorvaneGame game) {
+    const auto found = registry().find(ZPGorvaneGameDisplayName(game));
+    return found != registry().end() ? &found->second : nullptr;
+}
+
+void ZPGorvaneClientData::log(const char *format, ...) const {
+    va_list arguments;
+    va_start(arguments, format);
+    std::vprintf(format, arguments);
+    va_end(arguments);
+    std::putchar('\n');
+    std::fflush(stdout);
+}

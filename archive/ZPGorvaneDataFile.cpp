@@ -1,0 +1,147 @@
+#include "archive/ZPGorvaneDataFile.h"
+
+#include "io/ZPSystemLog.h"
+#include "io/ZPTimer.h"
+
+#include <cerrno>
+
+namespace {
+
+constexpr std::uint32_t kVersionIdentifier = 0xFFFF0001;
+
+} // namespace
+
+ZPGorvaneDataFile::ZPGorvaneDataFile(const ZPGorvaneArchiveFamily &family,
+                                     const std::filesystem::path &path)
+    : _family(family), _path(path) {
+    ZPError error;
+    _blockStorage = family.blockStorageAtPath(path, &error);
+    if (_blockStorage == nullptr)
+        ZPLog("error: %s", error.domain.empty()
+                               ? ("not an archive of this kind: " + path.string()).c_str()
+                               : (error.description() + " " + path.string()).c_str());
+}
+
+ZPGorvaneDataFile::ZPGorvaneDataFile(const ZPGorvaneArchiveFamily &family,
+                                     std::unique_ptr<ZPGorvaneBlockStorage> blockStorage)
+    : _family(family), _blockStorage(std::move(blockStorage)) {}
+
+void ZPGorvaneDataFile::quickLoadDataVersion() {
+    if (_blockStorage == nullptr)
+        return;
+    try {
+        const auto entry = ZPGorvaneDirectory::searchForFileWithIdentifier(
+            kVersionIdentifier, *this, _blockStorage->rootOffset());
+        if (!entry)
+            return;
+        ZPError error;
+        const auto data = readDataForFileEntry(*entry, &error);
+        if (!data) {
+            ZPLog("Error loading data version: %s", error.description().c_str());
+            return;
+        }
+        if (auto version = _family.newVersion(*data, _clientData))
+            _dataVersion = std::move(version);
+    } catch (const ZPRangeException &exception) {
+        ZPLog("Bummer, caught exception trying to quick load the data version: %s",
+              exception.what());
+    }
+}
+
+void ZPGorvaneDataFile::loadFileEntriesIfNecessary() {
+    const std::lock_guard guard(_fileEntryLock);
+    if (_hasLoadedFileEntries)
+        return;
+    ZPLog("[%p] Loading file entries - %s", static_cast<const void *>(this), description().c_str());
+    ZPTimer timer;
+    timer.start();
+    if (_blockStorage != nullptr) {
+        try {
+            _rootDirectory =
+                ZPGorvaneDirectory::initWithDataFile(*this, _blockStorage->rootOffset(), true);
+        } catch (const ZPRangeException &exception) {
+            ZPLog("Caught exception: %s", exception.what());
+        }
+    }
+    indexEntries();
+    didLoadFileEntries();
+    _hasLoadedFileEntries = true;
+    timer.stop();
+    ZPLog("elapsed time: %s", timer.description().c_str());
+}
+
+void ZPGorvaneDataFile::indexEntries() {
+    if (_rootDirectory == nullptr)
+        return;
+    const auto isAscending = [](const std::vector<ZPGorvaneFileEntry> &entries) {
+        return std::ranges::adjacent_find(entries, std::ranges::greater_equal{},
+                                          &ZPGorvaneFileEntry::identifier) == entries.end();
+    };
+    std::vector<ZPGorvaneFileEntry> entries;
+    _rootDirectory->appendEntriesFromLeftToRight(entries);
+
+    // A sound tree gives its entries in order. A damaged one is sorted, entries of the same
+    // identifier staying in the order in which its nodes are visited, so that the last one counts.
+    if (!isAscending(entries)) {
+        entries.clear();
+        _rootDirectory->enumerateDirectoriesUsingBlock([&](const ZPGorvaneDirectory &directory) {
+            entries.insert(entries.end(), directory.files().begin(), directory.files().end());
+        });
+        std::ranges::stable_sort(entries, {}, &ZPGorvaneFileEntry::identifier);
+        if (!isAscending(entries)) {
+            _repeatedEntries = ZPGorvaneFileEntryMap(entries);
+            const auto differ = [](const auto &left, const auto &right) {
+                return left.identifier == right.identifier;
+            };
+            const auto kept = std::unique(entries.rbegin(), entries.rend(), differ);
+            entries.erase(entries.begin(), kept.base());
+        }
+    }
+    _fileEntriesByIdentifier = ZPGorvaneFileEntryMap(std::move(entries));
+
+    for (unsigned type = 0; type <= 0xFF; ++type)
+        if (!fileEntriesByType(static_cast<std::uint8_t>(type)).empty())
+            _usedFileTypes.push_back(static_cast<std::uint8_t>(type));
+}
+
+const ZPGorvaneFileEntry *ZPGorvaneDataFile::fileEntryWithIdentifier(std::uint32_t identifier) {
+    if (!_hasLoadedFileEntries)
+        loadFileEntriesIfNecessary();
+    return _fileEntriesByIdentifier.find(identifier);
+}
+
+std::optional<ZPData> ZPGorvaneDataFile::readDataForFileEntry(const ZPGorvaneFileEntry &entry,
+                                                              ZPError *error) const {
+    if (_blockStorage == nullptr) {
+        ZPFail(error, ZPError::posix(EBADF));
+        return std::nullopt;
+    }
+    return _blockStorage->readDataFromBlocksAtOffset(entry.fileOffset, entry.fileSize, error);
+}
+
+std::optional<std::span<const std::byte>>
+ZPGorvaneDataFile::readBytesForFileEntry(const ZPGorvaneFileEntry &entry, ZPData &scratch,
+                                         ZPError *error) const {
+    if (_blockStorage == nullptr) {
+        ZPFail(error, ZPError::posix(EBADF));
+        return std::nullopt;
+    }
+    return _blockStorage->readBytesFromBlocksAtOffset(entry.fileOffset, entry.fileSize, scratch,
+                                                      error);
+}
+
+bool ZPGorvaneDataFile::check() const {
+    ZPLog("%s", "-[ZPGorvaneDataFile check]");
+    ZPLog("self: %s", description().c_str());
+    if (_blockStorage != nullptr)
+        _blockStorage->checkFreeBlockChain();
+    return true;
+}
+
+std::string ZPGorvaneDataFile::description() const {
+    return ZPFormat(
+        "<%s: %p> blockSize: %4u, rootOffset: %08x, dataVersion: %u, %s", className(),
+        static_cast<const void *>(this), _blockStorage != nullptr ? _blockStorage->blockSize() : 0,
+        _blockStorage != nullptr ? _blockStorage->rootOffset() : 0,
+        _dataVersion != nullptr ? _dataVersion->version() : 0, _path.filename().c_str());
+}

@@ -1,0 +1,95 @@
+#pragma once
+
+#include "archive/ZPGorvaneArchiveFamily.h"
+#include "archive/ZPGorvaneDirectory.h"
+#include "archive/ZPGorvaneFileEntryMap.h"
+#include "archive/ZPGorvaneVersion.h"
+
+#include <atomic>
+#include <mutex>
+#include <span>
+
+/// One opened archive: its block storage, an index of all its files that is built on first demand,
+/// and its data version.
+///
+/// Look-ups and reads are safe from several threads; the first that needs the index builds it while
+/// the others wait, and it does not change afterwards.
+class ZPGorvaneDataFile {
+  public:
+    ZPGorvaneDataFile() = delete;
+    /// An archive that cannot be opened is logged; it has no storage, and every read of it fails.
+    ZPGorvaneDataFile(const ZPGorvaneArchiveFamily &family, const std::filesystem::path &path);
+    ZPGorvaneDataFile(const ZPGorvaneArchiveFamily &family,
+                      std::unique_ptr<ZPGorvaneBlockStorage> blockStorage);
+    virtual ~ZPGorvaneDataFile() = default;
+    ZPGorvaneDataFile(const ZPGorvaneDataFile &) = delete;
+    ZPGorvaneDataFile &operator=(const ZPGorvaneDataFile &) = delete;
+
+    /// Finds and decodes the version record without building the index.
+    void quickLoadDataVersion();
+    void loadFileEntriesIfNecessary();
+
+    /// Loads the index if necessary. Null when there is no such file; valid while this lives.
+    const ZPGorvaneFileEntry *fileEntryWithIdentifier(std::uint32_t identifier);
+
+    std::optional<ZPData> readDataForFileEntry(const ZPGorvaneFileEntry &entry,
+                                               ZPError *error = nullptr) const;
+    /// Without a copy where that can be; see ZPGorvaneBlockStorage::readBytesFromBlocksAtOffset.
+    std::optional<std::span<const std::byte>> readBytesForFileEntry(const ZPGorvaneFileEntry &entry,
+                                                                    ZPData &scratch,
+                                                                    ZPError *error = nullptr) const;
+
+    /// Logs what the storage's check of the free blocks finds; always true.
+    bool check() const;
+
+    const ZPGorvaneArchiveFamily &family() const { return _family; }
+    const std::filesystem::path &path() const { return _path; }
+    /// Null when the archive could not be opened.
+    const ZPGorvaneBlockStorage *blockStorage() const { return _blockStorage.get(); }
+    ZPGorvaneClientData *clientData() const { return _clientData; }
+    void setClientData(ZPGorvaneClientData *clientData) { _clientData = clientData; }
+    /// Null until loaded.
+    const ZPGorvaneVersion *dataVersion() const { return _dataVersion.get(); }
+
+    // The index: empty until it is loaded.
+    bool hasLoadedFileEntries() const { return _hasLoadedFileEntries; }
+    std::size_t fileCount() const { return _fileEntriesByIdentifier.size(); }
+    const ZPGorvaneDirectory *rootDirectory() const { return _rootDirectory.get(); }
+    const ZPGorvaneFileEntryMap &fileEntriesByIdentifier() const {
+        return _fileEntriesByIdentifier;
+    }
+    /// The entries of one type (identifier bits 24 to 31), by identifier.
+    std::span<const ZPGorvaneFileEntry> fileEntriesByType(std::uint8_t type) const {
+        return entriesInOrder().entriesWithPrefix(type, 24);
+    }
+    /// Ascending.
+    const std::vector<std::uint8_t> &usedFileTypes() const { return _usedFileTypes; }
+
+    virtual const char *className() const { return "ZPGorvaneDataFile"; }
+    std::string description() const;
+
+  protected:
+    /// Called once, when the index is built.
+    virtual void didLoadFileEntries() {}
+    /// Every entry by identifier; of several with the same one, all, the last found being the one
+    /// that `fileEntriesByIdentifier` knows.
+    const ZPGorvaneFileEntryMap &entriesInOrder() const {
+        return _repeatedEntries.empty() ? _fileEntriesByIdentifier : _repeatedEntries;
+    }
+
+  private:
+    void indexEntries();
+
+    const ZPGorvaneArchiveFamily &_family;
+    std::filesystem::path _path;
+    std::unique_ptr<ZPGorvaneBlockStorage> _blockStorage;
+    ZPGorvaneClientData *_clientData = nullptr;
+    std::unique_ptr<ZPGorvaneDirectory> _rootDirectory;
+    std::unique_ptr<ZPGorvaneVersion> _dataVersion;
+    ZPGorvaneFileEntryMap _fileEntriesByIdentifier;
+    /// Only where an identifier occurs twice.
+    ZPGorvaneFileEntryMap _repeatedEntries;
+    std::vector<std::uint8_t> _usedFileTypes;
+    std::recursive_mutex _fileEntryLock;
+    std::atomic<bool> _hasLoadedFileEntries = false;
+};

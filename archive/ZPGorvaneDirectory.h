@@ -1,0 +1,66 @@
+#pragma once
+
+#include "archive/ZPGorvaneFileEntry.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+class ZPGorvaneDataFile;
+
+/// One node of the directory tree and, on request, all nodes below it. Identifiers increase from
+/// left to right as in a B-tree. A node is the payload of one chain:
+///
+///     0     62 x u32  offsets of the children, ended by 0 or 0xCDCDCDCD where there are fewer
+///     248   u32       number of files n
+///     252   n x entry record of the archive family
+///
+/// Faults of a node's content are logged with its offset ("dir %08x> ...") and reading goes on. A
+/// node that was read already is not followed again, nor is a tree deeper than any real one.
+class ZPGorvaneDirectory {
+  public:
+    /// Null, logged, when the node's chain cannot be read. Throws ZPRangeException when the node's
+    /// own entries pass its end; a child that does is logged and left out.
+    static std::unique_ptr<ZPGorvaneDirectory> initWithDataFile(const ZPGorvaneDataFile &dataFile,
+                                                                std::uint32_t offset,
+                                                                bool loadSubdirectories);
+
+    /// Finds a file by walking down from a node, reading only the nodes on the way.
+    static std::optional<ZPGorvaneFileEntry>
+    searchForFileWithIdentifier(std::uint32_t identifier, const ZPGorvaneDataFile &inDataFile,
+                                std::uint32_t directoryOffset);
+
+    /// Calls the block with this node, then with all below it, each before its children.
+    void enumerateDirectoriesUsingBlock(
+        const std::function<void(const ZPGorvaneDirectory &)> &block) const;
+    /// Appends the tree's entries from left to right, which is by identifier where the tree is
+    /// sound.
+    void appendEntriesFromLeftToRight(std::vector<ZPGorvaneFileEntry> &entries) const;
+
+    std::uint32_t offset() const { return _offset; }
+    const std::vector<ZPGorvaneFileEntry> &files() const { return _files; }
+    /// Filled only when subdirectories were loaded ...
+    const std::vector<std::unique_ptr<ZPGorvaneDirectory>> &subdirectories() const {
+        return _subdirectories;
+    }
+    /// ... and this only when they were not.
+    const std::vector<std::uint32_t> &subdirectoryOffsets() const { return _subdirectoryOffsets; }
+
+    /// Reading leaves it null, so that every node read counts as a root.
+    const ZPGorvaneDirectory *parent() const { return _parent; }
+    void setParent(const ZPGorvaneDirectory *parent) { _parent = parent; }
+    bool isRootDirectory() const { return _parent == nullptr; }
+    bool isLeaf() const { return _subdirectories.empty(); }
+    std::string description() const;
+
+  private:
+    class Reader;
+
+    std::uint32_t _offset = 0;
+    const ZPGorvaneDirectory *_parent = nullptr;
+    std::vector<ZPGorvaneFileEntry> _files;
+    std::vector<std::unique_ptr<ZPGorvaneDirectory>> _subdirectories;
+    std::vector<std::uint32_t> _subdirectoryOffsets;
+};

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "archive/ZPGorvaneStoredObject.h"
+
+/// The record that holds an archive's data version. The base reads no field; a family's own class
+/// knows the layout.
+class ZPGorvaneVersion : public ZPGorvaneStoredObject {
+  public:
+    static constexpr bool isIdentifierInData = false;
+
+    ZPGorvaneVersion(ZPDataCursor &cursor, ZPGorvaneClientData *clientData)
+        : ZPGorvaneStoredObject(cursor, clientData, isIdentifierInData) {}
+
+    std::uint32_t version() const { return _version; }
+
+    const char *className() const override { return "ZPGorvaneVersion"; }
+    using ZPGorvaneStoredObject::saveToPath;
+    /// Writes "version: %u\n".
+    bool saveToPath(const std::filesystem::path &path, ZPError *error = nullptr) const override;
+    std::string description() const override;
+
+  protected:
+    void setVersion(std::uint32_t version) { _version = version; }
+
+  private:
+    std::uint32_t _version = 0;
+};
