@@ -5,6 +5,8 @@ target_include_directories(plotterra_options INTERFACE ${PROJECT_SOURCE_DIR})
 target_compile_options(plotterra_options INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wformat=2
     -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align -Werror
+    # Nobody asks for errno after a square root, and code that sets it cannot be vectorised.
+    -fno-math-errno
     # A fused multiply-add would colour pixels differently from machine to machine.
     -ffp-contract=off)
 

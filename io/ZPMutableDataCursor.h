@@ -11,6 +11,7 @@ class ZPMutableDataCursor {
     explicit ZPMutableDataCursor(ZPData data) : _data(std::move(data)) {}
 
     const ZPData &data() const { return _data; }
+    void reserve(std::size_t length) { _data.reserve(length); }
     /// Hands the buffer over; the cursor is empty afterwards.
     ZPData takeData() { return std::exchange(_data, {}); }
 

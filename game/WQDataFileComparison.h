@@ -1,0 +1,68 @@
+#pragma once
+
+#include "game/WQDataFile.h"
+#include "game/WQFileDigestMap.h"
+#include "game/WQLandBlockSet.h"
+
+#include <filesystem>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+/// What changed between an older archive and a newer one: the files that came, went or differ in
+/// their SHA-1, and for cell archives the land blocks that they belong to.
+///
+/// A file that cannot be read has no digest and counts as not there. With either archive missing
+/// there is nothing to compare: lists and sets stay without a value.
+class WQDataFileComparison {
+  public:
+    /// Borrows both, which have their index loaded; either may be null.
+    WQDataFileComparison(const WQDataFile *oldDataFile, const WQDataFile *newDataFile)
+        : _dataFile1(oldDataFile), _dataFile2(newDataFile) {}
+
+    /// Reads and hashes every file of both archives on all cores, then compares.
+    void buildComparison();
+    /// The digests of one archive's readable files. Logs progress every 1000 files.
+    WQFileDigestMap buildSHA1DigestsByIDForDataFile(const WQDataFile &dataFile) const;
+
+    // Each writes a text as a whole or not at all, and is false when that fails. The summaries go
+    // to standard output when there is no path.
+    bool saveFile1DigestsToURL(const std::filesystem::path &path, ZPError *error = nullptr) const;
+    bool saveFile2DigestsToURL(const std::filesystem::path &path, ZPError *error = nullptr) const;
+    bool saveSummaryToURL(const std::filesystem::path *path, ZPError *error = nullptr) const;
+    bool saveLandBlockSummaryToURL(const std::filesystem::path *path,
+                                   ZPError *error = nullptr) const;
+    /// Adds a line for each block: number, map coordinate, and the name of a known dungeon.
+    static void _appendLandBlocks(std::span<const std::uint32_t> landBlocks, std::string &toString);
+
+    const WQDataFile *dataFile1() const { return _dataFile1; }
+    const WQDataFile *dataFile2() const { return _dataFile2; }
+    /// Without a value where there is no archive.
+    const std::optional<WQFileDigestMap> &digests1() const { return _digests1; }
+    const std::optional<WQFileDigestMap> &digests2() const { return _digests2; }
+
+    using FileKeys = std::vector<std::uint32_t>;
+    /// Identifiers, ascending.
+    const std::optional<FileKeys> &fileKeysAdded() const { return _fileKeysAdded; }
+    const std::optional<FileKeys> &fileKeysRemoved() const { return _fileKeysRemoved; }
+    const std::optional<FileKeys> &fileKeysChanged() const { return _fileKeysChanged; }
+    /// One block may be in several of the sets. Without a value for other than cell archives.
+    const std::optional<WQLandBlockSet> &landBlocksAdded() const { return _landBlocksAdded; }
+    const std::optional<WQLandBlockSet> &landBlocksRemoved() const { return _landBlocksRemoved; }
+    const std::optional<WQLandBlockSet> &landBlocksChanged() const { return _landBlocksChanged; }
+
+  private:
+    void compareDigests();
+
+    const WQDataFile *_dataFile1;
+    const WQDataFile *_dataFile2;
+    std::optional<WQFileDigestMap> _digests1;
+    std::optional<WQFileDigestMap> _digests2;
+    std::optional<FileKeys> _fileKeysAdded;
+    std::optional<FileKeys> _fileKeysRemoved;
+    std::optional<FileKeys> _fileKeysChanged;
+    std::optional<WQLandBlockSet> _landBlocksAdded;
+    std::optional<WQLandBlockSet> _landBlocksRemoved;
+    std::optional<WQLandBlockSet> _landBlocksChanged;
+};

@@ -1,0 +1,6 @@
+#include "game/WQRetailDataFile.h"
+
+#include "game/WQArchiveFamilies.h"
+
+WQRetailDataFile::WQRetailDataFile(const std::filesystem::path &path)
+    : ZPGorvaneDataFile(WQRetailArchiveFamily, path) {}

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "archive/ZPGorvaneVersion.h"
+
+/// The version record of the first game's archives, identifier 0xFFFF0001 in each:
+///
+///     0   u32   data version, little endian
+class WQVersion : public ZPGorvaneVersion {
+  public:
+    WQVersion(ZPDataCursor &cursor, ZPGorvaneClientData *clientData)
+        : ZPGorvaneVersion(cursor, clientData) {
+        setVersion(cursor.readLittleInt32());
+    }
+
+    const char *className() const override { return "WQVersion"; }
+};

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "io/ZPDataCursor.h"
+
+#include <optional>
+
+class ZPGorvaneClientData;
+
+/// 6 x f32, u32 model, u32 particle effect and, from data version 1394 on, u32 `v9`.
+struct WQWeatherModel {
+    WQWeatherModel(ZPDataCursor &cursor, const ZPGorvaneClientData *clientData);
+
+    float v1, v2, v3, v4, v5, v6;
+    std::uint32_t modelIdentifier;
+    std::uint32_t particleEffectIdentifier;
+    std::optional<std::uint32_t> v9;
+};
+
+/// 2 x u32, f32, 3 x f32.
+struct WQWeatherAnimationItem {
+    explicit WQWeatherAnimationItem(ZPDataCursor &cursor);
+
+    std::uint32_t unknown1, unknown2;
+    float unknown3;
+    ZPVector3 unknown4;
+};
+
+/// The numbers in the order of the fields, then u32 count and the items.
+struct WQWeatherAnimationGroup {
+    explicit WQWeatherAnimationGroup(ZPDataCursor &cursor);
+
+    float f1, f2, f3, f4;
+    std::uint32_t v1;
+    float f5;
+    std::uint32_t v2;
+    float f6, f7;
+    std::uint32_t v3, v4;
+    std::vector<WQWeatherAnimationItem> weatherAnimationItems;
+};
+
+/// f32, string16 aligned, then two lists with a u32 count each.
+struct WQWeatherType {
+    WQWeatherType(ZPDataCursor &cursor, const ZPGorvaneClientData *clientData);
+
+    float percent;
+    std::string name;
+    std::vector<WQWeatherModel> weatherModels;
+    std::vector<WQWeatherAnimationGroup> weatherAnimationGroups;
+};

@@ -1,0 +1,55 @@
+#include "map/WQAdler32.h"
+
+#include <isa-l/igzip_lib.h>
+
+void WQAdler32::append(std::span<const std::byte> bytes) {
+    const std::uint32_t sum =
+        isal_adler32(value(), reinterpret_cast<const unsigned char *>(bytes.data()), bytes.size());
+    _a = sum & 0xFFFF;
+    _b = sum >> 16;
+}
+
+void WQAdler32::appendZeros(std::uint64_t count) {
+    _b = static_cast<std::uint32_t>((_b + count % kModulus * _a) % kModulus);
+}
+
+void WQAdler32::appendRepeatedPixels(std::span<const std::byte> pixels, std::size_t bytesPerPixel,
+                                     std::size_t count) {
+    if (count == 1) {
+        append(pixels);
+        return;
+    }
+    // A byte counts once in a, and in b once for each byte from itself to the end. With m bytes a
+    // pixel and k repeats, byte c of repeat t of pixel j stands m(jk + t) + c from the start, so
+    // the repeats of pixel j together add, out of N bytes,
+    //
+    //     to a: k S        to b: (k (N - m j k) - m k (k - 1) / 2) S - k T
+    //
+    // where S is the sum of the pixel's bytes and T that of each times its place c in the pixel.
+    std::uint64_t sum = 0, sumTimesIndex = 0, sumTimesPlace = 0;
+    const std::size_t pixelCount = pixels.size() / bytesPerPixel;
+    for (std::size_t pixel = 0; pixel < pixelCount; ++pixel) {
+        std::uint32_t sumOfPixel = 0;
+        for (std::uint32_t place = 0; place < bytesPerPixel; ++place) {
+            const auto byte = std::to_integer<std::uint32_t>(pixels[pixel * bytesPerPixel + place]);
+            sumOfPixel += byte;
+            sumTimesPlace += std::uint64_t{byte} * place;
+        }
+        sum += sumOfPixel;
+        sumTimesIndex += std::uint64_t{sumOfPixel} * pixel;
+    }
+    const std::uint64_t m = bytesPerPixel, k = count, length = pixels.size() * count;
+    const std::uint64_t weighted =
+        (k * length - m * k * (k - 1) / 2) * sum - m * k * k * sumTimesIndex - k * sumTimesPlace;
+    _b = static_cast<std::uint32_t>((_b + length % kModulus * _a + weighted) % kModulus);
+    _a = static_cast<std::uint32_t>((_a + k * sum) % kModulus);
+}
+
+void WQAdler32::appendChecksum(std::uint32_t next, std::uint64_t length) {
+    // The later sum began with a = 1; had it begun with this one's, each of its steps would have
+    // added so much more.
+    const std::uint64_t a = next & 0xFFFF, b = next >> 16;
+    const std::uint64_t excess = (_a + kModulus - 1) % kModulus;
+    _b = static_cast<std::uint32_t>((_b + b + length % kModulus * excess) % kModulus);
+    _a = static_cast<std::uint32_t>((a + excess) % kModulus);
+}

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <span>
+
+/// Rows of a picture that are equal, told once: the pixels of one row, each of which stands for
+/// `columnsPerPixel` columns, and how many rows look like this.
+struct WQRowRun {
+    std::span<const std::byte> pixels;
+    std::size_t columnsPerPixel = 1;
+    std::size_t rowCount = 1;
+};
+
+/// A picture as a source of rows, row 0 at the north edge. It is never held whole: at scale 8 that
+/// would be a gigabyte.
+class WQImage {
+  public:
+    /// Takes rows, whose pixels stay valid during the call.
+    using RowSink = std::function<void(const WQRowRun &rows)>;
+
+    virtual ~WQImage() = default;
+
+    virtual std::size_t width() const = 0;
+    virtual std::size_t height() const = 0;
+    /// 1: grey level. 4: red, green, blue, alpha, which is not premultiplied.
+    virtual std::size_t bytesPerPixel() const = 0;
+    std::size_t bytesPerRow() const { return width() * bytesPerPixel(); }
+
+    /// How many rows are best handed over together.
+    virtual std::size_t rowsPerBand() const = 0;
+    /// Hands over some rows from north to south. Safe from several threads at once.
+    virtual void readRows(std::size_t first, std::size_t count, const RowSink &sink) const = 0;
+};

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "map/WQImage.h"
+#include "map/WQOverlay.h"
+
+#include <memory>
+
+/// An image of one value for each land point, each shown as a square of `scale` pixels, with or
+/// without a drawing over it. A Pixel is a WQPixel or a grey level.
+template <class Pixel>
+class WQLandImage : public WQImage {
+  public:
+    explicit WQLandImage(std::size_t scale)
+        : _scale(scale),
+          _pixels(std::make_unique_for_overwrite<Pixel[]>(std::size_t{WQLandSize} * WQLandSize)) {}
+
+    /// The values of the land points of grid row `y`, counted from the south.
+    std::span<Pixel, WQLandSize> landRow(unsigned y) {
+        return std::span<Pixel, WQLandSize>(pixelsOfLandRow(WQLandSize - 1 - y), WQLandSize);
+    }
+
+    /// Lays a drawing over the image, in place of any earlier one. Only a coloured image takes one.
+    void setOverlay(std::unique_ptr<const WQOverlay> overlay) { _overlay = std::move(overlay); }
+
+    std::size_t width() const override { return WQLandSize * _scale; }
+    std::size_t height() const override { return WQLandSize * _scale; }
+    std::size_t bytesPerPixel() const override { return sizeof(Pixel); }
+    std::size_t rowsPerBand() const override { return kLandRowsPerBand * _scale; }
+    void readRows(std::size_t first, std::size_t count, const RowSink &sink) const override;
+
+  private:
+    /// Makes 32 bands: enough for every processor to have some, few enough that what each costs of
+    /// its own is small.
+    static constexpr std::size_t kLandRowsPerBand = 64;
+
+    using Columns = WQOverlay::Columns;
+
+    Pixel *pixelsOfLandRow(std::size_t rowFromNorth) const {
+        return _pixels.get() + rowFromNorth * WQLandSize;
+    }
+    void enlarge(std::size_t landRow, Columns columns, Pixel *pixels) const;
+    void readBareRows(std::size_t first, std::size_t count, const RowSink &sink) const;
+    void readRowsUnderOverlay(std::size_t first, std::size_t count, const RowSink &sink) const;
+
+    std::size_t _scale;
+    /// From the north.
+    std::unique_ptr<Pixel[]> _pixels;
+    std::unique_ptr<const WQOverlay> _overlay;
+};
+
+using WQColorImage = WQLandImage<WQPixel>;
+using WQGreyImage = WQLandImage<std::uint8_t>;

@@ -1,0 +1,183 @@
+#include "map/WQMapper.h"
+
+#include "io/ZPSystemLog.h"
+#include "map/WQLandGridBuilder.h"
+#include "map/WQPNGFile.h"
+
+#include <mutex>
+#include <tbb/parallel_for.h>
+
+namespace {
+
+/// The grid of land blocks that shares are reckoned by has 256 columns and rows, one more than the
+/// world has.
+constexpr double kTotalBlocks = 65536;
+
+bool saveImage(const WQImage *image, const std::filesystem::path &path, const char *kind,
+               ZPError *error) {
+    ZPError cause;
+    if (image != nullptr && WQWritePNG(*image, path, &cause))
+        return true;
+    if (image != nullptr)
+        ZPLog("%s: %s", path.c_str(), cause.description().c_str());
+    return ZPFail(error,
+                  {WQMapperErrorDomain,
+                   1,
+                   {{NSLocalizedFailureReasonErrorKey,
+                     ZPFormat("Failed to generate %s (CGImageDestinationFinalize()).", kind)}}});
+}
+
+} // namespace
+
+WQMapper::WQMapper(WQClientData &clientData) : _clientData(clientData) {
+    setLightVector({-1, 1, 0});
+    ZPLog("normalized light vector: (%11f %11f %11f)", static_cast<double>(_lightVector.x),
+          static_cast<double>(_lightVector.y), static_cast<double>(_lightVector.z));
+}
+
+WQMapper::~WQMapper() = default;
+
+void WQMapper::setScale(std::uint64_t scale) {
+    if (scale < 1 || scale > 8)
+        ZPLog("Error: scale (%llu) must be 1-8", static_cast<unsigned long long>(scale));
+    else
+        _scale = scale;
+}
+
+void WQMapper::updateLandColors(const WQMapColorScheme &scheme) {
+    WQLandColorTable::shared().updateLandColors(scheme);
+}
+
+// -- the land
+
+bool WQMapper::setupLandBlockData() {
+    return setupLandBlockData(true);
+}
+
+bool WQMapper::setupLandBlockData(bool comparesWithOldData) {
+    const WQWorldInfo *worldInfo = _clientData.worldInfo();
+    _landGrid = WQLandGrid::allocate();
+    if (_landGrid == nullptr) {
+        ZPLog("Error: failed to malloc() memory for land data.");
+        return false;
+    }
+    if (worldInfo != nullptr)
+        _landGrid->setLandHeights(worldInfo->actualLandHeights());
+    else
+        ZPLog("Error: there is no region record (13000000); the land is taken to be flat.");
+
+    _comparison.reset();
+    if (comparesWithOldData && _oldClientData != nullptr) {
+        _comparison = std::make_unique<WQDataFileComparison>(_oldClientData->cellDataFile(),
+                                                             _clientData.cellDataFile());
+        _comparison->buildComparison();
+    }
+
+    WQDataFile &cellDataFile = *_clientData.cellDataFile();
+    cellDataFile.loadFileEntriesIfNecessary();
+    const WQLandCounts counts = WQFillLandGrid(*_landGrid, cellDataFile, _comparison.get());
+    ZPLog("land block count: %u (%.1f %%), object block count: %u (%.1f %% of total area, %.1f %% "
+          "of used land)",
+          counts.landBlocks, counts.landBlocks * 100.0 / kTotalBlocks, counts.objectBlocks,
+          counts.objectBlocks * 100.0 / kTotalBlocks,
+          counts.objectBlocks * 100.0 / counts.landBlocks);
+    return true;
+}
+
+// -- pictures
+
+void WQMapper::logImageSize(std::size_t bytesPerPixel) const {
+    const std::size_t size = WQLandSize * _scale;
+    ZPLog("landsize: %u x %u, scale: %llu, imageSize: %zu x %zu, bytesPerPixel: %zu, bytesPerRow: "
+          "%zu",
+          WQLandSize, WQLandSize, static_cast<unsigned long long>(_scale), size, size,
+          bytesPerPixel, size * bytesPerPixel);
+}
+
+WQTerrainShader WQMapper::terrainShader(bool marksChanges) const {
+    return {*_landGrid,
+            WQLandColorTable::shared(),
+            {_lightVector, static_cast<float>(_fudgeFactor), _shouldUseAlpha, marksChanges}};
+}
+
+std::unique_ptr<WQImage> WQMapper::newBaseMap() {
+    logImageSize(sizeof(WQPixel));
+    if (!setupLandBlockData())
+        return nullptr;
+    ZPLog("diffuseFactor for deep water: %g", WQFlatDiffuseFactor(_lightVector));
+    auto image = std::make_unique<WQColorImage>(_scale);
+    ZPLog("--------------------------------------------------------------");
+    ZPLog("initialBitmapContext: <WQColorImage: %p> %zu x %zu, 8 bits a component, RGBA",
+          static_cast<const void *>(image.get()), image->width(), image->height());
+    const WQLightRange range = shadeLand(*image);
+    ZPLog("Done that part.");
+    freeLandBlockData();
+    ZPLog("minDiff: %g, maxDiff: %g", range.minimum, range.maximum);
+    image->setOverlay(newOverlay());
+    return image;
+}
+
+WQLightRange WQMapper::shadeLand(WQColorImage &image) const {
+    constexpr unsigned kRowsPerWorker = 64;
+    const WQTerrainShader shader = terrainShader(_oldClientData != nullptr);
+    WQLightRange range;
+    std::mutex rangeLock;
+    tbb::parallel_for(tbb::blocked_range<unsigned>(0, WQLandSize, kRowsPerWorker),
+                      [&](const auto &rows) {
+                          WQLightRange rangeOfRows;
+                          for (unsigned y = rows.begin(); y < rows.end(); ++y)
+                              rangeOfRows.include(shader.shadeRow(y, image.landRow(y)));
+                          const std::lock_guard guard(rangeLock);
+                          range.include(rangeOfRows);
+                      });
+    return range;
+}
+
+std::unique_ptr<const WQOverlay> WQMapper::newOverlay() const {
+    return nullptr;
+}
+
+std::unique_ptr<WQImage> WQMapper::newHeightMap() {
+    logImageSize(sizeof(std::uint8_t));
+    if (!setupLandBlockData(false))
+        return nullptr;
+    auto image = std::make_unique<WQGreyImage>(_scale);
+    for (unsigned y = 0; y < WQLandSize; ++y)
+        std::ranges::transform(_landGrid->row(y), image->landRow(y).begin(),
+                               &WQLandPoint::heightIndex);
+    freeLandBlockData();
+    return image;
+}
+
+bool WQMapper::saveMapToURL(const std::filesystem::path &path, ZPError *error) {
+    return saveImage(newBaseMap().get(), path, "map image", error);
+}
+
+bool WQMapper::saveHeightMapToURL(const std::filesystem::path &path, ZPError *error) {
+    return saveImage(newHeightMap().get(), path, "height map image", error);
+}
+
+bool WQMapper::saveChangesToURL(const std::filesystem::path &path, ZPError *error) const {
+    return _comparison != nullptr && _comparison->saveLandBlockSummaryToURL(&path, error);
+}
+
+// -- viewport
+
+void WQMapper::setupLand() {
+    ZPLog("%s", "-[WQMapper setupLand]");
+    _viewport.setupTypes();
+}
+
+void WQMapper::updateLand() {
+    ZPLog("%s", "-[WQMapper updateLand]");
+    _viewport.updateTypes(*_landGrid);
+}
+
+std::span<const std::uint8_t> WQMapper::mapLand() const {
+    ZPLog("%s", "-[WQMapper mapLand]");
+    return _viewport.types();
+}
+
+void WQMapper::updateBitmap() {
+    _viewport.updateBitmap(terrainShader(false));
+}

@@ -1,0 +1,130 @@
+#pragma once
+
+#include "game/WQClientData.h"
+#include "game/WQDataFileComparison.h"
+#include "map/WQLandColorTable.h"
+#include "map/WQLandGrid.h"
+#include "map/WQLandImage.h"
+#include "map/WQMapPoint.h"
+#include "map/WQMapViewport.h"
+#include "map/WQTerrainShader.h"
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <vector>
+
+inline constexpr char WQMapperErrorDomain[] = "WQMapperErrorDomain";
+
+/// The map renderer: its settings, and the pictures and the report that it makes of a data set.
+///
+/// Settings and the land colour table, which all renderers share, must not change while a picture
+/// is made. Each picture reads the land blocks anew.
+class WQMapper {
+  public:
+    /// The client data must outlive the renderer.
+    explicit WQMapper(WQClientData &clientData);
+    ~WQMapper();
+    WQMapper(const WQMapper &) = delete;
+    WQMapper &operator=(const WQMapper &) = delete;
+
+    WQClientData &clientData() const { return _clientData; }
+    /// An older data set to compare with, or null; it must outlive the renderer.
+    WQClientData *oldClientData() const { return _oldClientData; }
+    void setOldClientData(WQClientData *clientData) { _oldClientData = clientData; }
+    /// Points without land data are transparent.
+    bool shouldUseAlpha() const { return _shouldUseAlpha; }
+    void setShouldUseAlpha(bool use) { _shouldUseAlpha = use; }
+    /// Draws the grid with compass, title and tribute.
+    bool shouldDrawGrid() const { return _shouldDrawGrid; }
+    void setShouldDrawGrid(bool draw) { _shouldDrawGrid = draw; }
+    /// Pixels of the picture for each land point along each axis.
+    std::uint64_t scale() const { return _scale; }
+    /// 1 to 8; any other value is logged and changes nothing.
+    void setScale(std::uint64_t scale);
+    /// The places to mark, none where no list was set.
+    const std::optional<std::vector<WQMapPoint>> &coordinates() const { return _coordinates; }
+    void setCoordinates(std::vector<WQMapPoint> coordinates) {
+        _coordinates = std::move(coordinates);
+    }
+    /// Unit vector toward the light: x east, y north, z up.
+    ZPVector3 lightVector() const { return _lightVector; }
+    /// Keeps the direction of a vector that is not zero.
+    void setLightVector(ZPVector3 vector) { _lightVector = WQNormalizedVector(vector); }
+    /// A factor to every colour; 255 leaves them as they are.
+    double fudgeFactor() const { return _fudgeFactor; }
+    void setFudgeFactor(double factor) { _fudgeFactor = factor; }
+    /// Of the last map that was made with old client data, or null.
+    const WQDataFileComparison *comparison() const { return _comparison.get(); }
+    void setComparison(std::unique_ptr<WQDataFileComparison> comparison) {
+        _comparison = std::move(comparison);
+    }
+
+    // The land colours, one table for all renderers.
+    void updateLandColors(const WQMapColorScheme &scheme);
+    void updateSnow() { WQLandColorTable::shared().updateSnow(); }
+    void falseColorWater() { WQLandColorTable::shared().falseColorWater(); }
+    void dumpColors() const { WQLandColorTable::shared().dumpColors(); }
+
+    /// Reads the land; false when there is no memory for it.
+    bool setupLandBlockData();
+    void freeLandBlockData() { _landGrid.reset(); }
+    /// Null unless the land is set up.
+    const WQLandGrid *landGrid() const { return _landGrid.get(); }
+    ZPVector3 calculateNormal(const WQLandGrid &landGrid, unsigned atX, unsigned y) const {
+        return WQTerrainShader::calculateNormal(landGrid, atX, y);
+    }
+    /// The land must be set up.
+    unsigned landTypeAtPoint(double x, double y) const { return _landGrid->landTypeAtPoint(x, y); }
+    WQImagePoint unscaledPointForMapLocation(WQMapLocation location) const {
+        return WQUnscaledPointForMapLocation(location);
+    }
+    WQImagePoint imagePointForMapLocation(WQMapLocation location) const {
+        return WQImagePointForMapLocation(location, _scale);
+    }
+
+    /// The coloured map; null when there is no memory for it.
+    std::unique_ptr<WQImage> newBaseMap();
+    /// The height indexes as grey levels, black where there is no data; null when there is no
+    /// memory for it.
+    std::unique_ptr<WQImage> newHeightMap();
+    // Write a PNG file. Any failure is code 1 of "WQMapperErrorDomain", and leaves no file.
+    bool saveMapToURL(const std::filesystem::path &path, ZPError *error = nullptr);
+    bool saveHeightMapToURL(const std::filesystem::path &path, ZPError *error = nullptr);
+    /// Writes which land blocks the last map found changed. Without a comparison it fails and
+    /// leaves the error untouched.
+    bool saveChangesToURL(const std::filesystem::path &path, ZPError *error = nullptr) const;
+
+    // A window of 512 by 512 points on the land, which must be set up.
+    std::uint32_t XOffset() const { return _viewport.xOffset; }
+    void setXOffset(std::uint32_t offset) { _viewport.xOffset = offset; }
+    std::uint32_t YOffset() const { return _viewport.yOffset; }
+    void setYOffset(std::uint32_t offset) { _viewport.yOffset = offset; }
+    void setupLand();
+    void updateLand();
+    /// Land types, row by row from the south; empty before `setupLand`.
+    std::span<const std::uint8_t> mapLand() const;
+    void setupBitmapContext() { _viewport.setupBitmap(); }
+    void updateBitmap();
+    /// Row 0 at the north; empty before `setupBitmapContext`.
+    std::span<const WQPixel> bitmapContext() const { return _viewport.bitmap(); }
+
+  private:
+    bool setupLandBlockData(bool comparesWithOldData);
+    void logImageSize(std::size_t bytesPerPixel) const;
+    WQTerrainShader terrainShader(bool marksChanges) const;
+    WQLightRange shadeLand(WQColorImage &image) const;
+    std::unique_ptr<const WQOverlay> newOverlay() const;
+
+    WQClientData &_clientData;
+    WQClientData *_oldClientData = nullptr;
+    bool _shouldUseAlpha = false;
+    bool _shouldDrawGrid = false;
+    std::uint64_t _scale = 1;
+    std::optional<std::vector<WQMapPoint>> _coordinates;
+    ZPVector3 _lightVector;
+    double _fudgeFactor = 255.0;
+    std::unique_ptr<WQDataFileComparison> _comparison;
+    std::unique_ptr<WQLandGrid> _landGrid;
+    WQMapViewport _viewport;
+};

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "map/WQAdler32.h"
+#include "map/WQDeflateBlock.h"
+#include "map/WQRowMatcher.h"
+
+/// A part of a PNG file's picture, filtered and deflated on its own: its data ends on a byte and
+/// refers to nothing before it, so that bands can be made side by side and joined in order.
+class WQPNGBand {
+  public:
+    explicit WQPNGBand(std::size_t bytesPerPixel)
+        : _bytesPerPixel(bytesPerPixel), _matcher(WQRowMatcher::newMatcher(bytesPerPixel)) {}
+
+    /// All rows of a band are equally wide. A band has less than 4 GiB.
+    void appendRows(const WQRowRun &rows);
+    /// The deflated data. Nothing may be appended afterwards.
+    ZPData finish() { return _block.finish(); }
+
+    /// Checksum and number of the bytes before deflating.
+    std::uint32_t checksum() const { return _checksum.value(); }
+    std::uint64_t length() const { return _length; }
+
+  private:
+    void appendFilter(unsigned filter);
+    void appendRepeats(std::size_t rowCount, std::size_t bytesPerRow);
+
+    std::size_t _bytesPerPixel;
+    std::unique_ptr<WQRowMatcher> _matcher;
+    WQDeflateBlock _block;
+    WQAdler32 _checksum;
+    std::uint64_t _length = 0;
+};

@@ -1,0 +1,245 @@
+#include "tests/BlockFileBytes.h"
+#include "tests/TestSupport.h"
+
+#include "archive/ZPGorvaneBlockStorage.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <fcntl.h>
+#include <map>
+#include <sys/file.h>
+#include <unistd.h>
+
+namespace {
+
+using Storage = ZPGorvaneBlockStorage;
+
+std::unique_ptr<Storage> open(unsigned version, const std::filesystem::path &path,
+                              ZPError *error = nullptr) {
+    switch (version) {
+    case 1: return Storage::initV1StorageWithFileAtPath(path, error);
+    case 2: return Storage::initV2StorageWithFileAtPath(path, error);
+    default: return Storage::initV3StorageWithFileAtPath(path, error);
+    }
+}
+
+class BlockStorage : public testing::Test {
+  protected:
+    std::unique_ptr<Storage> openBytes(const BlockFileBytes &file, unsigned version = 3) {
+        return open(version, file.writeToPath(_directory / "archive"));
+    }
+
+    TemporaryFolder _directory;
+};
+
+TEST_F(BlockStorage, EachVersionReadsItsHeaderAndRefusesTheOthers) {
+    for (const unsigned version : {1u, 2u, 3u}) {
+        BlockFileBytes file(4);
+        file.rootOffset = 0x800;
+        file.putHeader(version, 0x400, 0xC00, 2);
+        const auto storage = openBytes(file, version);
+        ASSERT_NE(storage, nullptr);
+        EXPECT_EQ(storage->version(), version);
+        EXPECT_EQ(storage->blockSize(), 1024u);
+        EXPECT_EQ(storage->fileSize(), 4096u);
+        EXPECT_EQ(storage->contentType(), 7u);
+        EXPECT_EQ(storage->contentSubtype(), version == 1 ? 0u : 8u);
+        EXPECT_EQ(storage->firstFreeBlock(), 0x400u);
+        EXPECT_EQ(storage->lastFreeBlock(), 0xC00u);
+        EXPECT_EQ(storage->freeSpace(), 2040u);
+        EXPECT_EQ(storage->rootOffset(), 0x800u);
+        const auto path = _directory / "archive";
+        EXPECT_EQ(open(3, path) != nullptr, version == 3);
+        EXPECT_EQ(open(1, path) != nullptr, version != 3);
+    }
+}
+
+TEST_F(BlockStorage, HeadersThatAreRefused) {
+    const struct {
+        const char *name;
+        std::size_t offset;
+        std::uint32_t word;
+        std::size_t size;
+        const char *line;
+    } cases[] = {
+        {"format check", 256, 1, 4096, "Bad magic number for V3 storage (00000001 00005442)"},
+        {"magic", 320, 9, 4096, "Bad magic number for V3 storage (004c5000 00000009)"},
+        {"block size 0", 324, 0, 4096, "Block size 0"},
+        {"block size 7", 324, 7, 4096, "Block size 7"},
+        {"block size beyond the file", 324, 4097, 4096, "Block size 4097"},
+        {"cut within the header", 0, 0, 355, "Trying to read past end"},
+        {"cut before the header", 0, 0, 100, "Trying to seek past end"},
+        {"empty", 0, 0, 0, "Trying to seek past end"},
+    };
+    for (const auto &c : cases) {
+        BlockFileBytes file(4);
+        file.putHeader(3);
+        file.put(c.offset, words({c.word}));
+        file.bytes.resize(c.size);
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(openBytes(file), nullptr) << c.name;
+        EXPECT_NE(testing::internal::GetCapturedStderr().find(c.line), std::string::npos) << c.name;
+    }
+}
+
+TEST_F(BlockStorage, FilesThatCannotBeOpened) {
+    ZPError error;
+    EXPECT_EQ(open(3, _directory / "missing", &error), nullptr);
+    EXPECT_EQ(error.description().substr(0, 40), "Error Domain=POSIXErrorDomain Code=2 \"No");
+    EXPECT_EQ(open(3, _directory.path(), &error), nullptr);
+    EXPECT_EQ(error.code, EISDIR);
+
+    BlockFileBytes file(4);
+    file.putHeader(3);
+    const auto path = file.writeToPath(_directory / "locked");
+    const int descriptor = ::open(path.c_str(), O_RDONLY);
+    ASSERT_EQ(flock(descriptor, LOCK_EX), 0);
+    EXPECT_EQ(open(3, path, &error), nullptr);
+    EXPECT_EQ(error.code, EWOULDBLOCK);
+    close(descriptor);
+    EXPECT_NE(open(3, path, &error), nullptr);
+}
+
+TEST_F(BlockStorage, ChainsAreJoinedCutAndCheckedForLength) {
+    BlockFileBytes file(6, 256);
+    ZPData data(300);
+    for (std::size_t index = 0; index < data.size(); ++index)
+        data[index] = static_cast<std::byte>(index * 7);
+    file.put(0x200, words({0})); // the second block lies before the first
+    file.putChain({0x400, 0x200}, data);
+    file.putHeader(3);
+    file.bytes.resize(0x480); // the last block of the file is cut to 124 payload bytes
+    file.putChain({0x300}, hex("aa"));
+    file.put(328, words({0x600}));
+    const auto storage = openBytes(file);
+    ASSERT_NE(storage, nullptr);
+
+    // 124 bytes from the block that is cut, then 252 from the other.
+    ZPData expected(data.begin(), data.begin() + 124);
+    expected.insert(expected.end(), data.begin() + 252, data.end());
+    EXPECT_EQ(storage->readDataFromBlocksAtOffset(0x400, 124 + 48), expected);
+    EXPECT_TRUE(storage->readDataFromBlocksAtOffset(0x400, 124 + 252));
+    EXPECT_EQ(storage->readDataFromBlocksAtOffset(0x300, 1), hex("aa"));
+    EXPECT_EQ(storage->readDataFromBlocksAtOffset(0, 0), ZPData());
+
+    for (const auto &[offset, length, reason] :
+         {std::tuple{0x400u, 377u, "Data length (376) is shorter than expected (377)"},
+          {0x300u, 0xFFFFFFFFu, "Data length (252) is shorter than expected (4294967295)"},
+          {0u, 1u, "Data length (0) is shorter than expected (1)"}}) {
+        ZPError error;
+        EXPECT_FALSE(storage->readDataFromBlocksAtOffset(offset, length, &error));
+        EXPECT_EQ(error.domain, ZPGorvaneStorageErrorDomain);
+        EXPECT_EQ(error.code, ZPGorvaneStorageErrorTooShort);
+        EXPECT_EQ(error.failureReason(), reason);
+        EXPECT_EQ(error.userInfo.size(), 2u);
+    }
+}
+
+TEST_F(BlockStorage, EveryFaultOfAChainHasItsCode) {
+    BlockFileBytes file(16, 1024);
+    file.put(0x400, words({0x800}));
+    file.put(0x800, words({0x400}));       // back to the first
+    file.put(0xC00, words({0x410}));       // off the boundary
+    file.put(0x1000, words({0x4000}));     // at the end of the file
+    file.put(0x1400, words({0x80000400})); // a free block's link
+    file.put(0x1800, words({0x1C00}));
+    file.put(0x1C00, words({0x2000}));
+    file.put(0x2000, words({0x1C00})); // back to the second
+    file.put(0x2400, words({0x3C00}));
+    file.put(0x2800, words({0x2800})); // to itself
+    file.putHeader(3);
+    file.bytes.resize(0x3C02); // the last block's link is cut
+    const auto sound = openBytes(file);
+    ASSERT_NE(sound, nullptr);
+    file.put(328, words({0xC0000000})); // a recorded size beyond 2 GiB
+    const auto large = open(3, file.writeToPath(_directory / "large"));
+    ASSERT_NE(large, nullptr);
+
+    const std::string outside = " does not fall within data area of file (00000400 - 00004000)";
+    const struct {
+        const Storage *storage;
+        std::uint32_t first;
+        int code;
+        std::uint32_t block;
+        std::string reason;
+    } cases[] = {
+        {sound.get(), 0x400, 4, 0x400,
+         "Block chain starting at 00000400 contains loop to 00000400"},
+        {sound.get(), 0x1800, 4, 0x1C00,
+         "Block chain starting at 00001800 contains loop to 00001c00"},
+        {sound.get(), 0x2800, 4, 0x2800,
+         "Block chain starting at 00002800 contains loop to 00002800"},
+        {sound.get(), 0xC00, 3, 0x410, "Block offset 00000410 does not begin on a block boundary"},
+        {sound.get(), 0x100, 3, 0x100, "Block offset 00000100 does not begin on a block boundary"},
+        {sound.get(), 0x1000, 2, 0x4000, "Block offset 00004000" + outside},
+        {sound.get(), 0x1400, 2, 0x80000400, "Block offset 80000400" + outside},
+        {large.get(), 0x1400, 1, 0x80000400,
+         "Block chain starting at 00001400 contains free block 80000400"},
+        {sound.get(), 0x2400, 5, 0x3C00, "Caught exception trying to read block"},
+        {large.get(), 0x4000, 5, 0x4000, "Caught exception trying to read block"},
+    };
+    for (const auto &c : cases) {
+        ZPError error;
+        EXPECT_FALSE(c.storage->readDataFromBlocksAtOffset(c.first, 1, &error)) << c.reason;
+        EXPECT_EQ(error.code, c.code) << c.reason;
+        EXPECT_EQ(error.failureReason(), c.reason);
+        std::map<std::string, ZPError::Value> numbers = {
+            {NSLocalizedFailureReasonErrorKey, c.reason},
+            {"ZPGorvaneStorageErrorKey_FirstBlockOffset", std::uint64_t{c.first}},
+            {"ZPGorvaneStorageErrorKey_BlockOffset", std::uint64_t{c.block}}};
+        if (c.code == 2) {
+            numbers["ZPGorvaneStorageErrorKey_FirstValidBlockOffset"] = std::uint64_t{0x400};
+            numbers["ZPGorvaneStorageErrorKey_LastValidBlockOffset"] = std::uint64_t{0x4000};
+        }
+        error.userInfo.erase(ZPGorvaneStorageErrorKey_Exception);
+        EXPECT_EQ(error.userInfo, numbers);
+    }
+}
+
+TEST_F(BlockStorage, ChecksOfHeaderAndFreeBlocks) {
+    const struct {
+        const char *name;
+        std::uint32_t blockSize;
+        std::uint32_t firstLink, secondLink;
+        std::uint32_t lastFree, freeCount;
+        bool isHeaderSound, isChainSound;
+        const char *line;
+    } cases[] = {
+        {"sound", 1024, 0x80000800, 0x80000000, 0x800, 2, true, true, "chain freeBlockCount: 2"},
+        {"block size", 512, 0x80000800, 0x80000000, 0x800, 2, false, true, "block size: 512"},
+        {"loop", 1024, 0x80000800, 0x80000400, 0x800, 2, true, false, "contains a loop"},
+        {"outside", 1024, 0x80100000, 0, 0x400, 1, true, false,
+         "Free block 00100000 does not fall"},
+        {"boundary", 1024, 0x80000801, 0, 0x400, 1, true, false,
+         "Free block 00000801 does not begin"},
+        {"in use", 1024, 0x80000800, 0, 0x800, 2, true, false, "Free block 00000800 is not marked"},
+        {"end", 1024, 0x80000000, 0, 0x800, 1, true, false, "does not end at block recorded"},
+        {"count", 1024, 0x80000800, 0x80000000, 0x800, 3, true, false, "(3) does not match actual"},
+    };
+    for (const auto &c : cases) {
+        BlockFileBytes file(1024 * 1024 / c.blockSize, c.blockSize);
+        file.put(0x400, words({c.firstLink}));
+        file.put(0x800, words({c.secondLink}));
+        file.putHeader(3, 0x400, c.lastFree, c.freeCount);
+        testing::internal::CaptureStderr();
+        const auto storage = openBytes(file);
+        EXPECT_EQ(storage->checkHeader(), c.isHeaderSound) << c.name;
+        EXPECT_EQ(storage->checkFreeBlockChain(), c.isChainSound) << c.name;
+        EXPECT_EQ(storage->check(), c.isHeaderSound && c.isChainSound) << c.name;
+        EXPECT_NE(testing::internal::GetCapturedStderr().find(c.line), std::string::npos) << c.name;
+    }
+
+    BlockFileBytes file(8);
+    for (const std::size_t offset : {0x800u, 0x400u, 0x1400u})
+        file.put(offset, words({0x80000800}));
+    file.putHeader(3);
+    testing::internal::CaptureStderr();
+    openBytes(file)->searchForFirstFreeBlock();
+    const std::string log = testing::internal::GetCapturedStderr();
+    EXPECT_NE(log.find("             free block count: 3\n"), std::string::npos) << log;
+    EXPECT_NE(log.find("unreferenced free block count: 2\n"), std::string::npos) << log;
+    EXPECT_LT(log.find("... 00000400"), log.find("... 00001400"));
+}
+
+} // namespace

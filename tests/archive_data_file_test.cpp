@@ -1,0 +1,110 @@
+#include "tests/ArchiveBytes.h"
+#include "tests/BlockFileBytes.h"
+#include "tests/TestSupport.h"
+
+#include "game/WQDataFile.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+namespace {
+
+std::size_t countOf(const std::string &text, std::string_view part) {
+    std::size_t count = 0;
+    for (std::size_t at = text.find(part); at != text.npos; at = text.find(part, at + 1))
+        ++count;
+    return count;
+}
+
+TEST(DataFile, IndexOfAWholeTreeIsBuiltOnce) {
+    const TemporaryFolder directory;
+    ArchiveBytes archive;
+    for (std::uint32_t number = 0; number < 5000; ++number)
+        archive.addEntry(0x01000000 + number * 7919, {});
+    archive.addFile(0xFFFF0001, hex("72050000"));
+    archive.addFile(0x0A000001, "sound");
+    archive.writeToPath(directory / "archive");
+
+    WQDataFile dataFile(directory / "archive");
+    dataFile.quickLoadDataVersion();
+    ASSERT_NE(dataFile.dataVersion(), nullptr);
+    EXPECT_EQ(dataFile.dataVersion()->version(), 1394u);
+    EXPECT_FALSE(dataFile.hasLoadedFileEntries());
+    EXPECT_EQ(dataFile.fileCount(), 0u);
+
+    testing::internal::CaptureStderr();
+    {
+        std::vector<std::jthread> threads;
+        for (int thread = 0; thread < 4; ++thread)
+            threads.emplace_back([&] { dataFile.fileEntryWithIdentifier(0x0A000001); });
+    }
+    EXPECT_EQ(countOf(testing::internal::GetCapturedStderr(), "Loading file entries - <WQDataFile"),
+              1u);
+    EXPECT_EQ(dataFile.fileCount(), 5002u);
+    EXPECT_EQ(dataFile.usedFileTypes(), (std::vector<std::uint8_t>{0x01, 0x02, 0x03, 0x0A, 0xFF}));
+    EXPECT_EQ(dataFile.fileEntriesByType(0x0A).size(), 1u);
+    EXPECT_EQ(dataFile.fileEntryWithIdentifier(0x0A000002), nullptr);
+    ASSERT_NE(dataFile.fileEntryWithIdentifier(0x0A000001), nullptr);
+    EXPECT_EQ(dataFile.readDataForFileEntry(*dataFile.fileEntryWithIdentifier(0x0A000001)),
+              hex("736f756e64"));
+}
+
+TEST(DataFile, OfEntriesWithOneIdentifierTheLastVisitedCounts) {
+    const TemporaryFolder directory;
+    BlockFileBytes file(6);
+    const auto node = [](const ZPData &children, const ZPData &entries) {
+        ZPData bytes = children;
+        bytes.resize(248);
+        bytes = joined({bytes, words({2}), entries});
+        bytes.resize(1740);
+        return bytes;
+    };
+    file.putChain({0x400, 0x800},
+                  node(words({0xC00}), joined({words({1, 0x12340100, 1, 1, 0, 0}),
+                                               words({1, 0x12340200, 2, 2, 0, 0})})));
+    file.putChain({0xC00, 0x1000}, node({}, joined({words({1, 0x12340100, 3, 3, 0, 0}),
+                                                    words({1, 0xFFFF0002, 4, 4, 0, 0})})));
+    file.rootOffset = 0x400;
+    file.putHeader(3);
+    WQDataFile dataFile(file.writeToPath(directory / "archive"));
+    dataFile.setType(WQDataFile::cell);
+    dataFile.loadFileEntriesIfNecessary();
+    EXPECT_EQ(dataFile.fileCount(), 3u);
+    EXPECT_EQ(dataFile.fileEntryWithIdentifier(0x12340100)->fileOffset, 3u);
+    // The groups keep them all, in the order of the visit.
+    const auto group = dataFile.fileEntriesByLandBlock(0x1234);
+    ASSERT_EQ(group.size(), 3u);
+    EXPECT_EQ(group[0].fileOffset, 1u);
+    EXPECT_EQ(group[1].fileOffset, 3u);
+    EXPECT_EQ(dataFile.fileEntriesByType(0x12).size(), 3u);
+    EXPECT_TRUE(dataFile.fileEntriesByLandBlock(0xFFFF).empty());
+    dataFile.setType(WQDataFile::portal);
+    EXPECT_TRUE(dataFile.fileEntriesByLandBlock(0x1234).empty());
+}
+
+TEST(DataFile, WithoutStorageOrRootThereIsNothingAndNoFailure) {
+    const TemporaryFolder directory;
+    BlockFileBytes file(2);
+    file.rootOffset = 0x400; // one block, too short for a node
+    file.putHeader(3);
+    for (const char *name : {"unreadable root", "missing"}) {
+        if (name != std::string("missing"))
+            file.writeToPath(directory / name);
+        testing::internal::CaptureStderr();
+        WQDataFile dataFile(directory / name);
+        dataFile.quickLoadDataVersion();
+        EXPECT_EQ(dataFile.fileEntryWithIdentifier(1), nullptr);
+        EXPECT_TRUE(dataFile.hasLoadedFileEntries());
+        EXPECT_EQ(dataFile.fileCount(), 0u);
+        EXPECT_EQ(dataFile.dataVersion(), nullptr);
+        ZPError error;
+        EXPECT_FALSE(dataFile.readDataForFileEntry({1, 2, 0x404, 4, 0, 0}, &error));
+        EXPECT_NE(error.domain, "");
+        EXPECT_TRUE(dataFile.check());
+        EXPECT_EQ(countOf(testing::internal::GetCapturedStderr(), "rror: "),
+                  name == std::string("missing") ? 1u : 2u);
+    }
+}
+
+} // namespace

@@ -1,0 +1,195 @@
+#include "tests/BlockFileBytes.h"
+#include "tests/TestSupport.h"
+
+#include "archive/ZPGorvaneDataFile.h"
+#include "archive/ZPGorvaneDirectory.h"
+#include "game/WQArchiveFamilies.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+/// A node's bytes: children, count, entry records.
+ZPData node(const ZPData &children, std::uint32_t count, const ZPData &entries,
+            std::size_t size = 1740) {
+    ZPData bytes = children;
+    bytes.resize(248);
+    bytes = joined({bytes, words({count}), entries});
+    bytes.resize(size);
+    return bytes;
+}
+
+ZPData entry(std::uint32_t identifier) {
+    return words({1, identifier, 0x400, 12, 1000, 77});
+}
+
+/// An archive whose nodes are given by a test; each takes two blocks.
+class Directory : public testing::Test {
+  protected:
+    void putNode(std::uint32_t offset, const ZPData &bytes) {
+        _file.putChain({offset, offset + 0x400}, bytes);
+    }
+    std::unique_ptr<ZPGorvaneDirectory> read(bool loadSubdirectories = true) {
+        return readFamily(WQArchiveFamily, 3, loadSubdirectories);
+    }
+    std::unique_ptr<ZPGorvaneDirectory> readFamily(const ZPGorvaneArchiveFamily &family,
+                                                   unsigned version, bool loadSubdirectories) {
+        _file.rootOffset = 0x800;
+        _file.putHeader(version);
+        _dataFile = std::make_unique<ZPGorvaneDataFile>(
+            family, _file.writeToPath(_directory / std::to_string(version)));
+        testing::internal::CaptureStderr();
+        auto root = ZPGorvaneDirectory::initWithDataFile(*_dataFile, 0x800, loadSubdirectories);
+        _log = testing::internal::GetCapturedStderr();
+        return root;
+    }
+    std::vector<std::uint32_t> identifiers(const ZPGorvaneDirectory &root) {
+        std::vector<std::uint32_t> found;
+        root.enumerateDirectoriesUsingBlock([&](const ZPGorvaneDirectory &directory) {
+            for (const auto &file : directory.files())
+                found.push_back(file.identifier);
+        });
+        return found;
+    }
+
+    TemporaryFolder _directory;
+    BlockFileBytes _file{16};
+    std::unique_ptr<ZPGorvaneDataFile> _dataFile;
+    std::string _log;
+};
+
+using Identifiers = std::vector<std::uint32_t>;
+
+TEST_F(Directory, EntriesOfEachFamily) {
+    const struct {
+        const ZPGorvaneArchiveFamily &family;
+        unsigned version;
+        ZPData record;
+        std::uint32_t entryVersion, mtime, unknown3;
+    } cases[] = {
+        {WQArchiveFamily, 3, words({2, 0x11, 0x400, 12, 1000, 77}), 2, 1000, 77},
+        {WQRetailArchiveFamily, 1, words({0x11, 0x400, 12}), 0, 0, 0},
+        {WQ2ArchiveFamily, 2, words({0x11, 0x400, 12, 1000}), 0, 1000, 0},
+    };
+    for (const auto &c : cases) {
+        _file = BlockFileBytes(16);
+        putNode(0x800, node({}, 1, c.record, c.family.directorySize()));
+        const auto root = readFamily(c.family, c.version, true);
+        ASSERT_NE(root, nullptr);
+        EXPECT_TRUE(root->isLeaf());
+        ASSERT_EQ(root->files().size(), 1u);
+        const ZPGorvaneFileEntry &file = root->files().front();
+        EXPECT_EQ(file.version, c.entryVersion);
+        EXPECT_EQ(file.identifier, 0x11u);
+        EXPECT_EQ(file.fileOffset, 0x400u);
+        EXPECT_EQ(file.fileSize, 12u);
+        EXPECT_EQ(file.mtime, c.mtime);
+        EXPECT_EQ(file.unknown3, c.unknown3);
+        EXPECT_EQ(file.copyWithZone().fileOffset, 0u);
+        EXPECT_EQ(_log, "");
+        if (c.version == 3) {
+            ZPData written;
+            WQWriteFileEntryToBuffer(file, written);
+            EXPECT_EQ(written, c.record);
+        }
+    }
+}
+
+TEST_F(Directory, TreeAndSearch) {
+    // 0x800: 20, 40 with children 0x1000 (10), 0x1800 (30) and 0x2000 (50)
+    putNode(0x800, node(words({0x1000, 0x1800, 0x2000}), 2, joined({entry(20), entry(40)})));
+    putNode(0x1000, node({}, 1, entry(10)));
+    putNode(0x1800, node(words({0xCDCDCDCD}), 1, entry(30)));
+    putNode(0x2000, node({}, 1, entry(50)));
+    const auto tree = read();
+    EXPECT_EQ(identifiers(*tree), (Identifiers{20, 40, 10, 30, 50}));
+    std::vector<ZPGorvaneFileEntry> entries;
+    tree->appendEntriesFromLeftToRight(entries);
+    EXPECT_TRUE(std::ranges::is_sorted(entries, {}, &ZPGorvaneFileEntry::identifier));
+    EXPECT_EQ(entries.size(), 5u);
+    EXPECT_EQ(_log, "");
+    EXPECT_EQ(read(false)->subdirectoryOffsets(), (Identifiers{0x1000, 0x1800, 0x2000}));
+
+    for (const std::uint32_t wanted : {10u, 20u, 30u, 40u, 50u, 5u, 35u, 60u}) {
+        const auto found =
+            ZPGorvaneDirectory::searchForFileWithIdentifier(wanted, *_dataFile, 0x800);
+        EXPECT_EQ(found.has_value(), wanted % 10 == 0 && wanted < 60) << wanted;
+        EXPECT_TRUE(!found || found->identifier == wanted);
+    }
+}
+
+TEST_F(Directory, FaultsOfANodeAreLoggedAndTolerated) {
+    ZPData full;
+    for (std::uint32_t identifier = 1; identifier <= 62; ++identifier)
+        full = joined({full, entry(identifier)});
+    const ZPData emptySlot(24);
+    const struct {
+        const char *name;
+        ZPData root;
+        std::size_t fileCount;
+        std::vector<const char *> lines;
+    } cases[] = {
+        {"62 entries",
+         node({}, 62, full),
+         62,
+         {"invalid number of files (62), must be count <= 61"}},
+        {"empty slot",
+         node({}, 3, joined({entry(5), emptySlot, entry(7)})),
+         1,
+         {"dir 00000800> Failed to create file entry 1"}},
+        {"out of order",
+         node({}, 2, joined({entry(5), entry(5)})),
+         2,
+         {"dir 00000800> files out of order, prev id (00000005) >= cur id (00000005)"}},
+        {"child off the boundary",
+         node(words({0x1001}), 1, entry(5)),
+         1,
+         {"dir 00000800> Subdirectory at index 0 failed checks..."}},
+        {"child outside",
+         node(words({0x4000}), 1, entry(5)),
+         1,
+         {"Block offset 00004000 does not fall within"}},
+        {"links to itself",
+         node(words({0x800, 0x1000}), 1, entry(5)),
+         2,
+         {"Subdirectory 00000800 was read already",
+          "dir 00000800> count: 1, subdirs: 1, files: 1"}},
+        {"one child twice",
+         node(words({0x1000, 0x1000}), 1, entry(5)),
+         2,
+         {"Subdirectory 00001000 was read already"}},
+        {"cycle",
+         node(words({0x1800, 0x1000}), 1, entry(5)),
+         3,
+         {"dir 00001800> Subdirectory 00000800 was read already"}},
+        {"child with a hostile count",
+         node(words({0x2000, 0x1000}), 1, entry(5)),
+         2,
+         {"invalid number of files (4294967295)", "dir 00002000> Caught exception"}},
+    };
+    for (const auto &c : cases) {
+        _file = BlockFileBytes(16);
+        putNode(0x800, c.root);
+        putNode(0x1000, node({}, 1, entry(9)));
+        putNode(0x1800, node(words({0x800}), 1, entry(3)));
+        ZPData hostile = full;
+        putNode(0x2000, node({}, 0xFFFFFFFF, hostile));
+        const auto root = read();
+        ASSERT_NE(root, nullptr) << c.name;
+        EXPECT_EQ(identifiers(*root).size(), c.fileCount) << c.name;
+        for (const char *line : c.lines)
+            EXPECT_NE(_log.find(line), std::string::npos) << c.name << "\n" << _log;
+    }
+
+    // The search ends in a directory that leads back to itself.
+    _file = BlockFileBytes(16);
+    putNode(0x800, node(words({0x800, 0x800}), 1, entry(5)));
+    read();
+    EXPECT_FALSE(ZPGorvaneDirectory::searchForFileWithIdentifier(9, *_dataFile, 0x800));
+    // A hostile count in the root is the caller's to catch.
+    putNode(0x800, node({}, 63, full));
+    EXPECT_THROW(read(), ZPRangeException);
+    testing::internal::GetCapturedStderr();
+}
+
+} // namespace

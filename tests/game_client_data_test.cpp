@@ -1,0 +1,206 @@
+#include "tests/ArchiveBytes.h"
+#include "tests/BlockFileBytes.h"
+#include "tests/ProgramRun.h"
+#include "tests/TestSupport.h"
+
+#include "game/WQClientData.h"
+#include "game/WQRetailClientData.h"
+#include "io/ZPSystemLog.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+namespace {
+
+std::string nameOf(const ZPGorvaneStoredObject *object) {
+    return object != nullptr ? object->className() : "none";
+}
+
+std::string portalClass(std::uint32_t identifier) {
+    const WQRecordClass *found = WQClientData::objectClassForPortalIdentifier(identifier);
+    return found != nullptr ? found->name : "none";
+}
+
+TEST(ClientData, ClassesByIdentifier) {
+    const std::pair<std::uint32_t, const char *> cases[] = {
+        {0x00000001, "none"},          {0x01000001, "WQModelLeaf"},
+        {0x07000000, "none"},          {0x0E000002, "WQCharacterCreation"},
+        {0x0E000003, "none"},          {0x0E00001E, "WQTabooTable"},
+        {0x13000000, "WQWorldInfo"},   {0x13000001, "none"},
+        {0x25000000, "WQAssociation"}, {0x26000000, "none"},
+        {0x27000000, "WQAssociation"}, {0x39000001, "WQInterface1"},
+        {0x39000002, "none"},          {0xFFFF0001, "WQVersion"},
+        {0xFFFF0002, "none"},
+    };
+    for (const auto &[identifier, name] : cases)
+        EXPECT_EQ(portalClass(identifier), name) << std::hex << identifier;
+    EXPECT_EQ(std::string("WQObjectBlock"), WQRecordClassForCellIdentifier(0x1234FFFE).name);
+    EXPECT_EQ(std::string("WQLandBlock"), WQRecordClassForCellIdentifier(0x1234FFFF).name);
+    EXPECT_EQ(std::string("WQDungeonBlock"), WQRecordClassForCellIdentifier(0x12340100).name);
+    EXPECT_EQ(std::string("WQDungeonBlock"), WQRecordClassForCellIdentifier(0x12340001).name);
+    EXPECT_EQ(std::string("WQVersion"), WQRecordClassForCellIdentifier(0xFFFF0001).name);
+}
+
+TEST(ClientData, BothClassesAreRegisteredBeforeMain) {
+    const ProgramRun run = runProgram({PLOTTERRA_REGISTRATION_PROBE});
+    EXPECT_EQ(run.status, 0);
+    const std::string line = "+[ZPGorvaneClientData registerClientDataClass:forGorvaneGame:], "
+                             "clientDataClassesByGame: ";
+    const std::size_t first = run.log.find(line), second = run.log.find(line, first + 1);
+    EXPECT_LT(first, second);
+    EXPECT_LT(second, run.log.find("] main"));
+    EXPECT_LT(run.log.find("WQRetailClientData"), run.log.find("] main"));
+    EXPECT_EQ(run.output, "basePath: /nonexistent\n");
+    EXPECT_STREQ(ZPGorvaneClientData::clientDataClassForGorvaneGame(ZPGorvaneGame::first)->name,
+                 "WQClientData");
+    EXPECT_EQ(ZPGorvaneClientData::clientDataClassForGorvaneGame(ZPGorvaneGame::second), nullptr);
+}
+
+TEST(ClientData, WithoutArchivesEverythingIsThereAndEmpty) {
+    const TemporaryFolder folder;
+    testing::internal::CaptureStderr();
+    WQClientData clientData(folder.path());
+    clientData.loadAllFileEntries();
+    EXPECT_EQ(clientData.worldInfo(), nullptr);
+    EXPECT_EQ(clientData.skillTable(), nullptr);
+    EXPECT_EQ(clientData.newCellObjectWithIdentifier(0x1234FFFF), nullptr);
+    EXPECT_FALSE(clientData.paletteWithIdentifier(0x04000001));
+    const std::string log = testing::internal::GetCapturedStderr();
+    std::size_t at = 0;
+    for (const char *name : {"portal.dat", "highres.dat", "cell_1.dat", "local_English.dat"}) {
+        at = log.find(ZPFormat("client_%s\n", name), at);
+        EXPECT_NE(at, std::string::npos) << name << log;
+    }
+    for (const auto &[name, type] :
+         {std::pair{"portal", 0u}, {"highres", 1u}, {"cell", 2u}, {"local", 3u}})
+        EXPECT_EQ(clientData.dataFileWithName(name)->type(), type);
+    EXPECT_EQ(clientData.dataFileWithName("local"), clientData.dataFileOfType(3));
+    EXPECT_EQ(clientData.dataFileWithName("Portal"), nullptr);
+    EXPECT_EQ(clientData.dataFileWithName(""), nullptr);
+    EXPECT_EQ(clientData.dataFileOfType(4), nullptr);
+}
+
+/// A directory with a portal and a cell archive.
+class ClientDataLookup : public testing::Test {
+  protected:
+    ClientDataLookup() {
+        ArchiveBytes portal, cell;
+        for (const std::uint32_t identifier :
+             {0x04000001u, 0x0A000001u, 0x0A000002u, 0x0A000003u, 0x0E000004u, 0x07000001u})
+            portal.addFile(identifier, words({identifier, 1, 2}));
+        portal.addFile(0x06000001, words({0x06000002})); // misnamed
+        portal.addFile(0x06000003, hex("0300"));         // too short
+        portal.addEntry(0x06000004, {0x404, 4, 0, 1});   // nowhere
+        portal.addFile(0xFFFF0001, words({1394}));
+        portal.writeToPath(_folder / "client_portal.dat");
+        cell.addFile(0x1234FFFE, words({0x1234FFFE, 5}));
+        cell.addFile(0x12340100, words({0x12340100}));
+        cell.addFile(0xFFFF0001, words({7}));
+        cell.writeToPath(_folder / "client_cell_1.dat");
+        testing::internal::CaptureStderr();
+        _clientData.emplace(_folder.path());
+    }
+    ~ClientDataLookup() override { testing::internal::GetCapturedStderr(); }
+
+    TemporaryFolder _folder;
+    std::optional<WQClientData> _clientData;
+};
+
+TEST_F(ClientDataLookup, Records) {
+    const auto skills = _clientData->skillTable();
+    EXPECT_EQ(nameOf(skills), "WQSkillTable");
+    EXPECT_EQ(_clientData->skillTable(), skills);
+    EXPECT_EQ(_clientData->spellTable(), nullptr);
+    EXPECT_EQ(nameOf(_clientData->newPortalObjectWithIdentifier(0x07000001).get()), "none");
+    const auto version = _clientData->newPortalObjectWithIdentifier(0xFFFF0001);
+    EXPECT_EQ(nameOf(version.get()), "WQVersion");
+    EXPECT_EQ(version->identifier(), 0xFFFF0001u);
+    EXPECT_EQ(_clientData->newHighresObjectWithIdentifier(0x04000001), nullptr);
+
+    const auto image = _clientData->imageWithIdentifier(0x06000001);
+    ASSERT_NE(image, nullptr);
+    EXPECT_EQ(image->data(), words({0x06000002}));
+    EXPECT_EQ(_clientData->imageWithIdentifier(0x04000001), nullptr);
+    EXPECT_EQ(_clientData->imageWithIdentifier(0x06000003), nullptr);
+    EXPECT_EQ(_clientData->imageWithIdentifier(0x06000004), nullptr);
+
+    EXPECT_EQ(nameOf(_clientData->newCellObjectWithIdentifier(0x12340100).get()), "WQDungeonBlock");
+    EXPECT_EQ(nameOf(_clientData->newCellObjectWithIdentifier(0xFFFF0001).get()), "WQVersion");
+    WQDataFile &cell = *_clientData->cellDataFile();
+    EXPECT_EQ(cell.fileEntriesByLandBlock(0x1234).size(), 2u);
+    const ZPGorvaneFileEntry &entry = *cell.fileEntryWithIdentifier(0x1234FFFE);
+    EXPECT_EQ(nameOf(_clientData->newObjectForFileEntry(entry, cell).get()), "WQObjectBlock");
+    const WQDataFile other(_folder / "client_cell_1.dat");
+    EXPECT_EQ(_clientData->newObjectForFileEntry(entry, other), nullptr);
+
+    const std::string log = testing::internal::GetCapturedStderr();
+    testing::internal::CaptureStderr();
+    EXPECT_NE(log.find("Warning: Identifier stored in file (06000002) doesn't match identifier "
+                       "passed in (06000001)"),
+              std::string::npos);
+}
+
+TEST_F(ClientDataLookup, Caches) {
+    EXPECT_FALSE(_clientData->paletteWithIdentifier(0x0A000001));
+    WQRecordCache &palettes = _clientData->paletteCache(), &sounds = _clientData->soundCache();
+    EXPECT_EQ(palettes.count(), 0u);
+    EXPECT_EQ(palettes.name(), "Palette cache");
+    {
+        std::vector<std::jthread> threads;
+        for (int thread = 0; thread < 4; ++thread)
+            threads.emplace_back([&] {
+                for (int round = 0; round < 200; ++round)
+                    EXPECT_EQ(_clientData->paletteWithIdentifier(0x04000001)->className(),
+                              std::string("WQPalette"));
+            });
+    }
+    EXPECT_EQ(palettes.count(), 1u);
+    palettes.removeUnusedObjects(); // a palette stays in use
+    EXPECT_EQ(palettes.count(), 1u);
+
+    auto first = _clientData->soundWithIdentifier(0x0A000001);
+    _clientData->soundWithIdentifier(0x0A000002);
+    EXPECT_EQ(_clientData->soundWithIdentifier(0x0A000001).operator->(), &*first);
+    EXPECT_EQ(sounds.totalCost(), 24u);
+    sounds.setTotalCostLimit(24);
+    auto third = _clientData->soundWithIdentifier(0x0A000003); // in place of the second
+    EXPECT_EQ(sounds.count(), 2u);
+    EXPECT_FALSE(sounds.objectForKey(0x0A000002));
+    auto second = _clientData->soundWithIdentifier(0x0A000002); // all in use: over the limit
+    EXPECT_EQ(sounds.count(), 3u);
+    first = {};
+    EXPECT_EQ(sounds.count(), 2u);
+    EXPECT_FALSE(sounds.objectForKey(0x0A000001));
+    sounds.removeUnusedObjects();
+    EXPECT_EQ(third->identifier(), 0x0A000003u);
+    EXPECT_EQ(sounds.count(), 2u);
+}
+
+TEST(RetailClientData, OpensItsTwoArchives) {
+    const TemporaryFolder folder;
+    BlockFileBytes file(3);
+    ZPData node = words({});
+    node.resize(248);
+    node = joined({node, words({1, 0xFFFF0001, 0x800, 4})});
+    node.resize(996);
+    file.putChain({0x400}, node);
+    file.putChain({0x800}, words({9}));
+    file.rootOffset = 0x400;
+    file.putHeader(1);
+    file.writeToPath(folder / "cell.dat");
+    testing::internal::CaptureStderr();
+    testing::internal::CaptureStdout();
+    WQRetailClientData clientData(folder.path());
+    const std::string output = testing::internal::GetCapturedStdout();
+    testing::internal::GetCapturedStderr();
+    EXPECT_EQ(
+        output.find("basePath: " + folder.path().string() + "\nportal:   <WQRetailDataFile: "), 0u);
+    EXPECT_NE(output.find("\ncell:     <WQRetailDataFile: "), std::string::npos);
+    EXPECT_NE(clientData.cellDataFile()->dataVersion(), nullptr);
+    EXPECT_EQ(clientData.portalDataFile()->dataVersion(), nullptr);
+    EXPECT_EQ(clientData.dataFileWithName("cell"), clientData.cellDataFile());
+    EXPECT_EQ(clientData.dataFileWithName("local"), nullptr);
+}
+
+} // namespace

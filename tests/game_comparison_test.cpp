@@ -1,0 +1,224 @@
+#include "game/WQDataFileComparison.h"
+#include "io/ZPSystemLog.h"
+#include "tests/ArchiveBytes.h"
+#include "tests/ProgramRun.h"
+#include "tests/TestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <set>
+#include <tbb/global_control.h>
+#include <tbb/task_arena.h>
+
+namespace {
+
+using Keys = std::vector<std::uint32_t>;
+/// Contents by identifier; a file without any is listed at a place where no block begins.
+using Files = std::map<std::uint32_t, std::optional<std::string>>;
+
+class Comparison : public testing::Test {
+  protected:
+    std::unique_ptr<WQDataFile> archive(const Files &files,
+                                        std::uint32_t type = WQDataFile::cell) const {
+        ArchiveBytes bytes;
+        for (const auto &[identifier, contents] : files)
+            if (contents)
+                bytes.addFile(identifier, *contents);
+            else
+                bytes.addEntry(identifier, {.fileOffset = 0x301, .fileSize = 4});
+        bytes.writeToPath(_folder / "archive");
+        auto dataFile = std::make_unique<WQDataFile>(_folder / "archive");
+        std::filesystem::remove(_folder / "archive");
+        dataFile->setType(type);
+        dataFile->loadFileEntriesIfNecessary();
+        EXPECT_EQ(dataFile->fileCount(), files.size());
+        return dataFile;
+    }
+
+    std::string savedText(bool (WQDataFileComparison::*save)(const std::filesystem::path *,
+                                                             ZPError *) const,
+                          const WQDataFileComparison &comparison) const {
+        const auto path = _folder / "text";
+        EXPECT_TRUE((comparison.*save)(&path, nullptr));
+        const std::string text = textOfFile(path);
+        testing::internal::CaptureStdout();
+        EXPECT_TRUE((comparison.*save)(nullptr, nullptr));
+        EXPECT_EQ(testing::internal::GetCapturedStdout(), text);
+        return text;
+    }
+
+    TemporaryFolder _folder;
+};
+
+const std::string kLong(700, 'x');
+
+TEST_F(Comparison, FindsWhatCameWentAndChanged) {
+    const Files old = {
+        {0x1234FFFF, "land"}, {0x1234FFFE, kLong}, {0x12340100, ""}, {0x1235FFFF, "sea"}};
+    const auto with = [&old](const Files &others) {
+        Files files = others;
+        files.insert(old.begin(), old.end());
+        return files;
+    };
+    const std::string edited = kLong.substr(1) + "y";
+    const struct {
+        const char *what;
+        Files files;
+        Keys added, removed, changed;
+    } cases[] = {
+        {"the same", old, {}, {}, {}},
+        {"one byte, far into the chain", with({{0x1234FFFE, edited}}), {}, {}, {0x1234FFFE}},
+        {"an empty file filled", with({{0x12340100, "cell"}}), {}, {}, {0x12340100}},
+        {"object block and cell came",
+         with({{0x1235FFFE, "o"}, {0x00070100, "c"}, {0x00070101, "c"}}),
+         {0x00070100, 0x00070101, 0x1235FFFE},
+         {},
+         {}},
+        {"unreadable", with({{0x1235FFFF, std::nullopt}}), {}, {0x1235FFFF}, {}},
+        {"unreadable and new", with({{0x1235FFFE, std::nullopt}}), {}, {}, {}},
+        {"the last went, others came",
+         with({{0x1235FFFF, std::nullopt}, {0x00010100, "c"}}),
+         {0x00010100},
+         {0x1235FFFF},
+         {}},
+        {"nothing there", {}, {}, {0x12340100, 0x1234FFFE, 0x1234FFFF, 0x1235FFFF}, {}},
+    };
+    const auto blocks = [](const Keys &keys) {
+        std::set<std::uint32_t> numbers;
+        for (const std::uint32_t key : keys)
+            numbers.insert(key >> 16);
+        return Keys(numbers.begin(), numbers.end());
+    };
+    const auto oldFile = archive(old);
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.what);
+        const auto newFile = archive(c.files);
+        for (const bool isSwapped : {false, true}) {
+            WQDataFileComparison comparison(isSwapped ? newFile.get() : oldFile.get(),
+                                            isSwapped ? oldFile.get() : newFile.get());
+            comparison.buildComparison();
+            const Keys &added = isSwapped ? c.removed : c.added;
+            const Keys &removed = isSwapped ? c.added : c.removed;
+            EXPECT_EQ(comparison.fileKeysAdded(), added);
+            EXPECT_EQ(comparison.fileKeysRemoved(), removed);
+            EXPECT_EQ(comparison.fileKeysChanged(), c.changed);
+            EXPECT_EQ(comparison.landBlocksAdded()->numbers(), blocks(added));
+            EXPECT_EQ(comparison.landBlocksRemoved()->numbers(), blocks(removed));
+            EXPECT_EQ(comparison.landBlocksChanged()->numbers(), blocks(c.changed));
+        }
+    }
+}
+
+TEST_F(Comparison, NeedsTwoCellArchivesForLandBlocks) {
+    const auto some = archive({{0x00070100, "abc"}});
+    const auto portal = archive({{0x00080100, "abc"}}, WQDataFile::portal);
+    const std::string nothing = "added: 0, removed: 0, changed: 0\n" + std::string(70, '-') +
+                                "\nAdded land blocks:\n" + std::string(70, '-') +
+                                "\nRemoved land blocks:\n" + std::string(70, '-') +
+                                "\nChanged land blocks:\n";
+    const struct {
+        const WQDataFile *old, *current;
+        bool hasKeys, hasBlocks;
+    } cases[] = {
+        {some.get(), portal.get(), true, true}, {portal.get(), some.get(), true, false},
+        {nullptr, some.get(), false, false},    {some.get(), nullptr, false, false},
+        {nullptr, nullptr, false, false},
+    };
+    for (const auto &c : cases) {
+        WQDataFileComparison comparison(c.old, c.current);
+        comparison.buildComparison();
+        EXPECT_EQ(comparison.digests1().has_value(), c.old != nullptr);
+        EXPECT_EQ(comparison.digests2().has_value(), c.current != nullptr);
+        EXPECT_EQ(comparison.fileKeysAdded().has_value(), c.hasKeys);
+        EXPECT_EQ(comparison.landBlocksAdded().has_value(), c.hasBlocks);
+        EXPECT_EQ(comparison.landBlocksChanged().has_value(), c.hasBlocks);
+        if (!c.hasBlocks) {
+            EXPECT_EQ(savedText(&WQDataFileComparison::saveLandBlockSummaryToURL, comparison),
+                      nothing);
+        }
+    }
+
+    // An older client without this archive: everything is new.
+    WQDataFile missing(_folder / "missing");
+    missing.setType(WQDataFile::cell);
+    missing.loadFileEntriesIfNecessary();
+    WQDataFileComparison comparison(&missing, some.get());
+    comparison.buildComparison();
+    EXPECT_EQ(comparison.fileKeysAdded(), Keys{0x00070100});
+    EXPECT_TRUE(comparison.landBlocksAdded()->contains(7));
+    EXPECT_FALSE(comparison.landBlocksAdded()->contains(0x10007));
+}
+
+TEST_F(Comparison, Reports) {
+    const auto old = archive({{0x1234FFFF, "abc"}, {0x7F80FFFE, ""}, {0xFE00FFFF, "old"}});
+    const auto current = archive({{0x00070100, "c"},
+                                  {0x00070101, "c"},
+                                  {0x1234FFFF, "abc"},
+                                  {0xABCD0123, std::nullopt},
+                                  {0xFE00FFFF, "new"}});
+    WQDataFileComparison comparison(old.get(), current.get());
+    comparison.buildComparison();
+    const std::string line = std::string(70, '-') + "\n";
+    EXPECT_EQ(savedText(&WQDataFileComparison::saveSummaryToURL, comparison),
+              "added: 2, removed: 1, changed: 1\n" + line + "Added files:\n00070100\n00070101\n" +
+                  line + "Removed files:\n7f80fffe\n" + line + "Changed files:\nfe00ffff\n");
+    EXPECT_EQ(savedText(&WQDataFileComparison::saveLandBlockSummaryToURL, comparison),
+              "added: 1, removed: 1, changed: 1\n" + line +
+                  "Added land blocks:\n0007   96.3S 101.9W -- Town Network\n" + line +
+                  "Removed land blocks:\n7f80    0.5N   0.3W\n" + line +
+                  "Changed land blocks:\nfe00  101.9S 101.3E\n");
+
+    EXPECT_TRUE(comparison.saveFile1DigestsToURL(_folder / "1"));
+    EXPECT_EQ(textOfFile(_folder / "1"), "1234ffff = a9993e364706816aba3e25717850c26c9cd0d89d\n"
+                                         "7f80fffe = da39a3ee5e6b4b0d3255bfef95601890afd80709\n"
+                                         "fe00ffff = " +
+                                             *comparison.digests1()->find(0xFE00FFFF) + "\n");
+    EXPECT_EQ(comparison.digests2()->size(), 4);
+    EXPECT_EQ(comparison.digests2()->find(0xABCD0123), std::nullopt);
+
+    ZPError error;
+    EXPECT_FALSE(comparison.saveFile2DigestsToURL(_folder / "no" / "2", &error));
+    EXPECT_EQ(error.code, ENOENT);
+}
+
+TEST_F(Comparison, AnyNumberOfThreadsSaysTheSame) {
+    Files files;
+    for (std::uint32_t index = 0; index < 3500; ++index) {
+        std::optional<std::string> &contents = files[index << 16 | 0xFFFF];
+        if (index % 50 != 7)
+            contents = std::string(index % 600, static_cast<char>(index));
+    }
+    const auto dataFile = archive(files);
+    const tbb::global_control control(tbb::global_control::max_allowed_parallelism, 7);
+    std::string digestsOfOneThread;
+    for (const int threads : {1, 2, 7}) {
+        SCOPED_TRACE(threads);
+        tbb::task_arena arena(threads);
+        WQDataFileComparison comparison(dataFile.get(), nullptr);
+        ProgramRun run;
+        testing::internal::CaptureStderr();
+        arena.execute([&comparison] { comparison.buildComparison(); });
+        run.log = testing::internal::GetCapturedStderr();
+        const char *name = "-[WQDataFileComparison buildSHA1DigestsByIDForDataFile:]";
+        const std::vector<std::string> lines = {
+            ZPFormat("[%p]  > %s", static_cast<void *>(&comparison), name),
+            "hashed        0 /     3500 =   0.0 %",
+            "hashed     1000 /     3500 =  28.6 %",
+            "hashed     2000 /     3500 =  57.1 %",
+            "hashed     3000 /     3500 =  85.7 %",
+            "hashed     3500 /     3500 = 100.0 %",
+            ZPFormat("[%p] <  %s", static_cast<void *>(&comparison), name),
+        };
+        EXPECT_EQ(run.logLines(), lines);
+
+        EXPECT_EQ(comparison.digests1()->size(), 3430);
+        EXPECT_TRUE(comparison.saveFile1DigestsToURL(_folder / "digests"));
+        const std::string digests = textOfFile(_folder / "digests");
+        if (threads == 1)
+            digestsOfOneThread = digests;
+        EXPECT_EQ(digests, digestsOfOneThread);
+    }
+}
+
+} // namespace

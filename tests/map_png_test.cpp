@@ -1,0 +1,134 @@
+#include "map/WQLandImage.h"
+#include "map/WQPNGBand.h"
+#include "map/WQPNGFile.h"
+#include "tests/TestSupport.h"
+
+#include <gtest/gtest.h>
+#include <tbb/global_control.h>
+#include <zlib.h>
+
+namespace {
+
+/// Land with stretches of one colour, of noise, and without any, so that every path is taken.
+WQPixel pixelAt(unsigned x, unsigned y) {
+    if (y % 97 < 40)
+        return {10, 20, 30, 255};
+    if (x % 300 > 250)
+        return {};
+    const unsigned noise = (x * 2654435761u) ^ (y * 40503u * x);
+    return {static_cast<std::uint8_t>(noise), static_cast<std::uint8_t>(noise >> 8),
+            static_cast<std::uint8_t>(x), 255};
+}
+
+/// Paints a frame of one pixel and a diagonal line, half transparent, over rows and columns.
+class Scribble : public WQOverlay {
+  public:
+    explicit Scribble(std::size_t size) : _size(size) {}
+
+    static bool touches(std::size_t column, std::size_t row) {
+        return column == 7 || row == 1000 || column == row;
+    }
+
+    std::vector<Columns> touchedColumns(std::size_t firstRow, std::size_t rowCount) const override {
+        if (firstRow <= 1000 && 1000 < firstRow + rowCount)
+            return {{0, _size}};
+        if (firstRow <= 8)
+            return {{0, std::max<std::size_t>(firstRow + rowCount, 8)}};
+        return {{7, 8}, {firstRow, std::min(firstRow + rowCount, _size)}};
+    }
+
+    void drawOnBlock(const Block &block) const override {
+        const std::size_t width = block.columns.end - block.columns.first;
+        for (std::size_t index = 0; index < block.pixels.size(); ++index)
+            if (touches(block.columns.first + index % width, block.firstRow + index / width))
+                block.pixels[index] = {200, 100, 50, 128};
+    }
+
+  private:
+    std::size_t _size;
+};
+
+std::unique_ptr<WQColorImage> sampleImage(std::size_t scale, bool hasOverlay) {
+    auto image = std::make_unique<WQColorImage>(scale);
+    for (unsigned y = 0; y < WQLandSize; ++y)
+        for (unsigned x = 0; x < WQLandSize; ++x)
+            image->landRow(y)[x] = pixelAt(x, y);
+    if (hasOverlay)
+        image->setOverlay(std::make_unique<Scribble>(image->width()));
+    return image;
+}
+
+} // namespace
+
+TEST(PNGFile, DecodesToTheImageAtEveryScale) {
+    const TemporaryFolder folder;
+    for (const std::size_t scale : {1u, 3u, 8u}) {
+        for (const bool hasOverlay : {false, true}) {
+            if (scale == 8 && hasOverlay)
+                continue; // a gigabyte that teaches nothing more
+            ASSERT_TRUE(WQWritePNG(*sampleImage(scale, hasOverlay), folder / "map.png"));
+            const DecodedPNG picture = decodePNG(folder / "map.png");
+            EXPECT_EQ(picture.chunkTypes, (std::vector<std::string>{"IHDR", "IDAT", "IEND"}));
+            ASSERT_EQ(picture.width, WQLandSize * scale);
+            ASSERT_EQ(picture.height, WQLandSize * scale);
+            ASSERT_EQ(picture.bytesPerPixel, 4u);
+            std::size_t wrong = 0;
+            for (std::size_t row = 0; row < picture.height; ++row)
+                for (std::size_t column = 0; column < picture.width; ++column) {
+                    WQPixel expected = pixelAt(static_cast<unsigned>(column / scale),
+                                               static_cast<unsigned>(WQLandSize - 1 - row / scale));
+                    if (hasOverlay && Scribble::touches(column, row))
+                        expected = {200, 100, 50, 128};
+                    wrong += std::memcmp(picture.pixel(column, row), &expected, 4) != 0;
+                }
+            EXPECT_EQ(wrong, 0u) << "scale " << scale << ", overlay " << hasOverlay;
+        }
+    }
+}
+
+TEST(PNGFile, IsTheSameForAnyNumberOfThreads) {
+    const TemporaryFolder folder;
+    const auto image = sampleImage(2, true);
+    std::vector<std::string> files;
+    for (const std::size_t threads : {1u, 2u, 7u}) {
+        const tbb::global_control control(tbb::global_control::max_allowed_parallelism, threads);
+        ASSERT_TRUE(WQWritePNG(*image, folder / "map.png"));
+        files.push_back(textOfFile(folder / "map.png"));
+    }
+    EXPECT_EQ(files[0], files[1]);
+    EXPECT_EQ(files[0], files[2]);
+}
+
+TEST(PNGFile, LeavesNothingBehindWhereItCannotBeWritten) {
+    const TemporaryFolder folder;
+    const auto image = std::make_unique<WQGreyImage>(1);
+    std::filesystem::create_directory(folder / "taken.png");
+    for (const std::string name : {"missing/map.png", "taken.png"}) {
+        ZPError error;
+        EXPECT_FALSE(WQWritePNG(*image, folder / name, &error)) << name;
+        EXPECT_EQ(error.domain, ZPPOSIXErrorDomain);
+    }
+    EXPECT_FALSE(WQWritePNG(*image, "/dev/full/map.png"));
+    const auto entries = std::filesystem::directory_iterator(folder.path());
+    EXPECT_EQ(std::distance(begin(entries), end(entries)), 1);
+}
+
+TEST(Adler32, AgreesWithZlibOnZerosAndJoins) {
+    ZPData bytes(300'000);
+    for (std::size_t index = 0; index < 100'000; ++index)
+        bytes[index] = static_cast<std::byte>(index * 7);
+    const auto reference = [&](std::size_t first, std::size_t count) {
+        return static_cast<std::uint32_t>(adler32(
+            1, reinterpret_cast<const Bytef *>(bytes.data() + first), static_cast<uInt>(count)));
+    };
+    WQAdler32 zeros;
+    zeros.append(std::span(bytes).first(100'000));
+    zeros.appendZeros(200'000);
+    EXPECT_EQ(zeros.value(), reference(0, bytes.size()));
+    for (const std::size_t split : {0u, 1u, 65'521u, 99'999u, 300'000u}) {
+        WQAdler32 joined;
+        joined.append(std::span(bytes).first(split));
+        joined.appendChecksum(reference(split, bytes.size() - split), bytes.size() - split);
+        EXPECT_EQ(joined.value(), reference(0, bytes.size())) << split;
+    }
+}

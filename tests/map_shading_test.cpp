@@ -1,0 +1,202 @@
+#include "map/WQMapViewport.h"
+#include "map/WQTerrainShader.h"
+
+#include <gtest/gtest.h>
+#include <random>
+
+namespace {
+
+using Vector = std::array<float, 3>;
+
+/// Light and colour of a point, from vectors and cross products and without any of the shader's
+/// shortcuts.
+struct Reference {
+    const WQLandGrid &grid;
+    WQTerrainShader::Settings settings;
+
+    static Vector cross(const Vector &a, const Vector &b) {
+        return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
+    }
+
+    Vector position(int x, int y) const {
+        const WQLandPoint &point = grid.at(static_cast<unsigned>(x), static_cast<unsigned>(y));
+        return {static_cast<float>(x), static_cast<float>(y),
+                static_cast<float>(grid.height(point) * (1.0 / 12.0))};
+    }
+
+    bool hasData(int x, int y) const {
+        return x >= 0 && y >= 0 && x < int(WQLandSize) && y < int(WQLandSize) &&
+               grid.at(unsigned(x), unsigned(y)).has(WQLandPoint::hasData);
+    }
+
+    double diffuse(int x, int y) const {
+        const Vector p = position(x, y);
+        // Each pair in the order in which its cross product points up.
+        const int pairs[4][2][2] = {
+            {{-1, 0}, {0, -1}}, {{0, 1}, {-1, 0}}, {{0, -1}, {1, 0}}, {{1, 0}, {0, 1}}};
+        Vector n{};
+        for (const auto &pair : pairs) {
+            Vector edges[2];
+            bool isWhole = true;
+            for (int side = 0; side < 2; ++side) {
+                const int nx = x + pair[side][0], ny = y + pair[side][1];
+                isWhole = isWhole && hasData(nx, ny);
+                if (isWhole)
+                    for (std::size_t axis = 0; axis < 3; ++axis)
+                        edges[side][axis] = position(nx, ny)[axis] - p[axis];
+            }
+            if (isWhole) {
+                const Vector normal = cross(edges[0], edges[1]);
+                for (std::size_t axis = 0; axis < 3; ++axis)
+                    n[axis] += normal[axis];
+            }
+        }
+        const float s = n[0] * n[0] + n[1] * n[1] + n[2] * n[2];
+        float r = 1.0f / std::sqrt(s);
+        r = r * (1.5f - 0.5f * s * r * r);
+        const auto &light = settings.light;
+        const float dot = n[0] * r * light.x + n[1] * r * light.y + n[2] * r * light.z;
+        const double d = (static_cast<double>(dot) + 1.0) * 0.5;
+        return d < 0 ? 0 : d;
+    }
+
+    WQPixel color(unsigned landType, double diffuse) const {
+        if (landType > 32)
+            return {255, 0, 0, 255};
+        const WQPixel &base = WQLandColorTable::shared()[landType];
+        const auto component = [&](std::uint8_t c) {
+            const float v = c * settings.fudgeFactor * static_cast<float>(diffuse) / 255.0f;
+            return static_cast<std::uint8_t>(v > 0 ? (v > 255 ? 255.0f : v) : 0.0f);
+        };
+        return {component(base.red), component(base.green), component(base.blue), 255};
+    }
+
+    WQPixel pixel(int x, int y) const {
+        const WQLandPoint &point = grid.at(unsigned(x), unsigned(y));
+        if (!point.has(WQLandPoint::hasData)) {
+            if (settings.usesAlpha)
+                return {};
+            return color(WQDeepSeaLandType, (double(settings.light.z) + 1.0) * 0.5);
+        }
+        if (settings.marksChanges && point.has(WQLandPoint::wasChanged))
+            return {0, 255, 0, 255};
+        if (settings.marksChanges && point.has(WQLandPoint::wasAdded))
+            return {0, 0, 255, 255};
+        if (settings.marksChanges && point.has(WQLandPoint::wasRemoved))
+            return {255, 0, 0, 255};
+        return color((point.terrainWord & 3) != 0 ? 32u : (point.terrainWord & 0xFFu) >> 2,
+                     diffuse(x, y));
+    }
+};
+
+constexpr ZPVector3 kLight = {-0.5f, 0.5f, 0.707107f};
+
+std::unique_ptr<WQLandGrid> roughLand() {
+    auto grid = WQLandGrid::allocate();
+    std::array<float, 256> heights;
+    for (std::size_t index = 0; index < heights.size(); ++index)
+        heights[index] = static_cast<float>(index * index) / 37.0f;
+    grid->setLandHeights(heights);
+    std::mt19937 random(7);
+    for (unsigned y = 0; y < WQLandSize; ++y)
+        for (unsigned x = 0; x < WQLandSize; ++x) {
+            const bool isAbsent = (x / 200 + y / 300) % 5 == 0 || random() % 50 == 0;
+            if (!isAbsent)
+                grid->at(x, y) = {
+                    static_cast<std::uint16_t>(random()), static_cast<std::uint8_t>(random() % 256),
+                    static_cast<std::uint8_t>(1 | (random() % 8 == 0 ? random() : 0))};
+        }
+    return grid;
+}
+
+} // namespace
+
+TEST(TerrainShader, AgreesWithVectorArithmeticOnRoughLand) {
+    WQLandColorTable::shared().updateLandColors(WQMapColorScheme());
+    const auto grid = roughLand();
+    for (const bool usesAlpha : {false, true})
+        for (const bool marksChanges : {false, true})
+            for (const float fudge : {255.0f, 400.0f}) {
+                const WQTerrainShader::Settings settings = {WQNormalizedVector(kLight), fudge,
+                                                            usesAlpha, marksChanges};
+                const Reference reference{*grid, settings};
+                const WQTerrainShader shader(*grid, WQLandColorTable::shared(), settings);
+                std::array<WQPixel, WQLandSize> row;
+                for (const unsigned y : {0u, 1u, 299u, 300u, 1234u, 2039u, 2040u}) {
+                    const WQLightRange range = shader.shadeRow(y, row);
+                    WQLightRange expected;
+                    std::size_t wrong = 0;
+                    for (int x = 0; x < int(WQLandSize); ++x) {
+                        wrong += !(row[unsigned(x)] == reference.pixel(x, int(y)));
+                        const double d =
+                            reference.hasData(x, int(y)) ? reference.diffuse(x, int(y)) : NAN;
+                        expected.minimum = d < expected.minimum ? d : expected.minimum;
+                        expected.maximum = d > expected.maximum ? d : expected.maximum;
+                    }
+                    EXPECT_EQ(wrong, 0u) << "row " << y;
+                    EXPECT_EQ(range.minimum, expected.minimum);
+                    EXPECT_EQ(range.maximum, expected.maximum);
+                }
+            }
+}
+
+TEST(TerrainShader, LightsFlatLandAndLonePoints) {
+    WQLandColorTable::shared().updateLandColors(WQMapColorScheme());
+    auto grid = WQLandGrid::allocate();
+    for (unsigned y = 10; y < 20; ++y)
+        for (unsigned x = 10; x < 20; ++x)
+            grid->at(x, y) = {0, 50, WQLandPoint::hasData};
+    grid->at(100, 15) = {0, 50, WQLandPoint::hasData}; // no neighbour: no normal
+    grid->at(12, 15).terrainWord = 40 << 2;            // no such terrain
+    grid->at(13, 15).terrainWord = 0x51;               // road
+    const WQTerrainShader shader(*grid, WQLandColorTable::shared(),
+                                 {WQNormalizedVector(kLight), 255, true, false});
+    std::array<WQPixel, WQLandSize> row;
+    const WQLightRange range = shader.shadeRow(15, row);
+    EXPECT_NEAR(range.minimum, 0.85355, 1e-5);
+    EXPECT_EQ(row[11], (WQPixel{175, 150, 105, 255}));
+    EXPECT_EQ(row[12], (WQPixel{255, 0, 0, 255}));
+    EXPECT_EQ(row[13], (WQPixel{190, 182, 168, 255}));
+    EXPECT_EQ(row[100], (WQPixel{0, 0, 0, 255}));
+    EXPECT_EQ(row[9], (WQPixel{0, 0, 0, 0}));
+}
+
+TEST(LandGrid, TakesHeightsAndLandTypesSafely) {
+    auto grid = WQLandGrid::allocate();
+    std::array<float, 256> heights{};
+    heights[1] = 12.9f;
+    heights[2] = -1.5f;
+    heights[3] = 70000.0f;
+    heights[4] = NAN;
+    heights[5] = 1e30f;
+    grid->setLandHeights(heights);
+    const std::uint16_t expected[] = {0, 12, 0xFFFF, 4464, 0, 0};
+    for (std::uint8_t index = 0; index < 6; ++index)
+        EXPECT_EQ(grid->height({0, index, 0}), expected[index]) << int(index);
+    EXPECT_EQ(grid->elevation({0, 1, 0}), 1.0f);
+
+    grid->at(2040, 2040).terrainWord = 0x02;
+    grid->at(0, 0).terrainWord = 7 << 2;
+    EXPECT_EQ(grid->landTypeAtPoint(2040.9, 2040), 32u);
+    EXPECT_EQ(grid->landTypeAtPoint(-0.5, 0), 7u);
+    for (const double outside : {2041.0, -1.0, 1e300, double(NAN)})
+        EXPECT_EQ(grid->landTypeAtPoint(outside, 0), 20u);
+}
+
+TEST(MapViewport, ShowsItsPartOfTheLand) {
+    auto grid = roughLand();
+    const WQTerrainShader shader(*grid, WQLandColorTable::shared(),
+                                 {WQNormalizedVector(kLight), 255, true, false});
+    WQMapViewport viewport;
+    viewport.updateTypes(*grid);
+    EXPECT_EQ(viewport.types()[3 * 512 + 5], grid->at(5, 3).landType());
+    viewport.xOffset = 1900;
+    viewport.yOffset = 2000;
+    viewport.updateBitmap(shader);
+    std::array<WQPixel, WQLandSize> row;
+    shader.shadeRow(2001, row);
+    const auto bitmap = viewport.bitmap();
+    EXPECT_TRUE(std::equal(row.begin() + 1900, row.end(), bitmap.begin() + 510 * 512));
+    EXPECT_EQ(bitmap[510 * 512 + 141], WQPixel{}); // east of the world
+    EXPECT_EQ(bitmap[0], WQPixel{});               // north of it
+}
