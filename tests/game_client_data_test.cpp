@@ -24,15 +24,10 @@ std::string portalClass(std::uint32_t identifier) {
 
 TEST(ClientData, ClassesByIdentifier) {
     const std::pair<std::uint32_t, const char *> cases[] = {
-        {0x00000001, "none"},          {0x01000001, "WQModelLeaf"},
-        {0x07000000, "none"},          {0x0E000002, "WQCharacterCreation"},
-        {0x0E000003, "none"},          {0x0E00001E, "WQTabooTable"},
-        {0x13000000, "WQWorldInfo"},   {0x13000001, "none"},
-        {0x25000000, "WQAssociation"}, {0x26000000, "none"},
-        {0x27000000, "WQAssociation"}, {0x39000001, "WQInterface1"},
-        {0x39000002, "none"},          {0xFFFF0001, "WQVersion"},
-        {0xFFFF0002, "none"},
-    };
+        {0x00000001, "none"}, {0x07000000, "none"},          {0x0A000001, "WQSound"},
+        {0x0E000003, "none"}, {0x0E000004, "WQSkillTable"},  {0x13000000, "WQWorldInfo"},
+        {0x13000001, "none"}, {0x25000000, "WQAssociation"}, {0x27000000, "WQAssociation"},
+        {0x39000002, "none"}, {0xFFFF0001, "WQVersion"},     {0xFFFF0002, "none"}};
     for (const auto &[identifier, name] : cases)
         EXPECT_EQ(portalClass(identifier), name) << std::hex << identifier;
     EXPECT_EQ(std::string("WQObjectBlock"), WQRecordClassForCellIdentifier(0x1234FFFE).name);

@@ -1,13 +1,13 @@
 #include "game/WQDataFileComparison.h"
 #include "io/ZPSystemLog.h"
 #include "tests/ArchiveBytes.h"
-#include "tests/ProgramRun.h"
 #include "tests/TestSupport.h"
 
 #include <gtest/gtest.h>
 
 #include <memory>
 #include <set>
+#include <sstream>
 #include <tbb/global_control.h>
 #include <tbb/task_arena.h>
 
@@ -182,6 +182,15 @@ TEST_F(Comparison, Reports) {
     EXPECT_EQ(error.code, ENOENT);
 }
 
+/// The lines of a log without their time and process.
+std::vector<std::string> messages(const std::string &log) {
+    std::vector<std::string> lines;
+    std::istringstream stream(log);
+    for (std::string line; std::getline(stream, line);)
+        lines.push_back(line.substr(line.find("] ") + 2));
+    return lines;
+}
+
 TEST_F(Comparison, AnyNumberOfThreadsSaysTheSame) {
     Files files;
     for (std::uint32_t index = 0; index < 3500; ++index) {
@@ -196,10 +205,9 @@ TEST_F(Comparison, AnyNumberOfThreadsSaysTheSame) {
         SCOPED_TRACE(threads);
         tbb::task_arena arena(threads);
         WQDataFileComparison comparison(dataFile.get(), nullptr);
-        ProgramRun run;
         testing::internal::CaptureStderr();
         arena.execute([&comparison] { comparison.buildComparison(); });
-        run.log = testing::internal::GetCapturedStderr();
+        const std::string log = testing::internal::GetCapturedStderr();
         const char *name = "-[WQDataFileComparison buildSHA1DigestsByIDForDataFile:]";
         const std::vector<std::string> lines = {
             ZPFormat("[%p]  > %s", static_cast<void *>(&comparison), name),
@@ -210,7 +218,7 @@ TEST_F(Comparison, AnyNumberOfThreadsSaysTheSame) {
             "hashed     3500 /     3500 = 100.0 %",
             ZPFormat("[%p] <  %s", static_cast<void *>(&comparison), name),
         };
-        EXPECT_EQ(run.logLines(), lines);
+        EXPECT_EQ(messages(log), lines);
 
         EXPECT_EQ(comparison.digests1()->size(), 3430);
         EXPECT_TRUE(comparison.saveFile1DigestsToURL(_folder / "digests"));

@@ -53,23 +53,21 @@ TEST(DataCursor, NothingIsReadPastTheEnd) {
         std::uint64_t offset;
         std::function<void(ZPDataCursor &)> action;
         std::string message;
-    } cases[] = {
-        {9, [](auto &c) { c.readByte(); }, "no exception"},
-        {10, [](auto &c) { c.readByte(); }, "readByte"},
-        {9, [](auto &c) { c.readLittleInt16(); }, "readLittleInt16"},
-        {6, [](auto &c) { c.readBigInt32(); }, "no exception"},
-        {7, [](auto &c) { c.readBigInt32(); }, "readBigInt32"},
-        {3, [](auto &c) { c.readLittleInt64(); }, "readLittleInt64"},
-        {8, [](auto &c) { c.readLittleFloat32(); }, "readLittleFloat32"},
-        {1, [](auto &c) { c.readDataWithLength(10); }, "readDataWithLength:"},
-        {1, [](auto &c) { c.readDataWithLength(UINT64_MAX); }, "readDataWithLength:"},
-        {1, [](auto &c) { c.peekDataWithLength(10); }, "peekDataWithLength:"},
-        {0, [](auto &c) { c.readUUID(); }, "readUUID"},
-        {0, [](auto &c) { c.setOffset(10); }, "no exception"},
-        {4, [](auto &c) { c.setOffset(11); }, "seek"},
-        {4, [](auto &c) { c.advanceByLength(UINT64_MAX); }, "seek"},
-        {9, [](auto &c) { c.alignToFourByteBoundary(); }, "seek"},
-    };
+    } cases[] = {{9, [](auto &c) { c.readByte(); }, "no exception"},
+                 {10, [](auto &c) { c.readByte(); }, "readByte"},
+                 {9, [](auto &c) { c.readLittleInt16(); }, "readLittleInt16"},
+                 {6, [](auto &c) { c.readBigInt32(); }, "no exception"},
+                 {7, [](auto &c) { c.readBigInt32(); }, "readBigInt32"},
+                 {3, [](auto &c) { c.readLittleInt64(); }, "readLittleInt64"},
+                 {8, [](auto &c) { c.readLittleFloat32(); }, "readLittleFloat32"},
+                 {1, [](auto &c) { c.readDataWithLength(10); }, "readDataWithLength:"},
+                 {1, [](auto &c) { c.readDataWithLength(UINT64_MAX); }, "readDataWithLength:"},
+                 {1, [](auto &c) { c.peekDataWithLength(10); }, "peekDataWithLength:"},
+                 {0, [](auto &c) { c.readUUID(); }, "readUUID"},
+                 {0, [](auto &c) { c.setOffset(10); }, "no exception"},
+                 {4, [](auto &c) { c.setOffset(11); }, "seek"},
+                 {4, [](auto &c) { c.advanceByLength(UINT64_MAX); }, "seek"},
+                 {9, [](auto &c) { c.alignToFourByteBoundary(); }, "seek"}};
     for (const auto &c : cases) {
         ZPDataCursor cursor(data);
         cursor.setOffset(c.offset);
@@ -110,22 +108,20 @@ TEST(DataCursor, PackedIntegers) {
         const char *bytes;
         Read read;
         std::uint32_t value;
-    } cases[] = {
-        {"7F", var30, 127},
-        {"8080", var30, 128},
-        {"BFFF", var30, 16383},
-        {"C0013412", var30, 0x00011234},
-        {"FFFFFFFF", var30, 0x3FFFFFFF},
-        {"7F", int15, 127},
-        {"8123", int15, 0x0123},
-        {"8123", wacky, 0x0123},
-        {"0123", wacky, 0x2301},
-        {"FF7F", shortA, 0x7FFF},
-        {"01800200", shortA, 2},
-        {"008034127856", shortB, 0x1234},
-        {"", [](auto &c) { return c.wq_readPartialBigInt32(0); }, 0},
-        {"123456", [](auto &c) { return c.wq_readPartialBigInt32(3); }, 0x12345600},
-    };
+    } cases[] = {{"7F", var30, 127},
+                 {"8080", var30, 128},
+                 {"BFFF", var30, 16383},
+                 {"C0013412", var30, 0x00011234},
+                 {"FFFFFFFF", var30, 0x3FFFFFFF},
+                 {"7F", int15, 127},
+                 {"8123", int15, 0x0123},
+                 {"8123", wacky, 0x0123},
+                 {"0123", wacky, 0x2301},
+                 {"FF7F", shortA, 0x7FFF},
+                 {"01800200", shortA, 2},
+                 {"008034127856", shortB, 0x1234},
+                 {"", [](auto &c) { return c.wq_readPartialBigInt32(0); }, 0},
+                 {"123456", [](auto &c) { return c.wq_readPartialBigInt32(3); }, 0x12345600}};
     for (const auto &c : cases) {
         const ZPData data = hex(c.bytes);
         ZPDataCursor cursor(data);
@@ -158,8 +154,7 @@ TEST(DataCursor, Strings) {
         {"0100 14", [](auto &c) { return c.wq_readNibbledLength16StringAndAlign(false); }, "A", 3},
         {"02 3dd800de", [](auto &c) { return c.readLength8UTF16StringAndAlign(false); }, "😀", 5},
         {"01 3dd8", [](auto &c) { return c.wq_readLengthVar30UTF16StringAndAlign(false); },
-         "\xEF\xBF\xBD", 3},
-    };
+         "\xEF\xBF\xBD", 3}};
     for (const auto &c : cases) {
         const ZPData data = hex(c.bytes);
         ZPDataCursor cursor(data);

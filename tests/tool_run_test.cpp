@@ -28,7 +28,8 @@ class PlotterraRun : public testing::Test {
 
     /// Runs with these options on the sample world and decodes the picture.
     DecodedPNG draw(std::vector<std::string> options) const {
-        options.insert(options.end(), {kWorld, out("map")});
+        options.push_back(kWorld);
+        options.push_back(out("map"));
         EXPECT_EQ(run(options).status, 0);
         return decodePNG(out("map.png"));
     }
@@ -81,7 +82,7 @@ TEST_F(PlotterraRun, DrawsTheSampleWorld) {
         "old data path: (null)",
         "[0x",
         "elapsed time: ",
-        "normalized light vector: ( -0.707107    0.707107    0.000000)",
+        "normalized light vector: (  -0.707107    0.707107    0.000000)",
         "landsize: 2041 x 2041, scale: 1, imageSize: 2041 x 2041, bytesPerPixel: 4, bytesPerRow: "
         "8164",
         "[0x",
@@ -128,14 +129,15 @@ TEST_F(PlotterraRun, MakesAbsentLandTransparentWithAlpha) {
 TEST_F(PlotterraRun, EveryScaleShowsTheSamePointsInLittleMemory) {
     constexpr long kMemoryLimit = 160 * 1024;
     for (const std::string mode : {"", "-h"}) {
-        std::vector<std::string> options = {"-s", "1"};
+        std::vector<std::string> options{"-s", "1"};
         if (!mode.empty())
             options.push_back(mode);
         const DecodedPNG small = draw(options);
         for (std::size_t scale = 1; scale <= 8; ++scale) {
             options[1] = std::to_string(scale);
             auto words = options;
-            words.insert(words.end(), {kWorld, out("large")});
+            words.push_back(kWorld);
+            words.push_back(out("large"));
             const ProgramRun result = run(words);
             EXPECT_EQ(result.status, 0);
             EXPECT_LT(result.peakMemory, kMemoryLimit) << "scale " << scale << mode;
