@@ -6,6 +6,7 @@
 #include "sample/SampleRecords.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -37,7 +38,7 @@ void writePosition(ZPMutableDataCursor &record, SampleRandom &random) {
     record.writeLittleFloat32(w);
     record.writeLittleFloat32(0);
     record.writeLittleFloat32(0);
-    record.writeLittleFloat32(__builtin_sqrtf(1 - w * w));
+    record.writeLittleFloat32(std::sqrt(1 - w * w));
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 #include <span>
+#include <utility>
 
 /// One file in an archive's directory.
 struct SampleFileEntry {

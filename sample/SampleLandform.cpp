@@ -4,8 +4,8 @@
 
 #include <tbb/parallel_for.h>
 
+#include <algorithm>
 #include <cmath>
-#include <numeric>
 
 namespace {
 

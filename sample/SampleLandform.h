@@ -4,7 +4,7 @@
 #include "sample/SampleGrid.h"
 #include "sample/SampleNoise.h"
 
-#include <array>
+#include <cmath>
 #include <cstdint>
 #include <vector>
 
@@ -15,7 +15,7 @@ struct SamplePoint {
 
 inline float SampleDistance(SamplePoint a, SamplePoint b) {
     const float dx = a.x - b.x, dy = a.y - b.y;
-    return __builtin_sqrtf(dx * dx + dy * dy);
+    return std::sqrt(dx * dx + dy * dy);
 }
 
 /// The rough shape of the world, before it is brought to single land points: where land is, how

@@ -1,10 +1,11 @@
 #include "sample/SampleRecords.h"
 
 #include "io/ZPMutableDataCursor.h"
-#include "io/ZPText.h"
 #include "sample/SampleArchiveWriter.h"
 #include "sample/SampleRandom.h"
 #include "sample/SampleRegionRecord.h"
+
+#include <string_view>
 
 namespace {
 

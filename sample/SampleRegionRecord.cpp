@@ -4,6 +4,7 @@
 #include "io/ZPText.h"
 #include "sample/SampleTerrain.h"
 
+#include <iterator>
 #include <string_view>
 
 namespace {

@@ -1,5 +1,7 @@
 #include "sample/SampleTerrain.h"
 
+#include <algorithm>
+
 const std::array<float, 256> &SampleLandHeights() {
     static const std::array<float, 256> heights = [] {
         std::array<float, 256> table;

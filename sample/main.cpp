@@ -5,7 +5,6 @@
 
 #include <charconv>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <getopt.h>
 #include <optional>
@@ -18,11 +17,11 @@ constexpr char usageText[] =
     "Usage: plotterra-sample [options] <directory>\n\n"
     "Writes the four archives of a made-up world, and towns.txt, to the directory. Options:\n"
     "        --seed <number>      which world (default 3)\n"
-    "        --cells <number>     how many dungeon cells, up to 5000000 (default 20000)\n"
+    "        --cells <number>     how many dungeon cells, up to 4000000 (default 20000)\n"
     "        --older              the same world some years earlier\n"
     "        --help               this text\n";
 
-constexpr std::uint32_t mostCells = 5000000;
+constexpr std::uint32_t mostCells = 4000000;
 
 template <class Number>
 std::optional<Number> numberIn(std::string_view text) {
