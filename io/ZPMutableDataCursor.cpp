@@ -66,9 +66,11 @@ void ZPMutableDataCursor::wq_writeVar30UTF16String(std::string_view text, bool a
 }
 
 void ZPMutableDataCursor::alignToTwoByteBoundary() {
-    _data.resize(_data.size() + _data.size() % 2);
+    if (_data.size() % 2 != 0)
+        writeByte(0);
 }
 
 void ZPMutableDataCursor::alignToFourByteBoundary() {
-    _data.resize((_data.size() + 3) / 4 * 4);
+    while (_data.size() % 4 != 0)
+        writeByte(0);
 }
