@@ -2,7 +2,6 @@
 
 #include "io/ZPSystemLog.h"
 
-#include <algorithm>
 #include <unordered_set>
 
 namespace {
@@ -127,10 +126,6 @@ bool ZPGorvaneBlockStorage::readHeader(std::uint32_t version) {
 }
 
 // -- blocks
-
-std::span<const std::byte> ZPGorvaneBlockStorage::fileBytes() const {
-    return _fileHandle != nullptr ? _fileHandle->bytes() : std::span<const std::byte>();
-}
 
 std::uint32_t ZPGorvaneBlockStorage::linkAtOffset(std::uint64_t offset) const {
     ZPDataCursor cursor(fileBytes());

@@ -3,6 +3,7 @@
 #include "archive/ZPFileHandle.h"
 #include "io/ZPDataCursor.h"
 
+#include <algorithm>
 #include <array>
 #include <optional>
 
@@ -71,6 +72,21 @@ class ZPGorvaneBlockStorage {
     readBytesFromBlocksAtOffset(std::uint32_t offset, std::uint32_t expectedLength, ZPData &scratch,
                                 ZPError *error = nullptr) const;
 
+    /// Starts loading the first blocks of a chain of `length` bytes into the processor's cache. An
+    /// archive grown over years has its files all over the place, and who reads many of them waits
+    /// for memory most of the time.
+    ///
+    /// Always inlined, since the compiler drops calls of a function whose only effect is this.
+    [[gnu::always_inline]] inline void prefetchBlocksAtOffset(std::uint32_t offset,
+                                                              std::uint32_t length) const {
+        constexpr std::uint64_t kCacheLine = 64, kLink = 4, kLimit = 512;
+        const std::span<const std::byte> bytes = fileBytes();
+        const std::uint64_t end =
+            std::min({offset + kLink + length, offset + kLimit, std::uint64_t{bytes.size()}});
+        for (std::uint64_t position = offset; position < end; position += kCacheLine)
+            __builtin_prefetch(&bytes[position]);
+    }
+
     /// `checkHeader` and, only if that passes, `checkFreeBlockChain`.
     bool check() const;
     // What is wrong is logged.
@@ -114,7 +130,9 @@ class ZPGorvaneBlockStorage {
     initWithFileHandle(std::unique_ptr<ZPFileHandle> fileHandle, std::uint32_t version);
     bool readHeader(std::uint32_t version);
 
-    std::span<const std::byte> fileBytes() const;
+    std::span<const std::byte> fileBytes() const {
+        return _fileHandle != nullptr ? _fileHandle->bytes() : std::span<const std::byte>();
+    }
     std::uint32_t linkAtOffset(std::uint64_t offset) const;
     std::span<const std::byte> payloadAtOffset(std::uint32_t offset) const;
     std::optional<ZPError> faultOfBlockOffset(std::uint32_t offset, std::uint32_t first) const;

@@ -39,6 +39,12 @@ class ZPGorvaneDataFile {
                                                                     ZPData &scratch,
                                                                     ZPError *error = nullptr) const;
 
+    /// See ZPGorvaneBlockStorage::prefetchBlocksAtOffset.
+    [[gnu::always_inline]] inline void prefetchFileEntry(const ZPGorvaneFileEntry &entry) const {
+        if (_blockStorage != nullptr)
+            _blockStorage->prefetchBlocksAtOffset(entry.fileOffset, entry.fileSize);
+    }
+
     /// Logs what the storage's check of the free blocks finds; always true.
     bool check() const;
 

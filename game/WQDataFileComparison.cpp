@@ -16,9 +16,8 @@ namespace {
 constexpr std::size_t kFilesPerReport = 1000;
 /// Some 0.2 ms of work: enough to make handing it out cheap.
 constexpr std::size_t kFilesPerTask = 1000;
-/// How many files ahead memory is asked for, and for how many bytes of each at most.
+/// How many files ahead memory is asked for.
 constexpr std::size_t kFilesAhead = 8;
-constexpr std::size_t kBytesAhead = 512;
 
 /// Reports on work that several threads do, in the order that one would have: a position is due
 /// when more files than that are done.
@@ -40,27 +39,6 @@ class HashingProgress {
     std::size_t _finished = 0;
     std::size_t _position = 0;
 };
-
-/// Starts loading a file's first blocks into the cache. An archive grown over years has its files
-/// all over the place, and waiting for memory would then take as long as hashing.
-///
-/// Always inlined, since the compiler drops calls of a function whose only effect is this.
-[[gnu::always_inline]] inline void prefetchFile(std::span<const std::byte> archive,
-                                                const ZPGorvaneFileEntry &entry) {
-    if (entry.fileOffset >= archive.size())
-        return;
-    constexpr std::size_t kCacheLine = 64, kLink = 4;
-    const std::size_t wanted = std::min(entry.fileSize + kLink, kBytesAhead);
-    const auto bytes = archive.subspan(entry.fileOffset);
-    for (std::size_t offset = 0; offset < std::min(wanted, bytes.size()); offset += kCacheLine)
-        __builtin_prefetch(&bytes[offset]);
-}
-
-std::span<const std::byte> bytesOfArchive(const WQDataFile &dataFile) {
-    const ZPGorvaneBlockStorage *storage = dataFile.blockStorage();
-    return storage != nullptr && storage->fileHandle() != nullptr ? storage->fileHandle()->bytes()
-                                                                  : std::span<const std::byte>();
-}
 
 bool saveText(const std::string &text, const std::filesystem::path *path, ZPError *error) {
     if (path != nullptr)
@@ -136,13 +114,12 @@ WQDataFileComparison::buildSHA1DigestsByIDForDataFile(const WQDataFile &dataFile
     std::vector<std::uint32_t> unreadable;
     std::mutex unreadableLock;
     HashingProgress progress(entries.size());
-    const std::span<const std::byte> archive = bytesOfArchive(dataFile);
 
     const auto hashFiles = [&](const tbb::blocked_range<std::size_t> &range) {
         ZPData scratch;
         for (std::size_t index = range.begin(); index < range.end(); ++index) {
             if (index + kFilesAhead < entries.size())
-                prefetchFile(archive, entries[index + kFilesAhead]);
+                dataFile.prefetchFileEntry(entries[index + kFilesAhead]);
             digests[index].identifier = entries[index].identifier;
             if (const auto bytes = dataFile.readBytesForFileEntry(entries[index], scratch)) {
                 digests[index].digest = ZPSHA1DigestOfData(*bytes);

@@ -9,6 +9,8 @@ namespace {
 
 constexpr std::uint32_t kLandBlockKind = 0xFFFF;
 constexpr std::uint32_t kObjectBlockKind = 0xFFFE;
+/// How many files ahead memory is asked for.
+constexpr std::size_t kFilesAhead = 8;
 constexpr unsigned kPointsPerBlock = WQCellsPerLandBlock + 1;
 
 /// The world is filled in strips of 16 columns of blocks, side by side. Within a strip blocks come
@@ -35,6 +37,10 @@ class Strip {
 
 constexpr unsigned kBlocksPerStrip = 256 / Strip::kCount;
 
+std::uint32_t kindOfFile(const ZPGorvaneFileEntry &entry) {
+    return entry.identifier & 0xFFFF;
+}
+
 std::uint8_t flagsOfBlock(std::uint32_t number, const WQLandBlock &block,
                           const WQDataFileComparison *comparison) {
     unsigned flags = WQLandPoint::hasData;
@@ -57,9 +63,14 @@ std::uint8_t flagsOfBlock(std::uint32_t number, const WQLandBlock &block,
 void Strip::fill(unsigned number, WQLandGrid &grid, const WQDataFile &cellDataFile,
                  const WQDataFileComparison *comparison) {
     ZPData scratch;
-    for (const ZPGorvaneFileEntry &entry :
-         cellDataFile.fileEntriesByIdentifier().entriesWithPrefix(number, kIdentifierShift)) {
-        const std::uint32_t kind = entry.identifier & 0xFFFF;
+    const auto entries =
+        cellDataFile.fileEntriesByIdentifier().entriesWithPrefix(number, kIdentifierShift);
+    for (std::size_t index = 0; index < entries.size(); ++index) {
+        const ZPGorvaneFileEntry &entry = entries[index];
+        if (index + kFilesAhead < entries.size() &&
+            kindOfFile(entries[index + kFilesAhead]) == kLandBlockKind)
+            cellDataFile.prefetchFileEntry(entries[index + kFilesAhead]);
+        const std::uint32_t kind = kindOfFile(entry);
         if (kind == kObjectBlockKind)
             ++counts.objectBlocks;
         if (kind != kLandBlockKind)

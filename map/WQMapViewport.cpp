@@ -16,10 +16,13 @@ void WQMapViewport::updateBitmap(const WQTerrainShader &shader) {
         return;
     const std::size_t width = std::min<std::size_t>(kSize, WQLandSize - xOffset);
     const std::size_t height = std::min<std::size_t>(kSize, WQLandSize - yOffset);
-    tbb::parallel_for(std::size_t{0}, height, [&](std::size_t row) {
+    const auto end = static_cast<unsigned>(yOffset + height);
+    tbb::parallel_for(tbb::blocked_range<unsigned>(yOffset, end, 16), [&](const auto &rows) {
         std::array<WQPixel, WQLandSize> pixels;
-        shader.shadeRow(static_cast<unsigned>(yOffset + row), pixels);
-        std::copy_n(pixels.begin() + xOffset, width,
-                    _bitmap.begin() + std::ptrdiff_t((kSize - 1 - row) * kSize));
+        for (unsigned y = rows.begin(); y < rows.end(); ++y) {
+            shader.shadeRows(y, y + 1, [&pixels](unsigned) { return std::span(pixels); });
+            std::copy_n(pixels.begin() + xOffset, width,
+                        _bitmap.begin() + std::ptrdiff_t((kSize - 1 - (y - yOffset)) * kSize));
+        }
     });
 }

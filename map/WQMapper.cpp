@@ -1,5 +1,6 @@
 #include "map/WQMapper.h"
 
+#include "io/ZPStage.h"
 #include "io/ZPSystemLog.h"
 #include "map/WQLandGridBuilder.h"
 #include "map/WQPNGFile.h"
@@ -70,9 +71,11 @@ bool WQMapper::setupLandBlockData(bool comparesWithOldData) {
     if (comparesWithOldData && _oldClientData != nullptr) {
         _comparison = std::make_unique<WQDataFileComparison>(_oldClientData->cellDataFile(),
                                                              _clientData.cellDataFile());
+        const ZPStage stage("compare");
         _comparison->buildComparison();
     }
 
+    const ZPStage stage("read blocks");
     WQDataFile &cellDataFile = *_clientData.cellDataFile();
     cellDataFile.loadFileEntriesIfNecessary();
     const WQLandCounts counts = WQFillLandGrid(*_landGrid, cellDataFile, _comparison.get());
@@ -118,18 +121,18 @@ std::unique_ptr<WQImage> WQMapper::newBaseMap() {
 }
 
 WQLightRange WQMapper::shadeLand(WQColorImage &image) const {
+    const ZPStage stage("shade");
     constexpr unsigned kRowsPerWorker = 64;
     const WQTerrainShader shader = terrainShader(_oldClientData != nullptr);
     WQLightRange range;
     std::mutex rangeLock;
-    tbb::parallel_for(tbb::blocked_range<unsigned>(0, WQLandSize, kRowsPerWorker),
-                      [&](const auto &rows) {
-                          WQLightRange rangeOfRows;
-                          for (unsigned y = rows.begin(); y < rows.end(); ++y)
-                              rangeOfRows.include(shader.shadeRow(y, image.landRow(y)));
-                          const std::lock_guard guard(rangeLock);
-                          range.include(rangeOfRows);
-                      });
+    tbb::parallel_for(
+        tbb::blocked_range<unsigned>(0, WQLandSize, kRowsPerWorker), [&](const auto &rows) {
+            const WQLightRange rangeOfRows = shader.shadeRows(
+                rows.begin(), rows.end(), [&image](unsigned y) { return image.landRow(y); });
+            const std::lock_guard guard(rangeLock);
+            range.include(rangeOfRows);
+        });
     return range;
 }
 

@@ -2,6 +2,7 @@
 
 #include "io/ZPAtomicFile.h"
 #include "io/ZPMutableDataCursor.h"
+#include "io/ZPStage.h"
 #include "map/WQPNGBand.h"
 
 #include <algorithm>
@@ -70,6 +71,7 @@ EncodedBand encodeBand(const WQImage &image, std::size_t index) {
 } // namespace
 
 bool WQWritePNG(const WQImage &image, const std::filesystem::path &path, ZPError *error) {
+    const ZPStage stage("encode and write");
     ZPAtomicFile file(path);
     if (!file.open(error) || !file.write(bytesOf(kSignature), error) ||
         !file.write(header(image), error))
@@ -87,6 +89,7 @@ bool WQWritePNG(const WQImage &image, const std::filesystem::path &path, ZPError
     const auto encode = [&](std::size_t index) { return encodeBand(image, index); };
     const auto write = [&](const EncodedBand &band) {
         checksum.appendChecksum(band.checksum, band.length);
+        const ZPStage writing("of that, write");
         isWritten = isWritten && file.write(band.chunk, error);
     };
     using tbb::filter_mode;

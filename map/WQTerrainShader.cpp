@@ -1,6 +1,7 @@
 #include "map/WQTerrainShader.h"
 
 #include <algorithm>
+#include <limits>
 
 // The loops below run once for each of four million points. The compiler makes one copy of them for
 // each of these processors, all with the same operations in the same order.
@@ -40,6 +41,62 @@ void lightCompletePoints(const float *__restrict south, const float *__restrict 
     }
 }
 
+/// Turns n . L into shares of light, and finds the least and the greatest on land. The range is
+/// kept for several columns apart, so that they need not wait for one another.
+WQ_FOR_EACH_PROCESSOR
+WQLightRange diffuseFactors(const WQLandPoint *__restrict points,
+                            const float *__restrict dotProducts, float *__restrict factors) {
+    constexpr std::size_t kLanes = 16;
+    constexpr float kInfinity = std::numeric_limits<float>::infinity();
+    std::array<float, kLanes> minimum, maximum;
+    minimum.fill(kInfinity);
+    maximum.fill(-kInfinity);
+    const auto include = [&](std::size_t x, std::size_t lane) {
+        const float dot = dotProducts[x];
+        const bool isLand = (points[x].flags & WQLandPoint::hasData) != 0;
+        const float low = isLand ? dot : kInfinity, high = isLand ? dot : -kInfinity;
+        minimum[lane] = low < minimum[lane] ? low : minimum[lane];
+        maximum[lane] = high > maximum[lane] ? high : maximum[lane];
+        // In single precision this is what WQDiffuseFactor gives: the sum is rounded once, and
+        // halving is exact.
+        const float factor = (dot + 1.0f) * 0.5f;
+        factors[x] = factor > 0.0f ? factor : 0.0f;
+    };
+    std::size_t x = 0;
+    for (; x + kLanes <= WQLandSize; x += kLanes)
+        for (std::size_t lane = 0; lane < kLanes; ++lane)
+            include(x + lane, lane);
+    for (; x < WQLandSize; ++x)
+        include(x, 0);
+
+    const float least = *std::ranges::min_element(minimum);
+    const float greatest = *std::ranges::max_element(maximum);
+    WQLightRange range;
+    if (least <= greatest)
+        range = {WQDiffuseFactor(least), WQDiffuseFactor(greatest)};
+    return range;
+}
+
+/// WQShadedComponent for the components of each point at once. No product or factor is negative,
+/// and no factor is not a number.
+template <class Components>
+void colorPoints(const WQLandPoint *__restrict points, const float *__restrict factors,
+                 const Components *__restrict products, WQPixel emptyPixel,
+                 WQPixel *__restrict pixels) {
+    using Integers = std::int32_t __attribute__((vector_size(16)));
+    using Bytes = std::uint8_t __attribute__((vector_size(4)));
+    for (std::size_t x = 0; x < WQLandSize; ++x) {
+        const float d = factors[x];
+        const Components value =
+            products[points[x].terrainWord & 0xFF] * Components{d, d, d, d} / 255.0f;
+        const Components clamped = value < 255.0f ? value : Components{} + 255.0f;
+        const Integers integers = __builtin_convertvector(clamped, Integers);
+        const auto bytes = __builtin_convertvector(integers, Bytes);
+        const WQPixel shaded = {bytes[0], bytes[1], bytes[2], 255};
+        pixels[x] = (points[x].flags & WQLandPoint::hasData) != 0 ? shaded : emptyPixel;
+    }
+}
+
 } // namespace
 
 WQTerrainShader::WQTerrainShader(const WQLandGrid &grid, const WQLandColorTable &colors,
@@ -50,11 +107,18 @@ WQTerrainShader::WQTerrainShader(const WQLandGrid &grid, const WQLandColorTable 
                                          static_cast<float>(WQFlatDiffuseFactor(settings.light)));
     for (unsigned byte = 0; byte < _products.size(); ++byte) {
         const unsigned landType = WQLandTypeOfTerrainWord(static_cast<std::uint16_t>(byte));
-        if (landType >= WQLandTypeCount)
-            continue; // painted apart, in a colour without light
-        const WQPixel &color = colors[landType];
-        _products[byte] = {color.red * settings.fudgeFactor, color.green * settings.fudgeFactor,
-                           color.blue * settings.fudgeFactor};
+        // Terrain that does not exist is pure red under any light, even none: infinity times
+        // nothing is not a number, which clamping also takes for full red.
+        _products[byte] = Components{std::numeric_limits<float>::infinity(), 0, 0, 0};
+        if (landType < WQLandTypeCount) {
+            const auto product = [&](std::uint8_t component) {
+                const float value = component * settings.fudgeFactor;
+                return value > 0 ? value : 0;
+            };
+            const WQPixel &color = colors[landType];
+            _products[byte] =
+                Components{product(color.red), product(color.green), product(color.blue), 0};
+        }
     }
 }
 
@@ -85,68 +149,70 @@ ZPVector3 WQTerrainShader::calculateNormal(const WQLandGrid &landGrid, unsigned 
     return WQNormalizedVector(sum);
 }
 
-void WQTerrainShader::loadElevations(unsigned y, float *elevations) const {
-    for (const WQLandPoint &point : _grid.row(y))
-        *elevations++ = _grid.elevation(point);
+WQTerrainShader::Window::Window(const WQLandGrid &grid, unsigned first) : _grid(grid), _y(first) {
+    load(first == 0 ? first : first - 1, _rows[0]);
+    load(first, _rows[1]);
+    load(first == kLast ? first : first + 1, _rows[2]);
 }
 
-/// Points at the edge of the data have fewer than four triangles.
-void WQTerrainShader::lightIncompletePoints(unsigned y,
-                                            std::span<float, WQLandSize> dotProducts) const {
+void WQTerrainShader::Window::moveTo(unsigned y) {
+    for (; _y < y; ++_y) {
+        Row &next = _rows[_south];
+        _south = (_south + 1) % 3;
+        load(_y + 1 == kLast ? kLast : _y + 2, next);
+    }
+}
+
+void WQTerrainShader::Window::load(unsigned y, Row &row) const {
+    std::ranges::transform(_grid.row(y), row.begin(),
+                           [this](const WQLandPoint &point) { return _grid.elevation(point); });
+}
+
+/// Points at the edge of the data have fewer than four triangles. They are rare, so the row is
+/// searched for them by stretches.
+void WQTerrainShader::lightIncompletePoints(unsigned y, Row &dotProducts) const {
     const auto row = _grid.row(y);
-    const bool isOutermost = y == 0 || y == kLast;
     const auto south = _grid.row(y == 0 ? y : y - 1), north = _grid.row(y == kLast ? y : y + 1);
-    for (unsigned x = 0; x <= kLast; ++x) {
-        const bool isComplete = !isOutermost && x > 0 && x < kLast &&
-                                (row[x - 1].flags & row[x + 1].flags & south[x].flags &
-                                 north[x].flags & WQLandPoint::hasData) != 0;
+    const auto lightIfIncomplete = [&](unsigned x) {
+        const bool isOutermost = x == 0 || x == kLast || y == 0 || y == kLast;
+        const bool isComplete =
+            !isOutermost && (row[x - 1].flags & row[x + 1].flags & south[x].flags & north[x].flags &
+                             WQLandPoint::hasData) != 0;
         if (!isComplete && row[x].has(WQLandPoint::hasData))
             dotProducts[x] = WQDotProduct(calculateNormal(_grid, x, y), _settings.light);
+    };
+    constexpr unsigned kStretch = 64;
+    for (unsigned first = 0; first <= kLast; first += kStretch) {
+        const unsigned end = std::min(first + kStretch, WQLandSize);
+        unsigned flags = y > 0 && y < kLast ? WQLandPoint::hasData : 0;
+        for (unsigned x = first; x < end; ++x)
+            flags &= static_cast<unsigned>(row[x].flags & south[x].flags & north[x].flags);
+        for (unsigned x = first; x < end && flags == 0; ++x)
+            lightIfIncomplete(x);
+        // The neighbours of a stretch's ends lie in other stretches.
+        lightIfIncomplete(first);
+        lightIfIncomplete(end - 1);
     }
 }
 
-WQPixel WQTerrainShader::colorOfPoint(const WQLandPoint &point, float diffuseFactor) const {
-    if (point.landType() >= WQLandTypeCount)
-        return {255, 0, 0, 255};
-    const auto &product = _products[point.terrainWord & 0xFF];
-    return {WQShadedComponent(product[0], diffuseFactor),
-            WQShadedComponent(product[1], diffuseFactor),
-            WQShadedComponent(product[2], diffuseFactor), 255};
-}
-
-WQLightRange WQTerrainShader::shadeRow(unsigned y, std::span<WQPixel, WQLandSize> pixels) const {
-    std::array<float, WQLandSize> south, center, north, dotProducts;
-    loadElevations(y == 0 ? y : y - 1, south.data());
-    loadElevations(y, center.data());
-    loadElevations(y == kLast ? y : y + 1, north.data());
-    lightCompletePoints(south.data() + 1, center.data() + 1, north.data() + 1, _settings.light,
-                        WQLandSize - 2, dotProducts.data() + 1);
+WQLightRange WQTerrainShader::shadeRow(const Window &window, unsigned y,
+                                       std::span<WQPixel, WQLandSize> pixels) const {
+    Row dotProducts, factors;
+    dotProducts.front() = dotProducts.back() = 0; // never complete
+    lightCompletePoints(window.south().data() + 1, window.center().data() + 1,
+                        window.north().data() + 1, _settings.light, WQLandSize - 2,
+                        dotProducts.data() + 1);
     lightIncompletePoints(y, dotProducts);
-
-    const auto points = _grid.row(y);
-    float minimum = std::numeric_limits<float>::infinity();
-    float maximum = -minimum;
-    for (unsigned x = 0; x < WQLandSize; ++x) {
-        if (!points[x].has(WQLandPoint::hasData)) {
-            pixels[x] = _emptyPixel;
-            continue;
-        }
-        const float dot = dotProducts[x];
-        minimum = dot < minimum ? dot : minimum;
-        maximum = dot > maximum ? dot : maximum;
-        pixels[x] = colorOfPoint(points[x], static_cast<float>(WQDiffuseFactor(dot)));
-    }
+    const auto points = _grid.row(y).data();
+    const WQLightRange range = diffuseFactors(points, dotProducts.data(), factors.data());
+    colorPoints(points, factors.data(), _products.data(), _emptyPixel, pixels.data());
     if (_settings.marksChanges)
-        markChanges(points, pixels);
-
-    WQLightRange range;
-    if (minimum <= maximum)
-        range = {WQDiffuseFactor(minimum), WQDiffuseFactor(maximum)};
+        markChanges(y, pixels);
     return range;
 }
 
-void WQTerrainShader::markChanges(std::span<const WQLandPoint, WQLandSize> points,
-                                  std::span<WQPixel, WQLandSize> pixels) const {
+void WQTerrainShader::markChanges(unsigned y, std::span<WQPixel, WQLandSize> pixels) const {
+    const auto points = _grid.row(y);
     for (unsigned x = 0; x < WQLandSize; ++x) {
         if (points[x].has(WQLandPoint::wasChanged))
             pixels[x] = {0, 255, 0, 255};

@@ -3,8 +3,6 @@
 #include "map/WQLandGrid.h"
 #include "map/WQLight.h"
 
-#include <limits>
-
 /// The least and greatest share of light found on land.
 struct WQLightRange {
     double minimum = 1000.0;
@@ -37,20 +35,52 @@ class WQTerrainShader {
     /// not a number where there is none.
     static ZPVector3 calculateNormal(const WQLandGrid &landGrid, unsigned atX, unsigned y);
 
-    /// Colours a row of the grid and gives the range of light on its land.
-    WQLightRange shadeRow(unsigned y, std::span<WQPixel, WQLandSize> pixels) const;
+    /// Colours the rows from `first` up to but not including `end` and gives the range of light on
+    /// their land. `pixelsOfRow` says where a row's pixels go.
+    template <class PixelsOfRow>
+    WQLightRange shadeRows(unsigned first, unsigned end, const PixelsOfRow &pixelsOfRow) const {
+        Window window(_grid, first);
+        WQLightRange range;
+        for (unsigned y = first; y < end; ++y) {
+            window.moveTo(y);
+            range.include(shadeRow(window, y, pixelsOfRow(y)));
+        }
+        return range;
+    }
 
   private:
-    void loadElevations(unsigned y, float *elevations) const;
-    void lightIncompletePoints(unsigned y, std::span<float, WQLandSize> dotProducts) const;
-    WQPixel colorOfPoint(const WQLandPoint &point, float diffuseFactor) const;
-    void markChanges(std::span<const WQLandPoint, WQLandSize> points,
-                     std::span<WQPixel, WQLandSize> pixels) const;
+    using Row = std::array<float, WQLandSize>;
+
+    /// The elevations of a row and its neighbours, each read from the grid once while the window
+    /// moves north. Outside the world the outermost row stands in.
+    class Window {
+      public:
+        Window(const WQLandGrid &grid, unsigned first);
+        void moveTo(unsigned y);
+        const Row &south() const { return _rows[_south]; }
+        const Row &center() const { return _rows[(_south + 1) % 3]; }
+        const Row &north() const { return _rows[(_south + 2) % 3]; }
+
+      private:
+        void load(unsigned y, Row &row) const;
+
+        const WQLandGrid &_grid;
+        std::array<Row, 3> _rows;
+        unsigned _y, _south = 0;
+    };
+
+    /// Red, green and blue, and a fourth that is not used.
+    using Components = float __attribute__((vector_size(16)));
+
+    WQLightRange shadeRow(const Window &window, unsigned y,
+                          std::span<WQPixel, WQLandSize> pixels) const;
+    void lightIncompletePoints(unsigned y, Row &dotProducts) const;
+    void markChanges(unsigned y, std::span<WQPixel, WQLandSize> pixels) const;
 
     const WQLandGrid &_grid;
     Settings _settings;
     /// The pixel of a point without data.
     WQPixel _emptyPixel;
-    /// Red, green and blue times the fudge factor, by the low byte of the terrain word.
-    std::array<std::array<float, 3>, 256> _products{};
+    /// Colours times the fudge factor, none negative, by the low byte of the terrain word.
+    std::array<Components, 256> _products{};
 };

@@ -123,7 +123,8 @@ TEST(TerrainShader, AgreesWithVectorArithmeticOnRoughLand) {
                 const WQTerrainShader shader(*grid, WQLandColorTable::shared(), settings);
                 std::array<WQPixel, WQLandSize> row;
                 for (const unsigned y : {0u, 1u, 299u, 300u, 1234u, 2039u, 2040u}) {
-                    const WQLightRange range = shader.shadeRow(y, row);
+                    const WQLightRange range =
+                        shader.shadeRows(y, y + 1, [&](unsigned) { return std::span(row); });
                     WQLightRange expected;
                     std::size_t wrong = 0;
                     for (int x = 0; x < int(WQLandSize); ++x) {
@@ -152,7 +153,7 @@ TEST(TerrainShader, LightsFlatLandAndLonePoints) {
     const WQTerrainShader shader(*grid, WQLandColorTable::shared(),
                                  {WQNormalizedVector(kLight), 255, true, false});
     std::array<WQPixel, WQLandSize> row;
-    const WQLightRange range = shader.shadeRow(15, row);
+    const WQLightRange range = shader.shadeRows(15, 16, [&](unsigned) { return std::span(row); });
     EXPECT_NEAR(range.minimum, 0.85355, 1e-5);
     EXPECT_EQ(row[11], (WQPixel{175, 150, 105, 255}));
     EXPECT_EQ(row[12], (WQPixel{255, 0, 0, 255}));
@@ -194,7 +195,7 @@ TEST(MapViewport, ShowsItsPartOfTheLand) {
     viewport.yOffset = 2000;
     viewport.updateBitmap(shader);
     std::array<WQPixel, WQLandSize> row;
-    shader.shadeRow(2001, row);
+    shader.shadeRows(2001, 2002, [&](unsigned) { return std::span(row); });
     const auto bitmap = viewport.bitmap();
     EXPECT_TRUE(std::equal(row.begin() + 1900, row.end(), bitmap.begin() + 510 * 512));
     EXPECT_EQ(bitmap[510 * 512 + 141], WQPixel{}); // east of the world

@@ -1,4 +1,5 @@
 #include "game/WQKnownDungeons.h"
+#include "io/ZPStage.h"
 #include "io/ZPSystemLog.h"
 #include "map/WQMapper.h"
 #include "tool/Options.h"
@@ -11,6 +12,7 @@ namespace {
 constexpr int kUsageError = 2;
 
 std::unique_ptr<WQClientData> loadClientData(const std::string &path) {
+    const ZPStage stage("open and index");
     auto clientData = std::make_unique<WQClientData>(path);
     clientData->cellDataFile()->loadFileEntriesIfNecessary();
     return clientData;

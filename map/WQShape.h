@@ -1,0 +1,36 @@
+#pragma once
+
+#include "map/WQDrawing.h"
+
+#include <map>
+
+/// A closed polygon or, without corners, a circle about the origin; in pixels, y up.
+struct WQOutline {
+    std::vector<WQImagePoint> corners;
+    double radius = 0;
+};
+
+/// A filled or stroked outline that can be drawn at many places.
+class WQShape {
+  public:
+    static WQShape filled(WQOutline outline) { return {std::move(outline), 0}; }
+    static WQShape stroked(WQOutline outline, double lineWidth) {
+        return {std::move(outline), lineWidth};
+    }
+
+    /// Draws the shape with its origin at this point.
+    void drawAtPoint(WQImagePoint point, WQPixel color, WQDrawing &context);
+
+  private:
+    WQShape(WQOutline outline, double lineWidth)
+        : _outline(std::move(outline)), _lineWidth(lineWidth) {}
+
+    std::shared_ptr<const WQMask> maskWithOrigin(double x, double y) const;
+
+    WQOutline _outline;
+    /// 0 to fill.
+    double _lineWidth;
+    /// Masks by where the origin lies within its pixel, in 1/256 of a pixel. Points that are given
+    /// in tenths of map units all share one.
+    std::map<std::pair<int, int>, std::shared_ptr<const WQMask>> _masks;
+};

@@ -1,0 +1,143 @@
+#include "OverlayCanvas.h"
+#include "map/WQCompassOverlay.h"
+#include "map/WQGridOverlay.h"
+#include "map/WQMarkerOverlay.h"
+#include "map/WQTitleOverlay.h"
+#include "map/WQTributeOverlay.h"
+#include "map/WQTypesetter.h"
+
+#include <fstream>
+#include <future>
+#include <gmock/gmock.h>
+#include <random>
+
+namespace {
+
+constexpr WQPixel kGround = OverlayCanvas::kGround;
+
+std::vector<WQMapPoint> somePlaces() {
+    return {{"dot", {57.0, -24.2}, "Camp"},     {"", {-12.345, 0.123}, ""},
+            {"", {-100.0, 97.7}, "Ωμέγα שלום"}, {"", {101.3, 50.0}, "cut off at the edge"},
+            {"", {150, 150}, "outside"},        {"", {3e30, -3e30}, "far out"}};
+}
+
+void drawAll(OverlayCanvas &canvas) {
+    WQDrawGridLines(canvas.drawing, canvas.style);
+    WQDrawCompass(canvas.drawing, canvas.style);
+    WQDrawTitle(canvas.drawing, canvas.style);
+    WQDrawTribute(canvas.drawing, canvas.style);
+    WQMarkerOverlay(canvas.drawing, canvas.style.scale).drawMarkersAtCoordinates(somePlaces());
+}
+
+/// Columns `first` to `end` of the rows from `firstRow` on, drawn in blocks of random height and
+/// width that hold only what is touched.
+void drawInBlocks(const WQDrawing &drawing, std::size_t firstRow, std::size_t rowCount,
+                  std::size_t width, std::uint32_t seed, WQPixel ground, WQPixel *picture) {
+    std::mt19937 random(seed);
+    std::vector<WQPixel> pixels;
+    for (std::size_t row = firstRow, end = firstRow + rowCount; row < end;) {
+        const std::size_t height = std::min<std::size_t>(1 + random() % 90, end - row);
+        for (auto [first, last] : drawing.touchedColumns(row, height)) {
+            EXPECT_LT(first, last);
+            while (first < last) {
+                const std::size_t part = std::min<std::size_t>(1 + random() % 200, last - first);
+                pixels.assign(part * height, ground);
+                drawing.drawOnBlock({row, height, {first, first + part}, pixels});
+                for (std::size_t index = 0; index < height; ++index)
+                    std::copy_n(pixels.data() + index * part, part,
+                                picture + (row + index) * width + first);
+                first += part;
+            }
+        }
+        row += height;
+    }
+}
+
+TEST(OverlayDrawing, BlocksAndThreadsChangeNoPixel) {
+    OverlayCanvas canvas(1);
+    drawAll(canvas);
+    const std::size_t size = canvas.drawing.size(), half = size / 2;
+    for (const WQPixel ground : {kGround, WQPixel{}}) {
+        const auto whole = canvas.pixels(0, 0, int(size), int(size), ground);
+        std::vector<WQPixel> picture(size * size, ground);
+        const auto draw = [&](std::size_t first, std::size_t count, std::uint32_t seed) {
+            drawInBlocks(canvas.drawing, first, count, size, seed, ground, picture.data());
+        };
+        auto north = std::async(std::launch::async, draw, 0, half, 1);
+        draw(half, size - half, 2);
+        north.wait();
+        EXPECT_TRUE(whole == picture);
+    }
+}
+
+TEST(OverlayDrawing, TouchesOnlyWhatItDraws) {
+    OverlayCanvas canvas(8);
+    EXPECT_TRUE(canvas.drawing.touchedColumns(0, canvas.drawing.size()).empty());
+    WQDrawGridLines(canvas.drawing, canvas.style);
+    // Between two rows of labels: 41 lines, and the frame on both sides.
+    const auto touched = canvas.drawing.touchedColumns(canvas.drawing.size() / 2 - 200, 100);
+    ASSERT_EQ(touched.size(), 43u);
+    EXPECT_EQ(touched[1].end - touched[1].first, 1u);
+}
+
+TEST(OverlayDrawing, MixesWithGroundOfAnyAlpha) {
+    OverlayCanvas canvas(1);
+    canvas.drawing.fillRectangle({100.5, 200, 1, 1}, {200, 100, 50, 255});
+    const auto pixelOn = [&](WQPixel ground) {
+        return canvas.pixels(100, 200, 1, 1, ground).front();
+    };
+    EXPECT_EQ(pixelOn({}), (WQPixel{200, 100, 50, 128}));
+    EXPECT_EQ(pixelOn({0, 0, 0, 255}), (WQPixel{100, 50, 25, 255}));
+    // Half of it over half of the ground: two thirds of the colour.
+    EXPECT_EQ(pixelOn({0, 100, 0, 127}), (WQPixel{134, 100, 33, 191}));
+
+    WQMarkerOverlay(canvas.drawing, 1).drawMarkerAtCoordinate({0, 0});
+    for (const WQPixel &pixel : canvas.pixels(1000, 1000, 40, 40, {}))
+        EXPECT_TRUE(pixel.green == 0 && pixel.blue == 0 && (pixel.alpha != 0 || pixel.red == 0));
+}
+
+TEST(OverlayDrawing, LabelStaysInItsBox) {
+    for (const unsigned scale : {1u, 8u}) {
+        OverlayCanvas canvas(scale);
+        const std::string label = "Quarry of Fens";
+        WQMarkerOverlay(canvas.drawing, scale).drawMapPoint({"", {10, 20}, label});
+        const WQText text = canvas.drawing.typesetter().set(label, {WQSansFamilies, 12});
+        EXPECT_EQ(canvas.drawing.typesetter().set("not UTF-8: \xE9", {WQSansFamilies, 12}).width(),
+                  0);
+        ASSERT_GT(text.width(), 40);
+        ASSERT_GT(text.height(), 11);
+        const int x = 1119 * int(scale) + int(scale / 2), y = 1219 * int(scale) + int(scale / 2);
+        const auto pixels = canvas.pixels(x - 50, y - 50, 300, 100);
+        std::size_t inkCount = 0;
+        for (int row = 0; row < 100; ++row)
+            for (int column = 0; column < 300; ++column) {
+                const int right = column - 50, up = 49 - row;
+                if (right * right + up * up < 200 ||
+                    pixels[unsigned(row * 300 + column)] == kGround)
+                    continue;
+                ++inkCount;
+                EXPECT_TRUE(right >= 14 && right <= 17 + text.width() && up >= -6 &&
+                            up <= -3 + text.height())
+                    << right << ", " << up;
+            }
+        EXPECT_GT(inkCount, 100u);
+    }
+}
+
+/// In a process of its own, since fonts are looked for only once.
+TEST(OverlayDrawingDeathTest, WithoutFontsOnlyLabelsAreMissing) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const std::string configuration = testing::TempDir() + "/no-fonts.conf";
+    std::ofstream(configuration) << "<fontconfig></fontconfig>\n";
+    const auto draw = [&] {
+        setenv("FONTCONFIG_FILE", configuration.c_str(), 1);
+        OverlayCanvas canvas(1);
+        drawAll(canvas);
+        const bool hasDisc = canvas.pixel(1589, 777) == WQPixel{255, 0, 0, 255};
+        std::exit(hasDisc ? 0 : 1);
+    };
+    EXPECT_EXIT(draw(), testing::ExitedWithCode(0), "no fonts; the labels of the map are missing");
+    std::remove(configuration.c_str());
+}
+
+} // namespace
