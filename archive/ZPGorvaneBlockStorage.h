@@ -105,6 +105,8 @@ class ZPGorvaneBlockStorage {
     std::uint32_t blockSize() const { return _blockSize; }
     std::uint32_t contentType() const { return _contentType; }
     std::uint32_t contentSubtype() const { return _contentSubtype; }
+    /// How many blocks the file really has, its header included.
+    std::size_t blockCount() const { return fileBytes().size() / _blockSize; }
     /// Payload bytes of the free blocks, in 32 bits.
     std::uint32_t freeSpace() const { return (_blockSize - 4) * _freeBlockCount; }
 

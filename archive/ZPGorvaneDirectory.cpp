@@ -3,7 +3,10 @@
 #include "archive/ZPGorvaneDataFile.h"
 #include "io/ZPSystemLog.h"
 
-#include <unordered_set>
+#include <atomic>
+#include <cstdarg>
+#include <tbb/parallel_for.h>
+#include <utility>
 
 namespace {
 
@@ -18,24 +21,40 @@ constexpr unsigned kMaximumDepth = 32;
 } // namespace
 
 /// Reads nodes of one archive, remembering which it has read.
+///
+/// A sound tree is read by all processors. Whatever there is to say of a tree must be said in
+/// order, and which of two links to the same node counts must not depend on chance; so a reader
+/// that works in parallel only notes that it has something to report, and the tree is read again by
+/// one that reports.
 class ZPGorvaneDirectory::Reader {
   public:
-    Reader(const ZPGorvaneDataFile &dataFile, bool loadSubdirectories)
-        : _dataFile(dataFile), _storage(*dataFile.blockStorage()),
-          _loadSubdirectories(loadSubdirectories) {}
+    enum class Mode { oneNode, parallel, reporting };
+
+    Reader(const ZPGorvaneDataFile &dataFile, Mode mode)
+        : _dataFile(dataFile), _storage(*dataFile.blockStorage()), _mode(mode),
+          _nodesRead(mode == Mode::oneNode ? 0 : _storage.blockCount() / kBitsPerWord + 1) {}
 
     std::unique_ptr<ZPGorvaneDirectory> readNode(std::uint32_t offset, unsigned depth);
+    bool hasFaults() const { return _hasFaults; }
 
   private:
+    static constexpr std::size_t kBitsPerWord = 64;
+
+    void report(const char *format, ...) __attribute__((format(printf, 2, 3)));
+    bool markAsRead(std::uint32_t offset);
     void readChildren(ZPGorvaneDirectory &node, ZPDataCursor &cursor, unsigned depth);
-    void loadChild(ZPGorvaneDirectory &node, std::uint32_t offset, unsigned depth);
+    void loadChildren(ZPGorvaneDirectory &node, unsigned depth);
+    std::unique_ptr<ZPGorvaneDirectory> loadChild(const ZPGorvaneDirectory &node,
+                                                  std::uint32_t offset, unsigned depth);
     void readFiles(ZPGorvaneDirectory &node, ZPDataCursor &cursor);
-    static void checkOrder(const ZPGorvaneDirectory &node);
+    void checkOrder(const ZPGorvaneDirectory &node);
 
     const ZPGorvaneDataFile &_dataFile;
     const ZPGorvaneBlockStorage &_storage;
-    bool _loadSubdirectories;
-    std::unordered_set<std::uint32_t> _nodesRead;
+    const Mode _mode;
+    std::atomic<bool> _hasFaults = false;
+    /// A bit for each block of the file.
+    std::vector<std::atomic<std::uint64_t>> _nodesRead;
 };
 
 std::unique_ptr<ZPGorvaneDirectory>
@@ -43,22 +62,49 @@ ZPGorvaneDirectory::initWithDataFile(const ZPGorvaneDataFile &dataFile, std::uin
                                      bool loadSubdirectories) {
     if (dataFile.blockStorage() == nullptr)
         return nullptr;
-    return Reader(dataFile, loadSubdirectories).readNode(offset, 1);
+    if (!loadSubdirectories)
+        return Reader(dataFile, Reader::Mode::oneNode).readNode(offset, 1);
+    try {
+        Reader reader(dataFile, Reader::Mode::parallel);
+        auto root = reader.readNode(offset, 1);
+        if (!reader.hasFaults())
+            return root;
+    } catch (const ZPRangeException &) {
+        // The root's own fault; the reading below meets it again.
+    }
+    return Reader(dataFile, Reader::Mode::reporting).readNode(offset, 1);
+}
+
+void ZPGorvaneDirectory::Reader::report(const char *format, ...) {
+    _hasFaults = true;
+    if (_mode == Mode::parallel)
+        return;
+    va_list arguments;
+    va_start(arguments, format);
+    ZPLog("%s", ZPFormatArguments(format, arguments).c_str());
+    va_end(arguments);
+}
+
+/// False where the node was read before.
+bool ZPGorvaneDirectory::Reader::markAsRead(std::uint32_t offset) {
+    const std::size_t block = offset / _storage.blockSize();
+    if (block / kBitsPerWord >= _nodesRead.size())
+        return true; // outside the file; its chain will say so
+    const std::uint64_t bit = std::uint64_t{1} << block % kBitsPerWord;
+    return (_nodesRead[block / kBitsPerWord].fetch_or(bit) & bit) == 0;
 }
 
 std::unique_ptr<ZPGorvaneDirectory> ZPGorvaneDirectory::Reader::readNode(std::uint32_t offset,
                                                                          unsigned depth) {
-    // A node's bytes are used up before its children are read only as far as the list of them, so
-    // each level keeps its own.
     ZPData scratch;
     ZPError error;
     const auto size = static_cast<std::uint32_t>(_dataFile.family().directorySize());
     const auto bytes = _storage.readBytesFromBlocksAtOffset(offset, size, scratch, &error);
     if (!bytes) {
-        ZPLog("Error: %s", error.description().c_str());
+        report("Error: %s", error.description().c_str());
         return nullptr;
     }
-    _nodesRead.insert(offset);
+    markAsRead(offset);
 
     auto node = std::make_unique<ZPGorvaneDirectory>();
     node->_offset = offset;
@@ -77,33 +123,53 @@ void ZPGorvaneDirectory::Reader::readChildren(ZPGorvaneDirectory &node, ZPDataCu
     for (std::size_t index = 0; index < kMaximumChildren && index <= fileCount; ++index) {
         const std::uint32_t child = cursor.readLittleInt32();
         if (child == 0 || child == kUnusedChild)
-            return;
+            break;
         if (child % _storage.blockSize() != 0)
-            ZPLog("dir %08x> Subdirectory at index %zu failed checks...", node._offset, index);
-        else if (_loadSubdirectories)
-            loadChild(node, child, depth);
+            report("dir %08x> Subdirectory at index %zu failed checks...", node._offset, index);
         else
             node._subdirectoryOffsets.push_back(child);
     }
+    if (_mode != Mode::oneNode)
+        loadChildren(node, depth);
 }
 
-void ZPGorvaneDirectory::Reader::loadChild(ZPGorvaneDirectory &node, std::uint32_t offset,
-                                           unsigned depth) {
-    if (_nodesRead.contains(offset)) {
-        ZPLog("dir %08x> Subdirectory %08x was read already and is not followed again",
-              node._offset, offset);
-        return;
+/// Replaces the offsets of a node's children by the children.
+void ZPGorvaneDirectory::Reader::loadChildren(ZPGorvaneDirectory &node, unsigned depth) {
+    /// The root and the nodes below it have enough below them to be worth sharing out.
+    constexpr unsigned kParallelDepth = 2;
+    const auto offsets = std::exchange(node._subdirectoryOffsets, {});
+    auto &children = node._subdirectories;
+    children.resize(offsets.size());
+    const auto load = [&](std::size_t index) {
+        children[index] = loadChild(node, offsets[index], depth);
+    };
+    if (_mode == Mode::parallel && depth <= kParallelDepth)
+        tbb::parallel_for(std::size_t{0}, offsets.size(), load);
+    else
+        for (std::size_t index = 0; index < offsets.size(); ++index)
+            load(index);
+    std::erase(children, nullptr);
+}
+
+/// Null, reported, where the child is not followed or cannot be read.
+std::unique_ptr<ZPGorvaneDirectory>
+ZPGorvaneDirectory::Reader::loadChild(const ZPGorvaneDirectory &node, std::uint32_t offset,
+                                      unsigned depth) {
+    if (!markAsRead(offset)) {
+        report("dir %08x> Subdirectory %08x was read already and is not followed again",
+               node._offset, offset);
+        return nullptr;
     }
     if (depth >= kMaximumDepth) {
-        ZPLog("dir %08x> Subdirectory %08x lies deeper than %u levels and is not followed",
-              node._offset, offset, kMaximumDepth);
-        return;
+        report("dir %08x> Subdirectory %08x lies deeper than %u levels and is not followed",
+               node._offset, offset, kMaximumDepth);
+        return nullptr;
     }
     try {
-        if (auto child = readNode(offset, depth + 1))
-            node._subdirectories.push_back(std::move(child));
+        return readNode(offset, depth + 1);
     } catch (const ZPRangeException &exception) {
-        ZPLog("dir %08x> Caught exception: %s", offset, exception.what());
+        report("dir %08x> Caught exception: %s", offset, exception.what());
+        return nullptr;
     }
 }
 
@@ -112,13 +178,13 @@ void ZPGorvaneDirectory::Reader::readFiles(ZPGorvaneDirectory &node, ZPDataCurso
     const std::uint32_t fileCount = cursor.readLittleInt32();
     const bool isInnerNode = !node.isRootDirectory() && !node.isLeaf();
     if (isInnerNode && (fileCount < kMinimumFiles || fileCount > kMaximumFiles)) {
-        ZPLog("Error: Directory %08x has an invalid number of files (%u), must be 30 <= count <= "
-              "61",
-              node._offset, fileCount);
-        ZPLog("files: %s", "()");
+        report("Error: Directory %08x has an invalid number of files (%u), must be 30 <= count <= "
+               "61",
+               node._offset, fileCount);
+        report("files: %s", "()");
     } else if (fileCount > kMaximumFiles) {
-        ZPLog("Error: Directory %08x has an invalid number of files (%u), must be count <= 61",
-              node._offset, fileCount);
+        report("Error: Directory %08x has an invalid number of files (%u), must be count <= 61",
+               node._offset, fileCount);
     }
 
     const ZPGorvaneArchiveFamily &family = _dataFile.family();
@@ -126,22 +192,22 @@ void ZPGorvaneDirectory::Reader::readFiles(ZPGorvaneDirectory &node, ZPDataCurso
     for (std::uint32_t index = 0; index < fileCount; ++index) {
         ZPGorvaneFileEntry entry;
         if (!family.readFileEntry(cursor, entry)) {
-            ZPLog("dir %08x> Failed to create file entry %u", node._offset, index);
+            report("dir %08x> Failed to create file entry %u", node._offset, index);
             break;
         }
         node._files.push_back(entry);
     }
     if (!node.isLeaf() && node._subdirectories.size() != std::size_t{fileCount} + 1)
-        ZPLog("dir %08x> count: %u, subdirs: %zu, files: %zu", node._offset, fileCount,
-              node._subdirectories.size(), node._files.size());
+        report("dir %08x> count: %u, subdirs: %zu, files: %zu", node._offset, fileCount,
+               node._subdirectories.size(), node._files.size());
 }
 
 void ZPGorvaneDirectory::Reader::checkOrder(const ZPGorvaneDirectory &node) {
     std::uint32_t previous = 0;
     for (const ZPGorvaneFileEntry &entry : node._files) {
         if (entry.identifier <= previous)
-            ZPLog("dir %08x> files out of order, prev id (%08x) >= cur id (%08x)", node._offset,
-                  previous, entry.identifier);
+            report("dir %08x> files out of order, prev id (%08x) >= cur id (%08x)", node._offset,
+                   previous, entry.identifier);
         previous = entry.identifier;
     }
 }
