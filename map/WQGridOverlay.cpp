@@ -30,12 +30,12 @@ class Grid {
     double coordinate(float value) const {
         return WQImageCoordinate(static_cast<double>(value), _style.scale);
     }
-    /// A line's end, from the cell it lies on. Kept in single precision.
-    double lineEnd(double cell) const {
+    /// Where a line ends, from the cell that lies there. Kept in single precision.
+    double endAtCell(double cell) const {
         return static_cast<float>(_scale * cell + static_cast<double>(_style.scale / 2) + 0.5);
     }
-    double lineBegin() const { return lineEnd(19.000000000000057); } // (-100 + 101.9) * 10
-    double lineEnd() const { return lineEnd(2019.0); }
+    double lineBegin() const { return endAtCell(19.000000000000057); } // (-100 + 101.9) * 10
+    double lineEnd() const { return endAtCell(2019.0); }
 
     WQDrawing &_context;
     const WQOverlayStyle &_style;
@@ -98,17 +98,29 @@ void Grid::drawFrame(int first, int sideOffset, WQPixel color) const {
 
 void Grid::drawLabels() const {
     const WQFont font{WQSansFamilies, _style.scale == 1 ? 8.0 : 4 * _scale};
-    const double left = _scale / 3.0 * 7.0 + _frameWidth;
-    const double right = _scale / 3.0 * 5.0 + _frameWidth;
-    for (int i = -kOutermost; i <= kOutermost; i += kStep) {
-        const WQText text = _context.typesetter().set(ZPFormat("%.0f", std::abs(double(i))), font);
-        const double center = coordinate(static_cast<float>(i));
+    struct Label {
+        WQText text;
+        double center;
+    };
+    std::vector<Label> labels;
+    for (int i = -kOutermost; i <= kOutermost; i += kStep)
+        labels.push_back({_context.typesetter().set(ZPFormat("%d", std::abs(i)), font),
+                          coordinate(static_cast<float>(i))});
+
+    for (const auto &[text, center] : labels) {
         const double x = std::floor(center - text.width() * 0.5);
-        const double y = std::floor(center - text.height() * 0.5);
+        const double top = std::floor(_size - _frameWidth - text.height());
         text.drawWithShadowAtPoint({x, _scale + _frameWidth}, _context);
-        text.drawWithShadowAtPoint({x, std::floor(_size - _frameWidth - text.height())}, _context);
+        text.drawWithShadowAtPoint({x, top}, _context);
+    }
+    // After all of those, which they may overlap in the corners.
+    const double left = _scale / 3.0 * 7.0 + _frameWidth;
+    const double rightMargin = _scale / 3.0 * 5.0 + _frameWidth;
+    for (const auto &[text, center] : labels) {
+        const double y = std::floor(center - text.height() * 0.5);
+        const double right = std::floor(_size - rightMargin - text.width());
         text.drawWithShadowAtPoint({left, y}, _context);
-        text.drawWithShadowAtPoint({std::floor(_size - right - text.width()), y}, _context);
+        text.drawWithShadowAtPoint({right, y}, _context);
     }
 }
 

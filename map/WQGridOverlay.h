@@ -3,5 +3,6 @@
 #include "map/WQOverlayStyle.h"
 
 /// Blanks three corners that hold no real landscape and draws lines every five map units, a black
-/// and whiten/// frame along the edges and the lines' numbers.
+/// and white
+/// frame along the edges and the lines' numbers.
 void WQDrawGridLines(WQDrawing &context, const WQOverlayStyle &style);

@@ -4,11 +4,18 @@
 #include <functional>
 #include <span>
 
-/// Rows of a picture that are equal, told once: the pixels of one row, each of which stands for
-/// `columnsPerPixel` columns, and how many rows look like this.
-struct WQRowRun {
+/// A part of a row: pixels, each of which stands for so many columns.
+struct WQRowSegment {
     std::span<const std::byte> pixels;
     std::size_t columnsPerPixel = 1;
+
+    std::size_t byteCount() const { return pixels.size() * columnsPerPixel; }
+};
+
+/// Rows of a picture that are equal, told once: the parts of one row from west to east, and how many
+/// rows look like this.
+struct WQRowRun {
+    std::span<const WQRowSegment> segments;
     std::size_t rowCount = 1;
 };
 

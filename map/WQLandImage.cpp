@@ -15,15 +15,13 @@ constexpr std::size_t kWideShare = 4;
 
 } // namespace
 
-/// Fills `pixels` with the given columns of the picture rows that show a land row.
+/// Columns of the picture rows that show a land row; they begin and end with a land point.
 template <class Pixel>
-void WQLandImage<Pixel>::enlarge(std::size_t landRow, Columns columns, Pixel *pixels) const {
-    const Pixel *source = pixelsOfLandRow(landRow) + columns.first / _scale;
-    for (std::size_t column = columns.first; column < columns.end;) {
-        const std::size_t end = std::min(columns.end, (column / _scale + 1) * _scale);
-        pixels = std::fill_n(pixels, end - column, *source++);
-        column = end;
-    }
+WQRowSegment WQLandImage<Pixel>::bareSegment(std::size_t landRow, Columns columns) const {
+    const Pixel *pixels = pixelsOfLandRow(landRow);
+    return {
+        std::as_bytes(std::span(pixels + columns.first / _scale, pixels + columns.end / _scale)),
+        _scale};
 }
 
 template <class Pixel>
@@ -46,69 +44,94 @@ void WQLandImage<Pixel>::readBareRows(std::size_t first, std::size_t count,
     for (std::size_t end = first + count; first < end;) {
         const std::size_t landRow = first / _scale;
         const std::size_t next = std::min(end, (landRow + 1) * _scale);
-        sink(
-            {std::as_bytes(std::span(pixelsOfLandRow(landRow), WQLandSize)), _scale, next - first});
+        const WQRowSegment segment = bareSegment(landRow, {0, width()});
+        sink({{&segment, 1}, next - first});
         first = next;
     }
+}
+
+/// What the overlay touches in some rows, widened to whole land points.
+template <class Pixel>
+std::vector<WQOverlay::Columns> WQLandImage<Pixel>::touchedColumns(std::size_t first,
+                                                                   std::size_t count) const {
+    std::vector<Columns> touched;
+    for (Columns columns : _overlay->touchedColumns(first, count)) {
+        columns = {columns.first / _scale * _scale, (columns.end + _scale - 1) / _scale * _scale};
+        if (!touched.empty() && columns.first <= touched.back().end)
+            touched.back().end = columns.end;
+        else
+            touched.push_back(columns);
+    }
+    return touched;
 }
 
 template <class Pixel>
 void WQLandImage<Pixel>::readRowsUnderOverlay(std::size_t first, std::size_t count,
                                               const RowSink &sink) const {
-    if constexpr (std::is_same_v<Pixel, WQPixel>) {
-        const auto touched = _overlay->touchedColumns(first, count);
-        std::size_t touchedWidth = 0;
-        for (const Columns &columns : touched)
-            touchedWidth += columns.end - columns.first;
-        if (touched.empty()) {
-            readBareRows(first, count, sink);
-            return;
-        }
-        if (touchedWidth > width() / kWideShare && count > _scale) {
-            const std::size_t half = (count / _scale + 1) / 2 * _scale;
-            readRowsUnderOverlay(first, half, sink);
-            readRowsUnderOverlay(first + half, count - half, sink);
-            return;
-        }
-
-        std::vector<std::vector<Pixel>> blocks;
-        for (const Columns &columns : touched) {
-            const std::size_t blockWidth = columns.end - columns.first;
-            auto &pixels = blocks.emplace_back(blockWidth * count);
-            for (std::size_t row = 0; row < count; ++row)
-                enlarge((first + row) / _scale, columns, pixels.data() + row * blockWidth);
-            _overlay->drawOnBlock({first, count, columns, pixels});
-        }
-
-        // The drawing may differ between the rows of one land row; where it does not, they still
-        // count as one.
-        std::vector<Pixel> row(width());
-        std::size_t repeats = 0;
-        for (std::size_t index = 0; index < count; ++index) {
-            const std::size_t landRow = (first + index) / _scale;
-            bool isNew = index == 0 || landRow != (first + index - 1) / _scale;
-            for (std::size_t part = 0; part < blocks.size() && !isNew; ++part) {
-                const std::size_t blockWidth = touched[part].end - touched[part].first;
-                const Pixel *pixels = blocks[part].data() + index * blockWidth;
-                isNew = !std::equal(pixels - blockWidth, pixels, pixels);
-            }
-            if (!isNew) {
-                ++repeats;
-                continue;
-            }
-            if (repeats > 0)
-                sink({std::as_bytes(std::span<const Pixel>(row)), 1, repeats});
-            enlarge(landRow, {0, width()}, row.data());
-            for (std::size_t part = 0; part < blocks.size(); ++part) {
-                const std::size_t blockWidth = touched[part].end - touched[part].first;
-                std::copy_n(blocks[part].data() + index * blockWidth, blockWidth,
-                            row.data() + touched[part].first);
-            }
-            repeats = 1;
-        }
-        sink({std::as_bytes(std::span<const Pixel>(row)), 1, repeats});
-    } else {
+    const auto touched = touchedColumns(first, count);
+    std::size_t touchedWidth = 0;
+    for (const Columns &columns : touched)
+        touchedWidth += columns.end - columns.first;
+    if (touchedWidth == 0) {
         readBareRows(first, count, sink);
+    } else if (touchedWidth > width() / kWideShare && count > _scale) {
+        const std::size_t half = (count / _scale + 1) / 2 * _scale;
+        readRowsUnderOverlay(first, half, sink);
+        readRowsUnderOverlay(first + half, count - half, sink);
+    } else {
+        readTouchedRows(first, count, touched, sink);
+    }
+}
+
+template <class Pixel>
+void WQLandImage<Pixel>::readTouchedRows(std::size_t first, std::size_t count,
+                                         std::span<const Columns> touched,
+                                         const RowSink &sink) const {
+    // What the drawing touches, pixel by pixel; the rest stays land points.
+    struct Part {
+        Columns columns;
+        std::vector<Pixel> pixels;
+        std::span<const Pixel> row(std::size_t index) const {
+            const std::size_t width = columns.end - columns.first;
+            return std::span(pixels).subspan(index * width, width);
+        }
+    };
+    std::vector<Part> parts;
+    for (const Columns &columns : touched) {
+        Part &part = parts.emplace_back(Part{columns, {}});
+        part.pixels.reserve((columns.end - columns.first) * count);
+        for (std::size_t row = first; row < first + count; ++row) {
+            const Pixel *landRow = pixelsOfLandRow(row / _scale);
+            for (std::size_t point = columns.first / _scale; point < columns.end / _scale; ++point)
+                part.pixels.insert(part.pixels.end(), _scale, landRow[point]);
+        }
+        if constexpr (std::is_same_v<Pixel, WQPixel>)
+            _overlay->drawOnBlock({first, count, columns, part.pixels});
+    }
+
+    // The drawing may differ between the rows that show one land row; where it does not, they still
+    // count as one.
+    const auto isRepeat = [&](std::size_t index) {
+        return (first + index) % _scale != 0 && std::ranges::all_of(parts, [&](const Part &part) {
+                   return std::ranges::equal(part.row(index - 1), part.row(index));
+               });
+    };
+    std::vector<WQRowSegment> segments;
+    for (std::size_t index = 0, next; index < count; index = next) {
+        for (next = index + 1; next < count && isRepeat(next);)
+            ++next;
+        segments.clear();
+        const std::size_t landRow = (first + index) / _scale;
+        std::size_t column = 0;
+        for (const Part &part : parts) {
+            if (part.columns.first > column)
+                segments.push_back(bareSegment(landRow, {column, part.columns.first}));
+            segments.push_back({std::as_bytes(part.row(index)), 1});
+            column = part.columns.end;
+        }
+        if (column < width())
+            segments.push_back(bareSegment(landRow, {column, width()}));
+        sink({segments, next - index});
     }
 }
 

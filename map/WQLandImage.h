@@ -4,6 +4,7 @@
 #include "map/WQOverlay.h"
 
 #include <memory>
+#include <vector>
 
 /// An image of one value for each land point, each shown as a square of `scale` pixels, with or
 /// without a drawing over it. A Pixel is a WQPixel or a grey level.
@@ -38,9 +39,12 @@ class WQLandImage : public WQImage {
     Pixel *pixelsOfLandRow(std::size_t rowFromNorth) const {
         return _pixels.get() + rowFromNorth * WQLandSize;
     }
-    void enlarge(std::size_t landRow, Columns columns, Pixel *pixels) const;
+    WQRowSegment bareSegment(std::size_t landRow, Columns columns) const;
     void readBareRows(std::size_t first, std::size_t count, const RowSink &sink) const;
     void readRowsUnderOverlay(std::size_t first, std::size_t count, const RowSink &sink) const;
+    void readTouchedRows(std::size_t first, std::size_t count, std::span<const Columns> touched,
+                         const RowSink &sink) const;
+    std::vector<Columns> touchedColumns(std::size_t first, std::size_t count) const;
 
     std::size_t _scale;
     /// From the north.

@@ -10,14 +10,17 @@ constexpr unsigned kFilterUp = 2;
 } // namespace
 
 void WQPNGBand::appendRows(const WQRowRun &rows) {
-    const std::size_t bytesPerRow = rows.pixels.size() * rows.columnsPerPixel;
-    if (_matcher->isLastRow(rows)) {
+    std::size_t bytesPerRow = 0;
+    for (const WQRowSegment &segment : rows.segments)
+        bytesPerRow += segment.byteCount();
+    if (_matcher->isLastRow(rows.segments)) {
         appendRepeats(rows.rowCount, bytesPerRow);
         return;
     }
     appendFilter(kFilterNone);
-    _matcher->appendRow(rows, static_cast<std::uint32_t>(_length), _block);
-    _checksum.appendRepeatedPixels(rows.pixels, _bytesPerPixel, rows.columnsPerPixel);
+    _matcher->appendRow(rows.segments, static_cast<std::uint32_t>(_length), _block);
+    for (const WQRowSegment &segment : rows.segments)
+        _checksum.appendRepeatedPixels(segment.pixels, _bytesPerPixel, segment.columnsPerPixel);
     _length += bytesPerRow;
     appendRepeats(rows.rowCount - 1, bytesPerRow);
 }

@@ -11,7 +11,7 @@ class WQPNGBand {
     explicit WQPNGBand(std::size_t bytesPerPixel)
         : _bytesPerPixel(bytesPerPixel), _matcher(WQRowMatcher::newMatcher(bytesPerPixel)) {}
 
-    /// All rows of a band are equally wide. A band has less than 4 GiB.
+    /// All rows of a band are equally wide. A band has less than 4 GiB before deflating.
     void appendRows(const WQRowRun &rows);
     /// The deflated data. Nothing may be appended afterwards.
     ZPData finish() { return _block.finish(); }

@@ -15,12 +15,9 @@ constexpr std::size_t kPlacesPerMatch = 64;
 template <class Pixel>
 class PixelMatcher final : public WQRowMatcher {
   public:
-    bool isLastRow(const WQRowRun &row) const override {
-        const std::size_t length = row.pixels.size();
-        return _columnsPerPixel == row.columnsPerPixel && _width * sizeof(Pixel) == length &&
-               std::memcmp(_history.data() + _rowStart, row.pixels.data(), length) == 0;
-    }
-    void appendRow(const WQRowRun &row, std::uint32_t offset, WQDeflateBlock &block) override;
+    bool isLastRow(std::span<const WQRowSegment> row) const override;
+    void appendRow(std::span<const WQRowSegment> row, std::uint32_t offset,
+                   WQDeflateBlock &block) override;
 
   private:
     /// So many pixels are looked up at once: enough for the shortest match that deflate knows.
@@ -29,124 +26,160 @@ class PixelMatcher final : public WQRowMatcher {
     /// occurred a little before.
     static constexpr bool kFindsSinglePixels = sizeof(Pixel) == 4;
 
-    /// Where some pixels occurred last: in the history, counted from before its beginning as often
-    /// as it was cleared, and in the block.
+    /// Where some pixels occurred last.
     struct Place {
+        /// In the history, counted on through its clearings.
         std::uint32_t position = 0;
+        /// In the block.
         std::uint32_t offset = 0;
+        /// Pixels from there to the end of the segment, and what each stands for; both must suit a
+        /// match.
+        std::uint32_t pixelsLeft : 24 = 0;
+        std::uint32_t columnsPerPixel : 8 = 0;
     };
     struct Match {
         std::size_t pixelCount = 0;
         std::size_t distance = 0;
     };
+    struct Segment {
+        /// Of its first pixel in the history.
+        std::size_t start = 0;
+        std::size_t pixelCount = 0;
+        std::size_t columnsPerPixel = 0;
+        /// In the block.
+        std::uint32_t offset = 0;
 
-    void beginRow(const WQRowRun &row, std::uint32_t offset);
-    Match findMatch(std::size_t x);
-    Match matchAtPlace(std::size_t x, const Place &place) const;
-    void appendLiteral(Pixel pixel, WQDeflateBlock &block) const;
-    void enterPlaces(std::size_t x, std::size_t count);
+        std::size_t bytesPerPixel() const { return sizeof(Pixel) * columnsPerPixel; }
+    };
 
-    const Pixel *row() const { return _history.data() + _rowStart; }
-    Place placeOfColumn(std::size_t x) const {
-        return {static_cast<std::uint32_t>(_clearedPixels + _rowStart + x),
-                static_cast<std::uint32_t>(_rowOffset + x * bytesPerColumn())};
+    void forgetUnreachableRows(std::span<const WQRowSegment> row);
+    void appendSegment(const Segment &segment, WQDeflateBlock &block);
+    Match findMatch(const Segment &segment, std::size_t x);
+    Match matchAtPlace(const Segment &segment, std::size_t x, const Place &place) const;
+    void appendLiteral(Pixel pixel, std::size_t columnsPerPixel, WQDeflateBlock &block) const;
+    void enterPlaces(const Segment &segment, std::size_t x, std::size_t count);
+
+    Place placeOf(const Segment &segment, std::size_t x) const {
+        return {static_cast<std::uint32_t>(_clearedPixels + segment.start + x),
+                static_cast<std::uint32_t>(segment.offset + x * segment.bytesPerPixel()),
+                static_cast<std::uint32_t>(segment.pixelCount - x) & 0xFFFFFF,
+                static_cast<std::uint32_t>(segment.columnsPerPixel) & 0xFF};
     }
-    std::size_t bytesPerColumn() const { return sizeof(Pixel) * _columnsPerPixel; }
-
-    Place &placeOfGroup(std::size_t x) {
+    Place &placeOfGroup(const Pixel *pixels) {
         std::uint64_t group = 0;
-        std::memcpy(&group, row() + x, sizeof(Pixel) * kGroup);
+        std::memcpy(&group, pixels, sizeof(Pixel) * kGroup);
         return _groupPlaces[group * 0x9E3779B97F4A7C15 >> (64 - kGroupBits)];
     }
-    Place &placeOfPixel(std::size_t x) {
-        return _pixelPlaces[row()[x] * std::uint32_t{2654435761} >> (32 - kPixelBits)];
+    Place &placeOfPixel(Pixel pixel) {
+        return _pixelPlaces[pixel * std::uint32_t{2654435761} >> (32 - kPixelBits)];
     }
 
     static constexpr unsigned kGroupBits = 13, kPixelBits = 11;
     std::vector<Place> _groupPlaces = std::vector<Place>(1 << kGroupBits);
     std::vector<Place> _pixelPlaces = std::vector<Place>(kFindsSinglePixels ? 1 << kPixelBits : 0);
 
-    /// Rows that matches may come from, the current one last.
+    /// Rows that matches may come from, the last one included.
     std::vector<Pixel> _history;
     /// How many pixels the history had when it was cleared; never 0, the place of nothing.
     std::size_t _clearedPixels = 1;
-    std::size_t _width = 0, _columnsPerPixel = 0;
-    std::size_t _rowStart = 0;
-    std::uint32_t _rowOffset = 0;
+    std::vector<Segment> _lastRow;
 };
 
 template <class Pixel>
-void PixelMatcher<Pixel>::beginRow(const WQRowRun &row, std::uint32_t offset) {
-    const std::size_t width = row.pixels.size() / sizeof(Pixel);
-    const std::size_t bytesPerRow = row.pixels.size() * row.columnsPerPixel + 1;
-    if (row.columnsPerPixel != _columnsPerPixel || bytesPerRow > WQDeflateBlock::kWindowSize ||
-        _history.size() + width > kHistoryLimit) {
-        _clearedPixels += _history.size();
-        _history.clear();
-    }
-    _width = width;
-    _columnsPerPixel = row.columnsPerPixel;
-    _rowStart = _history.size();
-    _rowOffset = offset;
-    _history.resize(_rowStart + width);
-    std::memcpy(_history.data() + _rowStart, row.pixels.data(), row.pixels.size());
+bool PixelMatcher<Pixel>::isLastRow(std::span<const WQRowSegment> row) const {
+    return std::ranges::equal(_lastRow, row, [this](const Segment &last, const WQRowSegment &part) {
+        return last.columnsPerPixel == part.columnsPerPixel &&
+               last.pixelCount * sizeof(Pixel) == part.pixels.size() &&
+               std::memcmp(_history.data() + last.start, part.pixels.data(), part.pixels.size()) ==
+                   0;
+    });
 }
 
 template <class Pixel>
-void PixelMatcher<Pixel>::appendRow(const WQRowRun &rows, std::uint32_t offset,
+void PixelMatcher<Pixel>::forgetUnreachableRows(std::span<const WQRowSegment> row) {
+    std::size_t byteCount = 0, pixelCount = 0;
+    for (const WQRowSegment &part : row) {
+        byteCount += part.byteCount();
+        pixelCount += part.pixels.size() / sizeof(Pixel);
+    }
+    if (byteCount >= WQDeflateBlock::kWindowSize || _history.size() + pixelCount > kHistoryLimit) {
+        _clearedPixels += _history.size();
+        _history.clear();
+    }
+}
+
+template <class Pixel>
+void PixelMatcher<Pixel>::appendRow(std::span<const WQRowSegment> row, std::uint32_t offset,
                                     WQDeflateBlock &block) {
-    beginRow(rows, offset);
-    const Pixel *const pixels = row();
-    for (std::size_t x = 0; x < _width;) {
+    forgetUnreachableRows(row);
+    _lastRow.clear();
+    for (const WQRowSegment &part : row) {
+        const Segment segment = {_history.size(), part.pixels.size() / sizeof(Pixel),
+                                 part.columnsPerPixel, offset};
+        _history.resize(segment.start + segment.pixelCount);
+        std::memcpy(_history.data() + segment.start, part.pixels.data(), part.pixels.size());
+        _lastRow.push_back(segment);
+        appendSegment(segment, block);
+        offset += static_cast<std::uint32_t>(part.byteCount());
+    }
+}
+
+template <class Pixel>
+void PixelMatcher<Pixel>::appendSegment(const Segment &segment, WQDeflateBlock &block) {
+    const Pixel *const pixels = _history.data() + segment.start;
+    const std::size_t bytesPerPixel = segment.bytesPerPixel();
+    for (std::size_t x = 0; x < segment.pixelCount;) {
         if (x > 0 && pixels[x] == pixels[x - 1]) {
-            const Pixel *const end = std::find_if(pixels + x, pixels + _width,
+            const Pixel *const end = std::find_if(pixels + x, pixels + segment.pixelCount,
                                                   [=](Pixel other) { return other != pixels[x]; });
             const auto count = static_cast<std::size_t>(end - pixels) - x;
-            if (count * bytesPerColumn() >= WQDeflateBlock::kShortestMatch) {
-                block.appendMatch(count * bytesPerColumn(), sizeof(Pixel));
+            if (count * bytesPerPixel >= WQDeflateBlock::kShortestMatch) {
+                block.appendMatch(count * bytesPerPixel, sizeof(Pixel));
                 x += count;
                 continue;
             }
         }
-        if (const Match match = findMatch(x); match.pixelCount > 0) {
-            block.appendMatch(match.pixelCount * bytesPerColumn(), match.distance);
-            enterPlaces(x + 1, std::min(match.pixelCount, kPlacesPerMatch) - 1);
+        if (const Match match = findMatch(segment, x); match.pixelCount > 0) {
+            block.appendMatch(match.pixelCount * bytesPerPixel, match.distance);
+            enterPlaces(segment, x + 1, std::min(match.pixelCount, kPlacesPerMatch) - 1);
             x += match.pixelCount;
         } else {
-            appendLiteral(pixels[x], block);
+            appendLiteral(pixels[x], segment.columnsPerPixel, block);
             ++x;
         }
     }
 }
 
-/// Finds a match for the pixels from column x on, and enters their place for later ones.
+/// Finds a match for the pixels from x on, and enters their place for later ones.
 template <class Pixel>
-typename PixelMatcher<Pixel>::Match PixelMatcher<Pixel>::findMatch(std::size_t x) {
-    const Place here = placeOfColumn(x);
+typename PixelMatcher<Pixel>::Match PixelMatcher<Pixel>::findMatch(const Segment &segment,
+                                                                   std::size_t x) {
+    const Pixel *const pixels = _history.data() + segment.start + x;
+    const Place here = placeOf(segment, x);
     Match match;
-    if (x + kGroup <= _width) {
-        match = matchAtPlace(x, std::exchange(placeOfGroup(x), here));
+    if (x + kGroup <= segment.pixelCount) {
+        match = matchAtPlace(segment, x, std::exchange(placeOfGroup(pixels), here));
         if (match.pixelCount < kGroup)
             match = {};
     }
     if constexpr (kFindsSinglePixels) {
-        const Place earlier = std::exchange(placeOfPixel(x), here);
+        const Place earlier = std::exchange(placeOfPixel(*pixels), here);
         if (match.pixelCount == 0)
-            match = matchAtPlace(x, earlier);
+            match = matchAtPlace(segment, x, earlier);
     }
     return match;
 }
 
 template <class Pixel>
-typename PixelMatcher<Pixel>::Match PixelMatcher<Pixel>::matchAtPlace(std::size_t x,
-                                                                      const Place &place) const {
-    const std::size_t distance = _rowOffset + x * bytesPerColumn() - place.offset;
-    if (place.position < _clearedPixels || distance > WQDeflateBlock::kWindowSize)
+typename PixelMatcher<Pixel>::Match
+PixelMatcher<Pixel>::matchAtPlace(const Segment &segment, std::size_t x, const Place &place) const {
+    const std::size_t distance = segment.offset + x * segment.bytesPerPixel() - place.offset;
+    if (place.position < _clearedPixels || distance > WQDeflateBlock::kWindowSize ||
+        place.columnsPerPixel != segment.columnsPerPixel)
         return {};
-    const std::size_t earlier = place.position - _clearedPixels;
-    const std::size_t column = earlier >= _rowStart ? earlier - _rowStart : earlier % _width;
-    const std::size_t limit = _width - std::max(x, column);
-    const Pixel *const from = _history.data() + earlier, *const to = row() + x;
+    const std::size_t limit = std::min<std::size_t>(segment.pixelCount - x, place.pixelsLeft);
+    const Pixel *const from = _history.data() + (place.position - _clearedPixels);
+    const Pixel *const to = _history.data() + segment.start + x;
     std::size_t count = 0;
     while (count < limit && from[count] == to[count])
         ++count;
@@ -154,23 +187,26 @@ typename PixelMatcher<Pixel>::Match PixelMatcher<Pixel>::matchAtPlace(std::size_
 }
 
 template <class Pixel>
-void PixelMatcher<Pixel>::appendLiteral(Pixel pixel, WQDeflateBlock &block) const {
+void PixelMatcher<Pixel>::appendLiteral(Pixel pixel, std::size_t columnsPerPixel,
+                                        WQDeflateBlock &block) const {
     block.appendLiterals(pixel, sizeof(Pixel));
-    const std::size_t rest = bytesPerColumn() - sizeof(Pixel);
-    if (rest >= WQDeflateBlock::kShortestMatch)
+    const std::size_t rest = sizeof(Pixel) * (columnsPerPixel - 1);
+    if (rest >= WQDeflateBlock::kShortestMatch) {
         block.appendMatch(rest, sizeof(Pixel));
-    else if (rest > 0) // two or three columns of one byte each
-        for (std::size_t index = 0; index < rest; ++index)
+    } else {
+        for (std::size_t index = 0; index < rest; ++index) // two or three columns of one byte each
             block.appendLiterals(pixel, 1);
+    }
 }
 
 template <class Pixel>
-void PixelMatcher<Pixel>::enterPlaces(std::size_t x, std::size_t count) {
+void PixelMatcher<Pixel>::enterPlaces(const Segment &segment, std::size_t x, std::size_t count) {
+    const Pixel *const pixels = _history.data() + segment.start;
     for (const std::size_t end = x + count; x < end; ++x) {
-        if (x + kGroup <= _width)
-            placeOfGroup(x) = placeOfColumn(x);
+        if (x + kGroup <= segment.pixelCount)
+            placeOfGroup(pixels + x) = placeOf(segment, x);
         if constexpr (kFindsSinglePixels)
-            placeOfPixel(x) = placeOfColumn(x);
+            placeOfPixel(pixels[x]) = placeOf(segment, x);
     }
 }
 

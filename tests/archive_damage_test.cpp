@@ -15,7 +15,6 @@ constexpr std::uint32_t kFileCount = 66;
 /// Where the undamaged archive keeps things: its chains lie in the order in which they were added.
 constexpr std::uint32_t kVersion = 0x200, kLandBlock = 0x300, kLongFile = 0x400;
 constexpr std::uint32_t kFirstChild = 0x900, kSecondChild = 0x1000, kRoot = 0x1700;
-constexpr std::size_t kHeaderWord = 320;
 
 ZPData landBlock(std::uint32_t identifier) {
     ZPData record = words({identifier, 0});
@@ -49,6 +48,8 @@ class Damage : public testing::Test {
 
     /// Loads an archive, as the cells and as the portal, and reads all there is.
     Findings load(const BlockFileBytes &file) {
+        // Writing over a file makes some file systems wait for the disk.
+        std::filesystem::remove(_folder / "client_cell_1.dat");
         file.writeToPath(_folder / "client_cell_1.dat");
         Findings found;
         testing::internal::CaptureStdout();
@@ -115,6 +116,9 @@ TEST_F(Damage, AnyByteOfHeaderAndDirectoryMayBeWrong) {
 
 TEST_F(Damage, SaysWhatIsWrong) {
     constexpr std::uint32_t kHuge = 0xFFFFFFFF;
+    /// What the record's class says of a file that cannot be read.
+    constexpr char kNoWord[] =
+        "Caught exception: Trying to read past end in -[ZPDataCursor readLittleInt32]";
     const struct {
         std::size_t offset;
         std::uint32_t word;
@@ -123,8 +127,42 @@ TEST_F(Damage, SaysWhatIsWrong) {
     } cases[] = {
         // the header
         {256, 0, 0, 0, "Bad magic number for V3 storage (00000000 00005442)"},
-        {kHeaderWord + 4, kHuge, 0, 0,
-         "Error: Block size 4294967295 does not suit a file of 7680 bytes"},
+        {324, kHuge, 0, 0, "Error: Block size 4294967295 does not suit a file of 7680 bytes"},
+        {328, 0x900, 0, 0,
+         "Error: Error Domain=ZPGorvaneStorageErrorDomain Code=2 \"Block offset 00001700 does not "
+         "fall within data area of file (00000100 - 00000900)\""},
+        {340, 0x10, 66, 66, "Error: Free block 00000010 does not fall within data area of file"},
+        {340, 0x1000, 66, 66, "Error: Free block 00001000 is not marked free"},
+        {348, kHuge, 66, 66,
+         "Error: Free block count recorded in header (4294967295) does not match actual free block "
+         "count (0)"},
+        {352, 0, 0, 0,
+         "Error: Error Domain=ZPGorvaneStorageErrorDomain Code=6 \"Data length (0) is shorter than "
+         "expected (1740)\""},
+        {352, kHuge, 0, 0,
+         "Error: Error Domain=ZPGorvaneStorageErrorDomain Code=3 \"Block offset ffffffff does not "
+         "begin on a block boundary\""},
+        // the root: its chain, children, count and entry
+        {kRoot, kRoot, 0, 0,
+         "Error: Error Domain=ZPGorvaneStorageErrorDomain Code=4 \"Block chain starting at "
+         "00001700 contains loop to 00001700\""},
+        {kRoot + 4, kHuge, 34, 34, "dir 00001700> Subdirectory at index 0 failed checks..."},
+        {kRoot + 4, kRoot, 34, 34,
+         "dir 00001700> Subdirectory 00001700 was read already and is not followed again"},
+        {kRoot + 4, kSecondChild, 34, 34,
+         "dir 00001700> Subdirectory 00001000 was read already and is not followed again"},
+        {kRoot + 252, kHuge, 66, 66,
+         "Error: Directory 00001700 has an invalid number of files (4294967295), must be count <= "
+         "61"},
+        {kRoot + 0x100 + 12, kHuge, 66, 65, kNoWord},
+        {kRoot + 0x100 + 16, kHuge, 66, 65, kNoWord},
+        // a child, which has an empty slot after its entries
+        {kFirstChild + 252, kHuge, 66, 66, "dir 00000900> Failed to create file entry 32"},
+        {kFirstChild + 4, kRoot, 66, 66,
+         "dir 00000900> Subdirectory 00001700 was read already and is not followed again"},
+        // files
+        {kLandBlock, kLandBlock, 66, 2, kNoWord},
+        {kLongFile, 1, 66, 65, kNoWord},
     };
     for (const auto &c : cases) {
         BlockFileBytes file = _sound;
@@ -136,6 +174,55 @@ TEST_F(Damage, SaysWhatIsWrong) {
             << c.line << "\n"
             << found.log;
     }
+}
+
+TEST_F(Damage, NodesThatShareTheirChainsFillNoMemory) {
+    // 150,000 leaves, each with a first block of its own, 8 bytes, and the rest in common.
+    constexpr std::uint32_t kBlock = 8, kLeaves = 62 * 62 * 40;
+    ZPData bytes(1024);
+    const auto addChain = [&](const ZPData &data, std::uint32_t tail) {
+        const auto first = static_cast<std::uint32_t>(bytes.size());
+        for (std::size_t done = 0; done < data.size(); done += kBlock - 4) {
+            const bool isLast = done + kBlock - 4 >= data.size();
+            ZPAppendLittleInt32(bytes,
+                                isLast ? tail : static_cast<std::uint32_t>(bytes.size()) + kBlock);
+            const auto part = data.begin() + static_cast<std::ptrdiff_t>(done);
+            bytes.insert(bytes.end(), part, part + (kBlock - 4));
+        }
+        return first;
+    };
+    ZPData entries;
+    for (std::uint32_t number = 1; number <= 61; ++number)
+        entries = joined({entries, words({1, number, 0, 0, 0, 0})});
+    const ZPData countAndEntries = joined({words({61}), entries, ZPData(24)});
+    const std::uint32_t files = addChain(countAndEntries, 0);
+    const std::uint32_t tail = addChain(ZPData(244), files);
+    std::vector<std::uint32_t> nodes(kLeaves);
+    for (std::uint32_t &node : nodes)
+        node = addChain(words({0}), tail);
+    while (nodes.size() > 1) {
+        std::vector<std::uint32_t> parents;
+        for (std::size_t first = 0; first < nodes.size(); first += 62) {
+            ZPData children;
+            for (std::size_t index = first; index < std::min(first + 62, nodes.size()); ++index)
+                ZPAppendLittleInt32(children, nodes[index]);
+            children.resize(248);
+            parents.push_back(addChain(children, files));
+        }
+        nodes = parents;
+    }
+    BlockFileBytes file(0, kBlock);
+    file.bytes = std::move(bytes);
+    file.rootOffset = nodes.front();
+    file.putHeader(3);
+
+    rusage before{}, after{};
+    getrusage(RUSAGE_SELF, &before);
+    const Findings found = load(file);
+    getrusage(RUSAGE_SELF, &after);
+    EXPECT_EQ(found.files, 61u);
+    EXPECT_NE(found.log.find(" and all after it are not followed"), std::string::npos);
+    EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 64 * 1024);
 }
 
 } // namespace
