@@ -21,12 +21,22 @@ class WQPNGBand {
     std::uint64_t length() const { return _length; }
 
   private:
-    void appendFilter(unsigned filter);
-    void appendRepeats(std::size_t rowCount, std::size_t bytesPerRow);
+    using Segments = std::vector<WQRowSegment>;
+
+    std::size_t bytesEqualToLastRow(std::span<const WQRowSegment> row) const;
+    Segments differencesToLastRow(std::span<const WQRowSegment> row);
+    void rememberRow(std::span<const WQRowSegment> row);
+    void appendFilteredRow(unsigned filter, std::span<const WQRowSegment> row);
+    WQRowSegment zeros(std::size_t byteCount) const;
 
     std::size_t _bytesPerPixel;
     std::unique_ptr<WQRowMatcher> _matcher;
     WQDeflateBlock _block;
     WQAdler32 _checksum;
     std::uint64_t _length = 0;
+    /// The last row before filtering; segments of it in `_lastPixels`.
+    Segments _lastRow;
+    ZPData _lastPixels;
+    /// Backs the segments that `differencesToLastRow` gives.
+    ZPData _differences;
 };

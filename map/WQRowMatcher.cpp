@@ -15,7 +15,6 @@ constexpr std::size_t kPlacesPerMatch = 64;
 template <class Pixel>
 class PixelMatcher final : public WQRowMatcher {
   public:
-    bool isLastRow(std::span<const WQRowSegment> row) const override;
     void appendRow(std::span<const WQRowSegment> row, std::uint32_t offset,
                    WQDeflateBlock &block) override;
 
@@ -32,8 +31,8 @@ class PixelMatcher final : public WQRowMatcher {
         std::uint32_t position = 0;
         /// In the block.
         std::uint32_t offset = 0;
-        /// Pixels from there to the end of the segment, and what each stands for; both must suit a
-        /// match.
+        /// Pixels from there to the end of the segment, and what each stands for, in the low bits;
+        /// both must suit a match.
         std::uint32_t pixelsLeft : 24 = 0;
         std::uint32_t columnsPerPixel : 8 = 0;
     };
@@ -78,22 +77,11 @@ class PixelMatcher final : public WQRowMatcher {
     std::vector<Place> _groupPlaces = std::vector<Place>(1 << kGroupBits);
     std::vector<Place> _pixelPlaces = std::vector<Place>(kFindsSinglePixels ? 1 << kPixelBits : 0);
 
-    /// Rows that matches may come from, the last one included.
+    /// Rows that matches may come from.
     std::vector<Pixel> _history;
     /// How many pixels the history had when it was cleared; never 0, the place of nothing.
     std::size_t _clearedPixels = 1;
-    std::vector<Segment> _lastRow;
 };
-
-template <class Pixel>
-bool PixelMatcher<Pixel>::isLastRow(std::span<const WQRowSegment> row) const {
-    return std::ranges::equal(_lastRow, row, [this](const Segment &last, const WQRowSegment &part) {
-        return last.columnsPerPixel == part.columnsPerPixel &&
-               last.pixelCount * sizeof(Pixel) == part.pixels.size() &&
-               std::memcmp(_history.data() + last.start, part.pixels.data(), part.pixels.size()) ==
-                   0;
-    });
-}
 
 template <class Pixel>
 void PixelMatcher<Pixel>::forgetUnreachableRows(std::span<const WQRowSegment> row) {
@@ -112,13 +100,11 @@ template <class Pixel>
 void PixelMatcher<Pixel>::appendRow(std::span<const WQRowSegment> row, std::uint32_t offset,
                                     WQDeflateBlock &block) {
     forgetUnreachableRows(row);
-    _lastRow.clear();
     for (const WQRowSegment &part : row) {
         const Segment segment = {_history.size(), part.pixels.size() / sizeof(Pixel),
                                  part.columnsPerPixel, offset};
         _history.resize(segment.start + segment.pixelCount);
         std::memcpy(_history.data() + segment.start, part.pixels.data(), part.pixels.size());
-        _lastRow.push_back(segment);
         appendSegment(segment, block);
         offset += static_cast<std::uint32_t>(part.byteCount());
     }

@@ -15,8 +15,6 @@ class WQRowMatcher {
     static std::unique_ptr<WQRowMatcher> newMatcher(std::size_t bytesPerPixel);
     virtual ~WQRowMatcher() = default;
 
-    /// Whether a row is the same, part by part, as the last one that was appended.
-    virtual bool isLastRow(std::span<const WQRowSegment> row) const = 0;
     /// Appends the bytes of one row, which begin at `offset` in the block.
     virtual void appendRow(std::span<const WQRowSegment> row, std::uint32_t offset,
                            WQDeflateBlock &block) = 0;
