@@ -1,6 +1,7 @@
 #include "map/WQLandImage.h"
 
 #include <algorithm>
+#include <cstring>
 #include <type_traits>
 #include <vector>
 
@@ -83,37 +84,56 @@ void WQLandImage<Pixel>::readRowsUnderOverlay(std::size_t first, std::size_t cou
     }
 }
 
+/// The pixels of all rows in the columns that a drawing touches.
+template <class Pixel>
+class WQLandImage<Pixel>::Part {
+  public:
+    Part(Columns touched, std::size_t rowCount)
+        : columns(touched), _width(touched.end - touched.first), _rowCount(rowCount),
+          _pixels(std::make_unique_for_overwrite<Pixel[]>(_width * rowCount)) {}
+
+    const Columns columns;
+    std::span<Pixel> row(std::size_t index) const {
+        return {_pixels.get() + index * _width, _width};
+    }
+    std::span<Pixel> pixels() const { return {_pixels.get(), _width * _rowCount}; }
+
+  private:
+    std::size_t _width, _rowCount;
+    std::unique_ptr<Pixel[]> _pixels;
+};
+
+template <class Pixel>
+void WQLandImage<Pixel>::enlarge(std::size_t landRow, Columns columns, Pixel *pixels) const {
+    const Pixel *points = pixelsOfLandRow(landRow);
+    for (std::size_t point = columns.first / _scale; point < columns.end / _scale; ++point)
+        pixels = std::fill_n(pixels, _scale, points[point]);
+}
+
 template <class Pixel>
 void WQLandImage<Pixel>::readTouchedRows(std::size_t first, std::size_t count,
                                          std::span<const Columns> touched,
                                          const RowSink &sink) const {
-    // What the drawing touches, pixel by pixel; the rest stays land points.
-    struct Part {
-        Columns columns;
-        std::vector<Pixel> pixels;
-        std::span<const Pixel> row(std::size_t index) const {
-            const std::size_t width = columns.end - columns.first;
-            return std::span(pixels).subspan(index * width, width);
-        }
-    };
     std::vector<Part> parts;
     for (const Columns &columns : touched) {
-        Part &part = parts.emplace_back(Part{columns, {}});
-        part.pixels.reserve((columns.end - columns.first) * count);
-        for (std::size_t row = first; row < first + count; ++row) {
-            const Pixel *landRow = pixelsOfLandRow(row / _scale);
-            for (std::size_t point = columns.first / _scale; point < columns.end / _scale; ++point)
-                part.pixels.insert(part.pixels.end(), _scale, landRow[point]);
+        const Part &part = parts.emplace_back(columns, count);
+        for (std::size_t index = 0; index < count; ++index) {
+            const std::span<Pixel> row = part.row(index);
+            if (index > 0 && isSameLandRow(first + index))
+                std::ranges::copy(part.row(index - 1), row.begin());
+            else
+                enlarge((first + index) / _scale, columns, row.data());
         }
         if constexpr (std::is_same_v<Pixel, WQPixel>)
-            _overlay->drawOnBlock({first, count, columns, part.pixels});
+            _overlay->drawOnBlock({first, count, columns, part.pixels()});
     }
 
     // The drawing may differ between the rows that show one land row; where it does not, they still
     // count as one.
     const auto isRepeat = [&](std::size_t index) {
-        return (first + index) % _scale != 0 && std::ranges::all_of(parts, [&](const Part &part) {
-                   return std::ranges::equal(part.row(index - 1), part.row(index));
+        return isSameLandRow(first + index) && std::ranges::all_of(parts, [&](const Part &part) {
+                   const std::span<Pixel> row = part.row(index);
+                   return std::memcmp(row.data() - row.size(), row.data(), row.size_bytes()) == 0;
                });
     };
     std::vector<WQRowSegment> segments;

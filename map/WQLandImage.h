@@ -39,6 +39,12 @@ class WQLandImage : public WQImage {
     Pixel *pixelsOfLandRow(std::size_t rowFromNorth) const {
         return _pixels.get() + rowFromNorth * WQLandSize;
     }
+    class Part;
+
+    /// Whether a row shows the same land row as the one above.
+    bool isSameLandRow(std::size_t row) const { return row % _scale != 0; }
+    /// Fills in the pixels of some columns, which begin and end with a land point.
+    void enlarge(std::size_t landRow, Columns columns, Pixel *pixels) const;
     WQRowSegment bareSegment(std::size_t landRow, Columns columns) const;
     void readBareRows(std::size_t first, std::size_t count, const RowSink &sink) const;
     void readRowsUnderOverlay(std::size_t first, std::size_t count, const RowSink &sink) const;
