@@ -32,7 +32,9 @@ class ZPGorvaneDirectory::Reader {
 
     Reader(const ZPGorvaneDataFile &dataFile, Mode mode)
         : _dataFile(dataFile), _storage(*dataFile.blockStorage()), _mode(mode),
-          _nodesRead(mode == Mode::oneNode ? 0 : _storage.blockCount() / kBitsPerWord + 1) {}
+          _nodesRead(mode == Mode::oneNode ? 0 : _storage.blockCount() / kBitsPerWord + 1),
+          _maximumNodes(_storage.blockCount() * _storage.blockSize() /
+                        _dataFile.family().directorySize()) {}
 
     std::unique_ptr<ZPGorvaneDirectory> readNode(std::uint32_t offset, unsigned depth);
     bool hasFaults() const { return _hasFaults; }
@@ -55,6 +57,10 @@ class ZPGorvaneDirectory::Reader {
     std::atomic<bool> _hasFaults = false;
     /// A bit for each block of the file.
     std::vector<std::atomic<std::uint64_t>> _nodesRead;
+    /// The root and the nodes that were followed, up to as many as fit into the file. Chains may
+    /// run together, so that a small file could list more nodes than memory holds.
+    std::atomic<std::size_t> _nodeCount = 1;
+    const std::size_t _maximumNodes;
 };
 
 std::unique_ptr<ZPGorvaneDirectory>
@@ -163,6 +169,13 @@ ZPGorvaneDirectory::Reader::loadChild(const ZPGorvaneDirectory &node, std::uint3
     if (depth >= kMaximumDepth) {
         report("dir %08x> Subdirectory %08x lies deeper than %u levels and is not followed",
                node._offset, offset, kMaximumDepth);
+        return nullptr;
+    }
+    if (const std::size_t count = _nodeCount++; count >= _maximumNodes) {
+        if (count == _maximumNodes)
+            report("dir %08x> Subdirectory %08x and all after it are not followed, there is no "
+                   "room for more than %zu directories",
+                   node._offset, offset, _maximumNodes);
         return nullptr;
     }
     try {

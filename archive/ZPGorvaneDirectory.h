@@ -18,7 +18,8 @@ class ZPGorvaneDataFile;
 ///     252   n x entry record of the archive family
 ///
 /// Faults of a node's content are logged with its offset ("dir %08x> ...") and reading goes on. A
-/// node that was read already is not followed again, nor is a tree deeper than any real one.
+/// node that was read already is not followed again, nor is a tree deeper than any real one or with
+/// more nodes than the file has room for.
 class ZPGorvaneDirectory {
   public:
     /// Null, logged, when the node's chain cannot be read. Throws ZPRangeException when the node's

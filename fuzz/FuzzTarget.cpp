@@ -1,0 +1,44 @@
+#include "fuzz/FuzzTarget.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <stdexcept>
+
+namespace {
+
+struct Folder {
+    Folder() {
+        const bool hasMemory = std::filesystem::is_directory("/dev/shm");
+        std::string name = hasMemory ? "/dev/shm" : std::filesystem::temp_directory_path().string();
+        name += "/plotterra-fuzz-XXXXXX";
+        if (mkdtemp(name.data()) == nullptr)
+            throw std::runtime_error("no folder can be made: " + name);
+        path = name;
+    }
+    ~Folder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path, ignored);
+    }
+
+    std::filesystem::path path;
+};
+
+} // namespace
+
+const std::filesystem::path &FuzzFolder() {
+    static const Folder folder;
+    return folder.path;
+}
+
+void FuzzWriteFile(const std::string &name, std::span<const std::byte> bytes) {
+    std::ofstream file(FuzzFolder() / name, std::ios::binary);
+    file.write(reinterpret_cast<const char *>(bytes.data()),
+               static_cast<std::streamsize>(bytes.size()));
+    file.close();
+    FuzzExpect(!file.fail());
+}
+
+void FuzzExpect(bool claim) {
+    if (!claim)
+        std::abort();
+}
