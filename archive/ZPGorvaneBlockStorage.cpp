@@ -9,6 +9,9 @@ namespace {
 constexpr std::uint32_t kMagic = 0x5442;
 constexpr std::uint32_t kFormatCheck = 0x004C5000;
 constexpr std::uint32_t kFreeBit = 0x80000000;
+/// A chain may go on past its file's last byte, and must be sound there too. Only so many blocks of
+/// that are looked at: a hostile archive could have all its files end in the same long chain.
+constexpr std::uint64_t kBlocksPastEnd = 1024;
 
 ZPError storageError(ZPGorvaneStorageErrorCode code, std::string reason, std::uint32_t first) {
     return {ZPGorvaneStorageErrorDomain,
@@ -164,16 +167,18 @@ std::optional<ZPError> ZPGorvaneBlockStorage::faultOfBlockOffset(std::uint32_t o
     return std::nullopt;
 }
 
-/// Follows a whole chain and gives the number of payload bytes in it.
+/// Follows a chain to its end, or far past a file of so many bytes, and gives the number of payload
+/// bytes found.
 ///
 /// A loop is found by comparing each block with one marked earlier, the mark moving on at every
 /// power of two (Brent): two registers in place of a set of the blocks visited.
 std::optional<std::uint64_t> ZPGorvaneBlockStorage::lengthOfChain(std::uint32_t first,
+                                                                  std::uint32_t expectedLength,
                                                                   ZPError *error) const {
-    std::uint64_t length = 0;
+    std::uint64_t length = 0, blocksPastEnd = 0;
     std::uint32_t marked = 0;
     std::uint64_t blockCount = 0, nextMark = 1;
-    for (std::uint32_t offset = first; offset != 0;) {
+    for (std::uint32_t offset = first; offset != 0 && blocksPastEnd <= kBlocksPastEnd;) {
         if (auto fault = faultOfBlockOffset(offset, first)) {
             ZPFail(error, std::move(*fault));
             return std::nullopt;
@@ -192,6 +197,7 @@ std::optional<std::uint64_t> ZPGorvaneBlockStorage::lengthOfChain(std::uint32_t 
         }
         try {
             const std::uint32_t link = linkAtOffset(offset);
+            blocksPastEnd += length >= expectedLength;
             length += payloadAtOffset(offset).size();
             offset = link;
         } catch (const ZPRangeException &exception) {
@@ -217,7 +223,7 @@ std::uint32_t ZPGorvaneBlockStorage::firstRepeatedBlock(std::uint32_t first) con
 
 std::optional<std::span<const std::byte>> ZPGorvaneBlockStorage::readBytesFromBlocksAtOffset(
     std::uint32_t offset, std::uint32_t expectedLength, ZPData &scratch, ZPError *error) const {
-    const auto length = lengthOfChain(offset, error);
+    const auto length = lengthOfChain(offset, expectedLength, error);
     if (!length)
         return std::nullopt;
     if (*length < expectedLength) {

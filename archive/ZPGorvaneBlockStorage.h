@@ -60,8 +60,8 @@ class ZPGorvaneBlockStorage {
     static std::unique_ptr<ZPGorvaneBlockStorage>
     initV3StorageWithFileHandle(std::unique_ptr<ZPFileHandle> fileHandle);
 
-    /// The first `expectedLength` bytes of the chain that starts at `offset`. The whole chain is
-    /// followed and must be sound; none, with an error, where it is not or falls short.
+    /// The first `expectedLength` bytes of the chain that starts at `offset`. The chain must be
+    /// sound beyond them too; none, with an error, where it is not or falls short.
     std::optional<ZPData> readDataFromBlocksAtOffset(std::uint32_t offset,
                                                      std::uint32_t expectedLength,
                                                      ZPError *error = nullptr) const;
@@ -138,7 +138,8 @@ class ZPGorvaneBlockStorage {
     std::uint32_t linkAtOffset(std::uint64_t offset) const;
     std::span<const std::byte> payloadAtOffset(std::uint32_t offset) const;
     std::optional<ZPError> faultOfBlockOffset(std::uint32_t offset, std::uint32_t first) const;
-    std::optional<std::uint64_t> lengthOfChain(std::uint32_t first, ZPError *error) const;
+    std::optional<std::uint64_t> lengthOfChain(std::uint32_t first, std::uint32_t expectedLength,
+                                               ZPError *error) const;
     std::uint32_t firstRepeatedBlock(std::uint32_t first) const;
 
     std::unique_ptr<ZPFileHandle> _fileHandle;

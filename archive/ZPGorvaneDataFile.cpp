@@ -4,10 +4,14 @@
 #include "io/ZPTimer.h"
 
 #include <cerrno>
+#include <numeric>
 
 namespace {
 
 constexpr std::uint32_t kVersionIdentifier = 0xFFFF0001;
+/// Files of a sound archive share no blocks and together are shorter than it. Those of a damaged
+/// one may share some, but not so often that reading them all takes forever.
+constexpr std::uint64_t kMostReadings = 16;
 
 } // namespace
 
@@ -97,11 +101,41 @@ void ZPGorvaneDataFile::indexEntries() {
             entries.erase(entries.begin(), kept.base());
         }
     }
+    dropExcessiveEntries(entries);
     _fileEntriesByIdentifier = ZPGorvaneFileEntryMap(std::move(entries));
 
     for (unsigned type = 0; type <= 0xFF; ++type)
         if (!fileEntriesByType(static_cast<std::uint8_t>(type)).empty())
             _usedFileTypes.push_back(static_cast<std::uint8_t>(type));
+}
+
+/// Leaves out the entries of the greatest sizes where all together claim too much.
+void ZPGorvaneDataFile::dropExcessiveEntries(std::vector<ZPGorvaneFileEntry> &entries) const {
+    const std::uint64_t archiveSize =
+        std::uint64_t{_blockStorage->blockCount()} * _blockStorage->blockSize();
+    const std::uint64_t limit = kMostReadings * archiveSize;
+    // No reading goes through the archive more than once.
+    const auto claimOf = [&](const ZPGorvaneFileEntry &entry) {
+        return std::min<std::uint64_t>(entry.fileSize, archiveSize);
+    };
+    const std::uint64_t claimed = std::transform_reduce(entries.begin(), entries.end(),
+                                                        std::uint64_t{0}, std::plus(), claimOf);
+    if (claimed <= limit)
+        return;
+
+    std::vector<ZPGorvaneFileEntry> bySize = entries;
+    std::ranges::sort(bySize, {}, &ZPGorvaneFileEntry::fileSize);
+    std::uint64_t kept = 0;
+    const auto tooMuch = std::ranges::find_if(bySize, [&](const ZPGorvaneFileEntry &entry) {
+        kept += claimOf(entry);
+        return kept > limit;
+    });
+    const std::uint32_t leastDropped = tooMuch->fileSize;
+    const auto dropped = std::erase_if(
+        entries, [=](const ZPGorvaneFileEntry &entry) { return entry.fileSize >= leastDropped; });
+    ZPLog("Error: The files claim more than %u times what the archive holds; the %zu of %u bytes "
+          "and more are left out",
+          static_cast<unsigned>(kMostReadings), dropped, leastDropped);
 }
 
 const ZPGorvaneFileEntry *ZPGorvaneDataFile::fileEntryWithIdentifier(std::uint32_t identifier) {

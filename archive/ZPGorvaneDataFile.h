@@ -85,6 +85,7 @@ class ZPGorvaneDataFile {
 
   private:
     void indexEntries();
+    void dropExcessiveEntries(std::vector<ZPGorvaneFileEntry> &entries) const;
 
     const ZPGorvaneArchiveFamily &_family;
     std::filesystem::path _path;
