@@ -226,3 +226,28 @@ TEST_F(Damage, NodesThatShareTheirChainsFillNoMemory) {
 }
 
 } // namespace
+
+TEST(SharedChains, CostNoMoreThanTheArchiveIsLong) {
+    const TemporaryFolder folder;
+    ArchiveBytes archive;
+    const std::uint32_t chain = archive.addChain(ZPData(20 << 20));
+    for (std::uint32_t number = 1; number <= 20'000; ++number)
+        archive.addEntry(number, {chain, 252, 0, 1});
+    for (std::uint32_t number = 1; number <= 40; ++number)
+        archive.addEntry(0x01000000 + number, {chain, 20 << 20, 0, 1});
+    archive.writeToPath(folder / "archive");
+
+    testing::internal::CaptureStderr();
+    WQDataFile dataFile(folder / "archive");
+    dataFile.loadFileEntriesIfNecessary();
+    EXPECT_NE(testing::internal::GetCapturedStderr().find(
+                  "The files claim more than 16 times what the archive holds; the 40 of 20971520 "
+                  "bytes and more are left out"),
+              std::string::npos);
+    // Following the whole chain for each of these would take most of a minute.
+    std::size_t readable = 0;
+    ZPData scratch;
+    for (const ZPGorvaneFileEntry &entry : dataFile.fileEntriesByIdentifier())
+        readable += dataFile.readBytesForFileEntry(entry, scratch).has_value();
+    EXPECT_EQ(readable, 20'000u);
+}
