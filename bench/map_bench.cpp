@@ -29,7 +29,7 @@ void shade(WQColorImage &image) {
 WQColorImage &shadedImage(std::size_t scale) {
     static std::array<std::unique_ptr<WQColorImage>, 9> images;
     if (images[scale] == nullptr) {
-        images[scale] = std::make_unique<WQColorImage>(scale);
+        images[scale] = WQColorImage::allocate(scale);
         shade(*images[scale]);
     }
     return *images[scale];

@@ -53,6 +53,25 @@ def read_stages(path):
     return {name: float(seconds) for seconds, name in lines}
 
 
+class OtherWork:
+    """How busy others keep the processors meanwhile. Whoever uses both in one program suffers from
+    that more than a peer that uses one, so figures of a busy machine say little."""
+
+    def __init__(self):
+        self.start = self.now()
+
+    @staticmethod
+    def now():
+        """Seconds since some time: passed, used by all, used by this program and its children."""
+        user, nice, system, _, _, *interrupts = map(int, Path("/proc/stat").read_text().split()[1:9])
+        used = (user + nice + system + sum(interrupts)) / os.sysconf("SC_CLK_TCK")
+        return time.perf_counter(), used, sum(os.times()[:4])
+
+    def processors(self):
+        passed, used, own = (end - start for start, end in zip(self.start, self.now()))
+        return max(used - own, 0) / passed
+
+
 class Case:
     """Something that is measured several times; `most` bounds how often for what is slow."""
 

@@ -6,7 +6,7 @@ import shutil
 from pathlib import Path
 
 import tables
-from measure import Case, measure_all, paired, run, time_ratio
+from measure import Case, OtherWork, measure_all, paired, run, time_ratio
 
 # Peers that take seconds are measured this often at most.
 SLOW = 3
@@ -229,11 +229,10 @@ def main():
     arguments = parser.parse_args()
 
     bench = Bench(arguments.build.resolve())
-    loads = [os.getloadavg()[0]]
+    others = OtherWork()
     targets = measure(bench, max(arguments.runs, 1))
-    loads.append(os.getloadavg()[0])
-    print(f"{os.cpu_count()} processors, {arguments.runs} runs of each case, load {loads[0]:.1f} "
-          f"at the start and {loads[1]:.1f} at the end.")
+    print(f"{os.cpu_count()} processors, of which others kept {others.processors():.2f} busy; "
+          f"{arguments.runs} runs of each case.")
     tables.print_cases(bench.own)
     tables.print_peers(bench.peers)
     tables.print_targets(targets)

@@ -1,14 +1,12 @@
 #include "map/WQLandGrid.h"
 
 #include <cmath>
-#include <new>
 
 std::unique_ptr<WQLandGrid> WQLandGrid::allocate() {
-    // Fresh pages come zeroed from the system; filling them again would touch all of them twice.
-    auto *points =
-        static_cast<WQLandPoint *>(std::calloc(std::size_t{kSize} * kSize, sizeof(WQLandPoint)));
-    return points != nullptr ? std::unique_ptr<WQLandGrid>(new (std::nothrow) WQLandGrid(points))
-                             : nullptr;
+    ZPLargeArray<WQLandPoint> points(std::size_t{kSize} * kSize);
+    if (points.empty())
+        return nullptr;
+    return std::unique_ptr<WQLandGrid>(new WQLandGrid(std::move(points)));
 }
 
 void WQLandGrid::setLandHeights(std::span<const float, 256> heights) {

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "io/ZPLargeArray.h"
 #include "map/WQLandColorTable.h"
 #include "map/WQMapGeometry.h"
 
 #include <array>
 #include <cstdint>
-#include <cstdlib>
 #include <memory>
 #include <span>
 
@@ -39,12 +39,12 @@ class WQLandGrid {
     /// Null when there is not enough memory.
     static std::unique_ptr<WQLandGrid> allocate();
 
-    WQLandPoint &at(unsigned x, unsigned y) { return _points[y * std::size_t{kSize} + x]; }
+    WQLandPoint &at(unsigned x, unsigned y) { return _points.data()[y * std::size_t{kSize} + x]; }
     const WQLandPoint &at(unsigned x, unsigned y) const {
-        return _points[y * std::size_t{kSize} + x];
+        return _points.data()[y * std::size_t{kSize} + x];
     }
     std::span<const WQLandPoint, kSize> row(unsigned y) const {
-        return std::span<const WQLandPoint, kSize>(_points.get() + y * std::size_t{kSize}, kSize);
+        return std::span<const WQLandPoint, kSize>(_points.data() + y * std::size_t{kSize}, kSize);
     }
 
     /// Takes the 256 real heights, by height index. Each is truncated to an integer of which the
@@ -58,12 +58,9 @@ class WQLandGrid {
     unsigned landTypeAtPoint(double x, double y) const;
 
   private:
-    struct Free {
-        void operator()(WQLandPoint *points) const { std::free(points); }
-    };
-    explicit WQLandGrid(WQLandPoint *points) : _points(points) {}
+    explicit WQLandGrid(ZPLargeArray<WQLandPoint> points) : _points(std::move(points)) {}
 
-    std::unique_ptr<WQLandPoint[], Free> _points;
+    ZPLargeArray<WQLandPoint> _points;
     std::array<std::uint16_t, 256> _heights{};
     std::array<float, 256> _elevations{};
 };

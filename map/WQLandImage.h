@@ -1,5 +1,6 @@
 #pragma once
 
+#include "io/ZPLargeArray.h"
 #include "map/WQImage.h"
 #include "map/WQOverlay.h"
 
@@ -11,9 +12,8 @@
 template <class Pixel>
 class WQLandImage : public WQImage {
   public:
-    explicit WQLandImage(std::size_t scale)
-        : _scale(scale),
-          _pixels(std::make_unique_for_overwrite<Pixel[]>(std::size_t{WQLandSize} * WQLandSize)) {}
+    /// Black and transparent at first. Null when there is not enough memory.
+    static std::unique_ptr<WQLandImage> allocate(std::size_t scale);
 
     /// The values of the land points of grid row `y`, counted from the south.
     std::span<Pixel, WQLandSize> landRow(unsigned y) {
@@ -37,9 +37,12 @@ class WQLandImage : public WQImage {
     using Columns = WQOverlay::Columns;
 
     Pixel *pixelsOfLandRow(std::size_t rowFromNorth) const {
-        return _pixels.get() + rowFromNorth * WQLandSize;
+        return _pixels.data() + rowFromNorth * WQLandSize;
     }
     class Part;
+
+    WQLandImage(std::size_t scale, ZPLargeArray<Pixel> pixels)
+        : _scale(scale), _pixels(std::move(pixels)) {}
 
     /// Whether a row shows the same land row as the one above.
     bool isSameLandRow(std::size_t row) const { return row % _scale != 0; }
@@ -54,7 +57,7 @@ class WQLandImage : public WQImage {
 
     std::size_t _scale;
     /// From the north.
-    std::unique_ptr<Pixel[]> _pixels;
+    ZPLargeArray<Pixel> _pixels;
     std::unique_ptr<const WQOverlay> _overlay;
 };
 

@@ -113,7 +113,9 @@ std::unique_ptr<WQImage> WQMapper::newBaseMap() {
     if (!setupLandBlockData())
         return nullptr;
     ZPLog("diffuseFactor for deep water: %g", WQFlatDiffuseFactor(_lightVector));
-    auto image = std::make_unique<WQColorImage>(_scale);
+    auto image = WQColorImage::allocate(_scale);
+    if (image == nullptr)
+        return nullptr;
     ZPLog("--------------------------------------------------------------");
     ZPLog("initialBitmapContext: <WQColorImage: %p> %zu x %zu, 8 bits a component, RGBA",
           static_cast<const void *>(image.get()), image->width(), image->height());
@@ -164,7 +166,9 @@ std::unique_ptr<WQImage> WQMapper::newHeightMap() {
     logImageSize(sizeof(std::uint8_t));
     if (!setupLandBlockData(false))
         return nullptr;
-    auto image = std::make_unique<WQGreyImage>(_scale);
+    auto image = WQGreyImage::allocate(_scale);
+    if (image == nullptr)
+        return nullptr;
     for (unsigned y = 0; y < WQLandSize; ++y)
         std::ranges::transform(_landGrid->row(y), image->landRow(y).begin(),
                                &WQLandPoint::heightIndex);

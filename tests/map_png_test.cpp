@@ -49,7 +49,7 @@ class Scribble : public WQOverlay {
 };
 
 std::unique_ptr<WQColorImage> sampleImage(std::size_t scale, bool hasOverlay) {
-    auto image = std::make_unique<WQColorImage>(scale);
+    auto image = WQColorImage::allocate(scale);
     for (unsigned y = 0; y < WQLandSize; ++y)
         for (unsigned x = 0; x < WQLandSize; ++x)
             image->landRow(y)[x] = pixelAt(x, y);
@@ -101,7 +101,7 @@ TEST(PNGFile, IsTheSameForAnyNumberOfThreads) {
 
 TEST(PNGFile, LeavesNothingBehindWhereItCannotBeWritten) {
     const TemporaryFolder folder;
-    const auto image = std::make_unique<WQGreyImage>(1);
+    const auto image = WQGreyImage::allocate(1);
     std::filesystem::create_directory(folder / "taken.png");
     for (const std::string name : {"missing/map.png", "taken.png"}) {
         ZPError error;

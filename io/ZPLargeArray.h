@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <sys/mman.h>
+#include <type_traits>
+#include <utility>
+
+/// An array of megabytes, zeroed, in pages as large as the system gives: filling four-kilobyte
+/// pages one by one for the first time would take as long as what is done with them.
+template <class Element>
+requires std::is_trivially_copyable_v<Element> && std::is_trivially_destructible_v<Element>
+class ZPLargeArray {
+  public:
+    ZPLargeArray() = default;
+    /// Empty when there is not enough memory.
+    explicit ZPLargeArray(std::size_t count) {
+        void *address = mmap(nullptr, count * sizeof(Element), PROT_READ | PROT_WRITE,
+                             MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        if (address == MAP_FAILED)
+            return;
+        madvise(address, count * sizeof(Element), MADV_HUGEPAGE); // a wish, no more
+        _elements = {static_cast<Element *>(address), count};
+    }
+    ~ZPLargeArray() {
+        if (!_elements.empty())
+            munmap(_elements.data(), _elements.size_bytes());
+    }
+    ZPLargeArray(ZPLargeArray &&other) noexcept : _elements(std::exchange(other._elements, {})) {}
+    ZPLargeArray &operator=(ZPLargeArray &&other) noexcept {
+        std::swap(_elements, other._elements);
+        return *this;
+    }
+
+    bool empty() const { return _elements.empty(); }
+    Element *data() const { return _elements.data(); }
+
+  private:
+    std::span<Element> _elements;
+};
