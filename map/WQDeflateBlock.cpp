@@ -226,5 +226,9 @@ ZPData WQDeflateBlock::finish() {
     Writer writer(codes);
     writer.writeHeader();
     writer.writeTokens(_tokens);
+    _tokens.clear();
+    _literals = {};
+    _lengths = {};
+    _distances = {};
     return writer.end();
 }

@@ -6,7 +6,8 @@
 #include <cstdint>
 #include <vector>
 
-/// One deflate block in the making: literals and matches that its user finds, then the bits.
+/// One deflate block in the making: literals and matches that its user finds, then the bits. It can
+/// make one after another, and keeps its memory.
 ///
 /// Who makes the tokens knows what the data is made of, and one token stands for as many bytes as
 /// need be: a run of zeros of any length costs one token here and a few bits in the file.
@@ -26,8 +27,8 @@ class WQDeflateBlock {
     /// 32768.
     void appendMatch(std::size_t length, std::size_t distance);
 
-    /// The block and an empty one after it, so that they end on a byte. Deflate bits run from the
-    /// lowest of a byte up:
+    /// The block and an empty one after it, so that they end on a byte; what is appended next
+    /// begins another block. Deflate bits run from the lowest of a byte up:
     ///
     ///     3 bits 0, 0, 1   not the last block, dynamic codes
     ///     code lengths, tokens, end of block

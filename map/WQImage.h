@@ -12,8 +12,8 @@ struct WQRowSegment {
     std::size_t byteCount() const { return pixels.size() * columnsPerPixel; }
 };
 
-/// Rows of a picture that are equal, told once: the parts of one row from west to east, and how many
-/// rows look like this.
+/// Rows of a picture that are equal, told once: the parts of one row from west to east, and how
+/// many rows look like this.
 struct WQRowRun {
     std::span<const WQRowSegment> segments;
     std::size_t rowCount = 1;

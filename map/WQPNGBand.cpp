@@ -44,6 +44,15 @@ void WQPNGBand::appendRows(const WQRowRun &rows) {
         appendFilteredRow(kFilterUp, {&same, 1});
 }
 
+WQPNGBand::Deflated WQPNGBand::finish() {
+    Deflated deflated = {_block.finish(), _checksum.value(), _length};
+    _matcher->restart();
+    _checksum = {};
+    _length = 0;
+    _lastRow.clear();
+    return deflated;
+}
+
 /// How much of a row is told in the same way as the same part of the last one.
 std::size_t WQPNGBand::bytesEqualToLastRow(std::span<const WQRowSegment> row) const {
     if (!std::ranges::equal(_lastRow, row, haveSameShape))

@@ -13,12 +13,14 @@ class WQPNGBand {
 
     /// All rows of a band are equally wide. A band has less than 4 GiB before deflating.
     void appendRows(const WQRowRun &rows);
-    /// The deflated data. Nothing may be appended afterwards.
-    ZPData finish() { return _block.finish(); }
-
-    /// Checksum and number of the bytes before deflating.
-    std::uint32_t checksum() const { return _checksum.value(); }
-    std::uint64_t length() const { return _length; }
+    struct Deflated {
+        ZPData bytes;
+        /// Of the bytes before deflating, and how many they were.
+        std::uint32_t checksum = 0;
+        std::uint64_t length = 0;
+    };
+    /// Ends the band; rows that are appended next begin another one, in the same memory.
+    Deflated finish();
 
   private:
     using Segments = std::vector<WQRowSegment>;

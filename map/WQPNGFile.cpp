@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <isa-l/crc.h>
+#include <tbb/enumerable_thread_specific.h>
 #include <tbb/parallel_pipeline.h>
 #include <thread>
 
@@ -57,15 +58,14 @@ struct EncodedBand {
     std::uint64_t length = 0;
 };
 
-EncodedBand encodeBand(const WQImage &image, std::size_t index) {
+EncodedBand encodeBand(const WQImage &image, std::size_t index, WQPNGBand &band) {
     const std::size_t height = image.rowsPerBand();
     const std::size_t first = index * height;
-    WQPNGBand band(image.bytesPerPixel());
     image.readRows(first, std::min(height, image.height() - first),
                    [&band](const WQRowRun &rows) { band.appendRows(rows); });
+    const WQPNGBand::Deflated deflated = band.finish();
     const auto lead = index == 0 ? bytesOf(kZlibHeader) : std::span<const std::byte>();
-    const ZPData deflated = band.finish();
-    return {chunk("IDAT", {lead, deflated}), band.checksum(), band.length()};
+    return {chunk("IDAT", {lead, deflated.bytes}), deflated.checksum, deflated.length};
 }
 
 } // namespace
@@ -86,7 +86,10 @@ bool WQWritePNG(const WQImage &image, const std::filesystem::path &path, ZPError
             control.stop();
         return nextBand++;
     };
-    const auto encode = [&](std::size_t index) { return encodeBand(image, index); };
+    // A band's memory is used again by the next one of the same thread: fresh memory from the
+    // system took a quarter of the time of encoding.
+    tbb::enumerable_thread_specific<WQPNGBand> bands(image.bytesPerPixel());
+    const auto encode = [&](std::size_t index) { return encodeBand(image, index, bands.local()); };
     const auto write = [&](const EncodedBand &band) {
         checksum.appendChecksum(band.checksum, band.length);
         const ZPStage writing("of that, write");

@@ -15,6 +15,7 @@ constexpr std::size_t kPlacesPerMatch = 64;
 template <class Pixel>
 class PixelMatcher final : public WQRowMatcher {
   public:
+    void restart() override { clearHistory(); }
     void appendRow(std::span<const WQRowSegment> row, std::uint32_t offset,
                    WQDeflateBlock &block) override;
 
@@ -51,6 +52,10 @@ class PixelMatcher final : public WQRowMatcher {
         std::size_t bytesPerPixel() const { return sizeof(Pixel) * columnsPerPixel; }
     };
 
+    void clearHistory() {
+        _clearedPixels += _history.size();
+        _history.clear();
+    }
     void forgetUnreachableRows(std::span<const WQRowSegment> row);
     void appendSegment(const Segment &segment, WQDeflateBlock &block);
     Match findMatch(const Segment &segment, std::size_t x);
@@ -90,10 +95,8 @@ void PixelMatcher<Pixel>::forgetUnreachableRows(std::span<const WQRowSegment> ro
         byteCount += part.byteCount();
         pixelCount += part.pixels.size() / sizeof(Pixel);
     }
-    if (byteCount >= WQDeflateBlock::kWindowSize || _history.size() + pixelCount > kHistoryLimit) {
-        _clearedPixels += _history.size();
-        _history.clear();
-    }
+    if (byteCount >= WQDeflateBlock::kWindowSize || _history.size() + pixelCount > kHistoryLimit)
+        clearHistory();
 }
 
 template <class Pixel>

@@ -15,6 +15,8 @@ class WQRowMatcher {
     static std::unique_ptr<WQRowMatcher> newMatcher(std::size_t bytesPerPixel);
     virtual ~WQRowMatcher() = default;
 
+    /// Forgets all rows: the next one begins another block.
+    virtual void restart() = 0;
     /// Appends the bytes of one row, which begin at `offset` in the block.
     virtual void appendRow(std::span<const WQRowSegment> row, std::uint32_t offset,
                            WQDeflateBlock &block) = 0;
