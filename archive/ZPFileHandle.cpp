@@ -40,3 +40,8 @@ ZPFileHandle::~ZPFileHandle() {
         munmap(const_cast<std::byte *>(_bytes.data()), _bytes.size());
     close(_descriptor);
 }
+
+void ZPFileHandle::releasePages() const {
+    if (!_bytes.empty())
+        madvise(const_cast<std::byte *>(_bytes.data()), _bytes.size(), MADV_DONTNEED);
+}

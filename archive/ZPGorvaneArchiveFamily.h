@@ -19,7 +19,8 @@ struct ZPGorvaneArchiveFamily {
     std::size_t fileEntrySize;
     /// Reads one entry record; false for the record of an empty slot.
     bool (*readFileEntry)(ZPDataCursor &cursor, ZPGorvaneFileEntry &entry);
-    /// Decodes the version record; null when its bytes end too early.
+    /// Decodes the version record; never null. Throws ZPRangeException when its bytes end too
+    /// early, since the data file has words of its own for that.
     std::unique_ptr<ZPGorvaneVersion> (*newVersion)(std::span<const std::byte> data,
                                                     ZPGorvaneClientData *clientData);
 

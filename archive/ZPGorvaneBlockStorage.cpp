@@ -8,7 +8,6 @@ namespace {
 
 constexpr std::uint32_t kMagic = 0x5442;
 constexpr std::uint32_t kFormatCheck = 0x004C5000;
-constexpr std::uint32_t kFreeBit = 0x80000000;
 /// A chain may go on past its file's last byte, and must be sound there too. Only so many blocks of
 /// that are looked at: a hostile archive could have all its files end in the same long chain.
 constexpr std::uint64_t kBlocksPastEnd = 1024;

@@ -126,6 +126,9 @@ class ZPGorvaneBlockStorage {
     }
 
   private:
+    /// Set in the link of a free block.
+    static constexpr std::uint32_t kFreeBit = 0x80000000;
+
     explicit ZPGorvaneBlockStorage(std::unique_ptr<ZPFileHandle> fileHandle)
         : _fileHandle(std::move(fileHandle)) {}
     static std::unique_ptr<ZPGorvaneBlockStorage>

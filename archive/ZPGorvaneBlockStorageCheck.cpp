@@ -10,7 +10,6 @@
 
 namespace {
 
-constexpr std::uint32_t kFreeBit = 0x80000000;
 constexpr std::uint32_t kMebibyte = 1'048'576;
 
 } // namespace

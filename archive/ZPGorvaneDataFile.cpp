@@ -21,9 +21,8 @@ ZPGorvaneDataFile::ZPGorvaneDataFile(const ZPGorvaneArchiveFamily &family,
     ZPError error;
     _blockStorage = family.blockStorageAtPath(path, &error);
     if (_blockStorage == nullptr)
-        ZPLog("error: %s", error.domain.empty()
-                               ? ("not an archive of this kind: " + path.string()).c_str()
-                               : (error.description() + " " + path.string()).c_str());
+        ZPLog("error: %s %s", error.domain.empty() ? "(null)" : error.description().c_str(),
+              path.c_str());
 }
 
 ZPGorvaneDataFile::ZPGorvaneDataFile(const ZPGorvaneArchiveFamily &family,
@@ -44,8 +43,7 @@ void ZPGorvaneDataFile::quickLoadDataVersion() {
             ZPLog("Error loading data version: %s", error.description().c_str());
             return;
         }
-        if (auto version = _family.newVersion(*data, _clientData))
-            _dataVersion = std::move(version);
+        _dataVersion = _family.newVersion(*data, _clientData);
     } catch (const ZPRangeException &exception) {
         ZPLog("Bummer, caught exception trying to quick load the data version: %s",
               exception.what());
@@ -92,16 +90,16 @@ void ZPGorvaneDataFile::indexEntries() {
             entries.insert(entries.end(), directory.files().begin(), directory.files().end());
         });
         std::ranges::stable_sort(entries, {}, &ZPGorvaneFileEntry::identifier);
-        if (!isAscending(entries)) {
-            _repeatedEntries = ZPGorvaneFileEntryMap(entries);
-            const auto differ = [](const auto &left, const auto &right) {
-                return left.identifier == right.identifier;
-            };
-            const auto kept = std::unique(entries.rbegin(), entries.rend(), differ);
-            entries.erase(entries.begin(), kept.base());
-        }
     }
     dropExcessiveEntries(entries);
+    if (!isAscending(entries)) {
+        _repeatedEntries = ZPGorvaneFileEntryMap(entries);
+        const auto areSame = [](const auto &left, const auto &right) {
+            return left.identifier == right.identifier;
+        };
+        const auto kept = std::unique(entries.rbegin(), entries.rend(), areSame);
+        entries.erase(entries.begin(), kept.base());
+    }
     _fileEntriesByIdentifier = ZPGorvaneFileEntryMap(std::move(entries));
 
     for (unsigned type = 0; type <= 0xFF; ++type)
@@ -162,6 +160,11 @@ ZPGorvaneDataFile::readBytesForFileEntry(const ZPGorvaneFileEntry &entry, ZPData
     }
     return _blockStorage->readBytesFromBlocksAtOffset(entry.fileOffset, entry.fileSize, scratch,
                                                       error);
+}
+
+void ZPGorvaneDataFile::didReadAllFiles() const {
+    if (_blockStorage != nullptr && _blockStorage->fileHandle() != nullptr)
+        _blockStorage->fileHandle()->releasePages();
 }
 
 bool ZPGorvaneDataFile::check() const {

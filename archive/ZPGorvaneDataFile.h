@@ -39,6 +39,9 @@ class ZPGorvaneDataFile {
                                                                     ZPData &scratch,
                                                                     ZPError *error = nullptr) const;
 
+    /// Gives back the memory that reading took, for a caller that has read all it wants.
+    void didReadAllFiles() const;
+
     /// See ZPGorvaneBlockStorage::prefetchBlocksAtOffset.
     [[gnu::always_inline]] inline void prefetchFileEntry(const ZPGorvaneFileEntry &entry) const {
         if (_blockStorage != nullptr)

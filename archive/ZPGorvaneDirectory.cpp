@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cstdarg>
 #include <tbb/parallel_for.h>
+#include <tbb/task_arena.h>
 #include <utility>
 
 namespace {
@@ -149,8 +150,11 @@ void ZPGorvaneDirectory::Reader::loadChildren(ZPGorvaneDirectory &node, unsigned
     const auto load = [&](std::size_t index) {
         children[index] = loadChild(node, offsets[index], depth);
     };
+    // Isolated, lest a thread that waits here takes up work of a caller that is itself parallel and
+    // asks for the index that is being built.
     if (_mode == Mode::parallel && depth <= kParallelDepth)
-        tbb::parallel_for(std::size_t{0}, offsets.size(), load);
+        tbb::this_task_arena::isolate(
+            [&] { tbb::parallel_for(std::size_t{0}, offsets.size(), load); });
     else
         for (std::size_t index = 0; index < offsets.size(); ++index)
             load(index);

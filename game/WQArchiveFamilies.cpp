@@ -48,7 +48,11 @@ std::unique_ptr<ZPGorvaneBlockStorage> retailStorageAtPath(const std::filesystem
 template <class Version>
 std::unique_ptr<ZPGorvaneVersion> newVersion(std::span<const std::byte> data,
                                              ZPGorvaneClientData *clientData) {
-    return ZPNewRecordWithData<Version>(data, clientData);
+    ZPDataCursor cursor(data);
+    auto version = std::make_unique<Version>(cursor, clientData);
+    if (!cursor.isAtEnd())
+        ZPWarnOfBytesLeft(*version, cursor);
+    return version;
 }
 
 } // namespace

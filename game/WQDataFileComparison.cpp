@@ -70,8 +70,10 @@ void appendTitle(std::string &text, const char *title) {
 // -- comparing
 
 void WQDataFileComparison::buildComparison() {
-    if (_dataFile1 != nullptr)
+    if (_dataFile1 != nullptr) {
         _digests1 = buildSHA1DigestsByIDForDataFile(*_dataFile1);
+        _dataFile1->didReadAllFiles();
+    }
     if (_dataFile2 != nullptr)
         _digests2 = buildSHA1DigestsByIDForDataFile(*_dataFile2);
     if (!_digests1 || !_digests2)

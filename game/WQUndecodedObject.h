@@ -24,4 +24,3 @@ class WQUndecodedObject final : public Base {
 };
 
 using WQUndecodedPortalObject = WQUndecodedObject<WQPortalObject>;
-using WQUndecodedCellObject = WQUndecodedObject<WQCellObject>;

@@ -67,11 +67,12 @@ void ZPAtomicFile::discard() {
 }
 
 bool ZPAtomicFile::open(ZPError *error) {
-    // Renaming over a directory fails only at the end; say so before the work is done.
+    // A device or a pipe is written to and must not be replaced by a file. Opening a directory
+    // fails, which says so before any work is done.
     struct stat target {};
-    if (stat(_path.c_str(), &target) == 0 && S_ISDIR(target.st_mode)) {
-        errno = EISDIR;
-        return failWithErrno(error);
+    if (stat(_path.c_str(), &target) == 0 && !S_ISREG(target.st_mode)) {
+        _descriptor = ::open(_path.c_str(), O_WRONLY | O_CLOEXEC);
+        return _descriptor >= 0 || failWithErrno(error);
     }
     catchSignalsOnce();
     std::string path = _path.string() + ".XXXXXX";
@@ -80,9 +81,7 @@ bool ZPAtomicFile::open(ZPError *error) {
         return failWithErrno(error);
     _temporaryPath = std::move(path);
     temporaryPathToRemove = _temporaryPath.c_str();
-    if (fchmod(_descriptor, fileModeUnderMask()) != 0)
-        return failWithErrno(error);
-    return true;
+    return fchmod(_descriptor, fileModeUnderMask()) == 0 || failWithErrno(error);
 }
 
 bool ZPAtomicFile::write(std::span<const std::byte> bytes, ZPError *error) {
@@ -113,8 +112,11 @@ bool ZPAtomicFile::rewriteAtOffset(std::uint64_t offset, std::span<const std::by
 }
 
 bool ZPAtomicFile::commit(ZPError *error) {
-    const int descriptor = std::exchange(_descriptor, -1);
-    if (close(descriptor) != 0 || rename(_temporaryPath.c_str(), _path.c_str()) != 0)
+    if (close(std::exchange(_descriptor, -1)) != 0)
+        return failWithErrno(error);
+    if (_temporaryPath.empty())
+        return true;
+    if (rename(_temporaryPath.c_str(), _path.c_str()) != 0)
         return failWithErrno(error);
     temporaryPathToRemove = nullptr;
     _temporaryPath.clear();

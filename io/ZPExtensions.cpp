@@ -65,8 +65,8 @@ void ZPSwapNibbles(std::span<std::byte> data) {
 
 void ZPAlignToFourByteBoundary(ZPData &data) {
     const std::size_t remainder = data.size() % 4;
-    ZPLog("%s, [%p] length: %zu, remainder: %zu", "-[ZPData alignToFourByteBoundary]",
-          static_cast<const void *>(data.data()), data.size(), remainder);
+    ZPLog("%s, [%08lx] length: %zu, remainder: %zu", "-[ZPData alignToFourByteBoundary]",
+          reinterpret_cast<unsigned long>(data.data()), data.size(), remainder);
     if (remainder == 0)
         return;
     ZPLog("Need to append %zu bytes to align", 4 - remainder);

@@ -2,7 +2,9 @@
 
 #include "io/ZPExtensions.h"
 #include "io/ZPSystemLog.h"
+#include "io/ZPText.h"
 
+#include <algorithm>
 #include <cassert>
 #include <cerrno>
 #include <cstdarg>
@@ -56,14 +58,11 @@ void ZPLogger::log(const char *format, ...) {
 
 void ZPLogger::logString(std::string_view prefix, std::string_view text) {
     std::string lead(prefix);
-    for (bool isFirst = true;; isFirst = false) {
-        const std::size_t end = text.find('\n');
-        const std::string_view line = text.substr(0, end);
-        logLine(isFirst || !line.empty() ? lead + std::string(line) : std::string());
-        if (end == std::string_view::npos)
-            return;
-        text.remove_prefix(end + 1);
-        lead.assign(prefix.size(), ' ');
+    bool isFirst = true;
+    for (const std::string_view line : ZPSplitText(text, '\n')) {
+        logLine(isFirst || !line.empty() ? lead.append(line) : std::string());
+        lead.assign(ZPUTF16FromString(prefix).size(), ' '); // as many as characters, not bytes
+        isFirst = false;
     }
 }
 

@@ -134,3 +134,14 @@ bool ZPIsValidUTF8(std::string_view text) {
             return false;
     return true;
 }
+
+std::vector<std::string_view> ZPSplitText(std::string_view text, char separator) {
+    std::vector<std::string_view> pieces;
+    for (;;) {
+        const std::size_t end = text.find(separator);
+        pieces.push_back(text.substr(0, end));
+        if (end == std::string_view::npos)
+            return pieces;
+        text.remove_prefix(end + 1);
+    }
+}

@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 /// Windows-1252 bytes as UTF-8. The five bytes that the code page leaves open map to the C1 control
 /// of the same number, so that every byte survives a round trip.
@@ -17,3 +18,6 @@ std::u16string ZPUTF16FromString(std::string_view text);
 
 /// Whether the bytes are well-formed UTF-8 (no overlong form, surrogate or value past U+10FFFF).
 bool ZPIsValidUTF8(std::string_view text);
+
+/// The pieces between separators, one more than there are of these; they borrow from `text`.
+std::vector<std::string_view> ZPSplitText(std::string_view text, char separator);

@@ -149,11 +149,11 @@ void WQDrawing::drawRectangle(const Item &item, const Block &block) {
     const std::size_t first = std::max(block.columns.first, item.columns.firstPixel());
     const std::size_t end = std::min(block.columns.end, item.columns.endPixel());
     for (std::size_t row = firstRow; row < endRow; ++row) {
-        WQPixel *pixels = pixelsOfRow(block, row) - block.columns.first;
+        WQPixel *pixels = pixelsOfRow(block, row) + (first - block.columns.first);
         const std::uint32_t coverageOfRow = item.rows.coverageOfPixel(row);
         const auto blendColumn = [&](std::size_t column) {
             const std::uint32_t product = item.columns.coverageOfPixel(column) * coverageOfRow;
-            blend(pixels[column], item.color, (product * 255 + 0x8000) >> 16);
+            blend(pixels[column - first], item.color, (product * 255 + 0x8000) >> 16);
         };
         if (coverageOfRow < 256 || end - first <= 2) {
             for (std::size_t column = first; column < end; ++column)
@@ -162,7 +162,7 @@ void WQDrawing::drawRectangle(const Item &item, const Block &block) {
         }
         // Only the outermost columns can be covered in part.
         blendColumn(first);
-        std::fill(pixels + first + 1, pixels + end - 1, item.color);
+        std::fill(pixels + 1, pixels + (end - first) - 1, item.color);
         blendColumn(end - 1);
     }
 }

@@ -3,6 +3,7 @@
 #include "map/WQMask.h"
 #include "map/WQOverlay.h"
 
+#include <cmath>
 #include <memory>
 
 class WQTypesetter;
@@ -11,6 +12,12 @@ class WQTypesetter;
 struct WQImageRect {
     double x = 0, y = 0, width = 0, height = 0;
 };
+
+/// A coordinate to 1/256 of a pixel, as fine as cairo places a path. Sums such as
+/// 1894.4999999999998 stand for the centre of a pixel and must not fall on either side of it.
+inline double WQNearestSubpixel(double value) {
+    return std::round(value * 256) / 256;
+}
 
 /// A drawing as a list of opaque rectangles and masks, laid down in the order in which they were
 /// added. Whatever needs a path or a font is turned into a mask when it is added, once and by one
@@ -42,7 +49,7 @@ class WQDrawing : public WQOverlay {
     void drawOnBlock(const Block &block) const override;
 
   private:
-    /// A range along one axis in 1/256 of a pixel, as fine as cairo places a path.
+    /// A range along one axis in 1/256 of a pixel.
     struct Range {
         std::int32_t begin, end;
 

@@ -84,6 +84,7 @@ bool WQMapper::setupLandBlockData(bool comparesWithOldData) {
     WQDataFile &cellDataFile = *_clientData.cellDataFile();
     cellDataFile.loadFileEntriesIfNecessary();
     const WQLandCounts counts = WQFillLandGrid(*_landGrid, cellDataFile, _comparison.get());
+    cellDataFile.didReadAllFiles();
     ZPLog("land block count: %u (%.1f %%), object block count: %u (%.1f %% of total area, %.1f %% "
           "of used land)",
           counts.landBlocks, counts.landBlocks * 100.0 / kTotalBlocks, counts.objectBlocks,

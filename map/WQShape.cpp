@@ -18,8 +18,7 @@ void addOutline(cairo_t *context, const WQOutline &outline, double x, double y) 
 } // namespace
 
 void WQShape::drawAtPoint(WQImagePoint point, WQPixel color, WQDrawing &context) {
-    // Sums such as 1894.4999999999998 stand for the centre of a pixel.
-    const double x = std::round(point.x * 256) / 256, y = std::round(point.y * 256) / 256;
+    const double x = WQNearestSubpixel(point.x), y = WQNearestSubpixel(point.y);
     const double fractionX = x - std::floor(x), fractionY = y - std::floor(y);
     if (!std::isfinite(fractionX) || !std::isfinite(fractionY))
         return;

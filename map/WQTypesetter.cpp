@@ -37,6 +37,8 @@ struct WQTypesetter::Layout {
         cairo_font_options_set_hint_metrics(options.get(), CAIRO_HINT_METRICS_ON);
         pango_cairo_context_set_font_options(context.get(), options.get());
         layout.reset(pango_layout_new(context.get()));
+        // Else a text of line breaks would need a mask as high as it is long.
+        pango_layout_set_single_paragraph_mode(layout.get(), true);
     }
 };
 
@@ -65,7 +67,9 @@ WQText WQTypesetter::set(const std::string &text, const WQFont &font) {
 
     PangoLayout *layout = _layout->layout.get();
     pango_layout_set_font_description(layout, description.get());
-    pango_layout_set_text(layout, text.c_str(), -1);
+    // Of a file whose lines end in CR LF, each label keeps its CR, which is not for the eye.
+    const std::string visible = text.substr(0, text.find_last_not_of('\r') + 1);
+    pango_layout_set_text(layout, visible.c_str(), -1);
 
     PangoRectangle ink, box;
     pango_layout_get_extents(layout, &ink, &box);
@@ -88,8 +92,9 @@ WQText WQTypesetter::set(const std::string &text, const WQFont &font) {
 }
 
 void WQText::drawAtPoint(WQImagePoint point, WQPixel color, WQDrawing &context) const {
-    // The box begins below the line y + height, with the pixel whose centre is half a pixel lower.
-    context.addMask(_mask, {std::round(point.x), std::round(point.y + _height) - 0.5}, color);
+    const double west = WQNearestSubpixel(point.x), north = WQNearestSubpixel(point.y + _height);
+    // The box begins below the line `north`, with the pixel whose centre is half a pixel lower.
+    context.addMask(_mask, {std::round(west), std::round(north) - 0.5}, color);
 }
 
 void WQText::drawWithShadowAtPoint(WQImagePoint point, WQDrawing &context) const {

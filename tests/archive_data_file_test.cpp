@@ -83,6 +83,21 @@ TEST(DataFile, OfEntriesWithOneIdentifierTheLastVisitedCounts) {
     EXPECT_TRUE(dataFile.fileEntriesByLandBlock(0x1234).empty());
 }
 
+TEST(DataFile, VersionRecordThatEndsTooEarly) {
+    const TemporaryFolder directory;
+    ArchiveBytes archive;
+    archive.addFile(0xFFFF0001, hex("7205"));
+    archive.writeToPath(directory / "archive");
+    WQDataFile dataFile(directory / "archive");
+    testing::internal::CaptureStderr();
+    dataFile.quickLoadDataVersion();
+    EXPECT_EQ(countOf(testing::internal::GetCapturedStderr(),
+                      "Bummer, caught exception trying to quick load the data version: Trying to "
+                      "read past end in -[ZPDataCursor readLittleInt32]\n"),
+              1u);
+    EXPECT_EQ(dataFile.dataVersion(), nullptr);
+}
+
 TEST(DataFile, WithoutStorageOrRootThereIsNothingAndNoFailure) {
     const TemporaryFolder directory;
     BlockFileBytes file(2);

@@ -16,13 +16,13 @@ TEST(Logger, IndentsLinesButNotEmptyOnes) {
     logger.pushIndentation("  ");
     logger.log("abc %d", 7);
     logger.log("%s", "");
-    logger.logString("key: ", "one\n\ntwo");
+    logger.logString("clé: ", "one\n\ntwo");
     logger.popIndentation();
     logger.setLineSuffix(";");
     logger.log("end");
     EXPECT_EQ(logger.outputString(), ">   abc 7\n"
                                      "\n"
-                                     ">   key: one\n"
+                                     ">   clé: one\n"
                                      "\n"
                                      ">        two\n"
                                      "> end;");

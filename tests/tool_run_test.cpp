@@ -251,8 +251,12 @@ TEST_F(PlotterraRun, ReadsPlotFiles) {
         EXPECT_THAT(log, Contains("Found " + lines + " lines in " + out("plot.txt")));
         EXPECT_THAT(log, Contains("Found " + points + " coordinates"));
     }
-    EXPECT_THAT(run({"--plot", out("none.txt"), kWorld, out("map")}).logLines(),
-                Contains("Found 0 lines in " + out("none.txt")));
+    for (const std::string name : {"none.txt", "."}) {
+        const ProgramRun result = run({"--plot", out(name), kWorld, out("map")});
+        EXPECT_EQ(result.status, 0);
+        EXPECT_THAT(result.logLines(), Contains("Found 0 lines in " + out(name)));
+        EXPECT_THAT(result.logLines(), Contains("Found 0 coordinates"));
+    }
 }
 
 TEST_F(PlotterraRun, IsSilentOrOddAboutChangesAsItAlwaysWas) {

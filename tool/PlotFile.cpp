@@ -3,34 +3,27 @@
 #include "io/ZPSystemLog.h"
 #include "io/ZPText.h"
 
+#include <array>
 #include <fstream>
-#include <iterator>
 #include <optional>
 #include <string_view>
 
 namespace {
 
-std::vector<std::string_view> split(std::string_view text, char separator) {
-    std::vector<std::string_view> pieces;
-    for (;;) {
-        const std::size_t end = text.find(separator);
-        pieces.push_back(text.substr(0, end));
-        if (end == std::string_view::npos)
-            return pieces;
-        text.remove_prefix(end + 1);
-    }
-}
-
 std::optional<std::string> readUTF8File(const std::filesystem::path &path) {
     std::ifstream file(path, std::ios::binary);
-    std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+    std::string text;
+    // Not through stream buffer iterators, which throw when the path is that of a directory.
+    std::array<char, 1 << 16> piece;
+    while (file.read(piece.data(), piece.size()), file.gcount() > 0)
+        text.append(piece.data(), static_cast<std::size_t>(file.gcount()));
     if (!file.is_open() || file.bad() || !ZPIsValidUTF8(text))
         return std::nullopt;
     return text;
 }
 
 std::optional<WQMapPoint> mapPointOfLine(std::string_view line) {
-    const auto fields = split(line, ';');
+    const auto fields = ZPSplitText(line, ';');
     WQMapLocation location;
     if (fields.size() < 3 || fields[1].empty() || !WQMapCoordinateFromString(fields[1], &location))
         return std::nullopt;
@@ -41,7 +34,7 @@ std::optional<WQMapPoint> mapPointOfLine(std::string_view line) {
 
 std::vector<WQMapPoint> readPlotFile(const std::filesystem::path &path) {
     const auto text = readUTF8File(path);
-    const auto lines = text ? split(*text, '\n') : std::vector<std::string_view>();
+    const auto lines = text ? ZPSplitText(*text, '\n') : std::vector<std::string_view>();
     std::vector<WQMapPoint> points;
     for (const std::string_view line : lines)
         if (auto point = mapPointOfLine(line))
