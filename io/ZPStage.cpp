@@ -13,20 +13,13 @@ using Clock = std::chrono::steady_clock;
 /// The times of one run, written when the program ends.
 class StageTimes {
   public:
+    /// Null where nobody asked.
     static StageTimes *ofThisRun() {
-        static const char *const path = std::getenv("PLOTTERRA_STAGES");
-        static StageTimes times(path);
-        return path != nullptr ? &times : nullptr;
-    }
-
-    explicit StageTimes(const char *path) : _path(path) {}
-    ~StageTimes() {
-        std::FILE *file = _path != nullptr ? std::fopen(_path, "w") : nullptr;
-        if (file == nullptr)
-            return;
-        for (const auto &[name, time] : _times)
-            std::fprintf(file, "%.6f %s\n", std::chrono::duration<double>(time).count(), name);
-        std::fclose(file);
+        static StageTimes *const times = [] {
+            const char *path = std::getenv("PLOTTERRA_STAGES");
+            return path != nullptr ? new StageTimes(path) : nullptr;
+        }();
+        return times;
     }
 
     /// A stage takes its place in the list when it begins.
@@ -41,6 +34,21 @@ class StageTimes {
     }
 
   private:
+    explicit StageTimes(const char *path) : _path(path) {
+        const auto write = [] { ofThisRun()->write(); };
+        std::atexit(write);
+        std::at_quick_exit(write);
+    }
+
+    void write() const {
+        std::FILE *file = std::fopen(_path, "w");
+        if (file == nullptr)
+            return;
+        for (const auto &[name, time] : _times)
+            std::fprintf(file, "%.6f %s\n", std::chrono::duration<double>(time).count(), name);
+        std::fclose(file);
+    }
+
     struct StageTime {
         const char *name;
         Clock::duration time;

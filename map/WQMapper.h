@@ -10,6 +10,7 @@
 #include "map/WQTerrainShader.h"
 
 #include <filesystem>
+#include <future>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -127,4 +128,5 @@ class WQMapper {
     std::unique_ptr<WQDataFileComparison> _comparison;
     std::unique_ptr<WQLandGrid> _landGrid;
     WQMapViewport _viewport;
+    std::future<void> _memoryRelease;
 };

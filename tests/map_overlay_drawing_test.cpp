@@ -124,6 +124,27 @@ TEST(OverlayDrawing, LabelStaysInItsBox) {
     }
 }
 
+TEST(OverlayDrawing, TextIsOneLineHighAndKeepsOffNoise) {
+    OverlayCanvas canvas(1);
+    const auto set = [&](const std::string &text) {
+        return canvas.drawing.typesetter().set(text, {WQSansFamilies, 12});
+    };
+    const WQText text = set("Quarry");
+    EXPECT_EQ(set("Quarry\r").width(), text.width());
+    EXPECT_EQ(set("Quarry\r").height(), text.height());
+    EXPECT_LT(set("Quarry" + std::string(5000, '\r') + "x").height(), 2 * text.height());
+    EXPECT_EQ(set("\r").width(), 0);
+
+    // Half a pixel, and what sums make of it, are the same place.
+    text.drawAtPoint({100.5, 200.5}, {}, canvas.drawing);
+    text.drawAtPoint({200.4999999, 200.4999999}, {}, canvas.drawing);
+    text.drawAtPoint({300.5000001, 200.5000001}, {}, canvas.drawing);
+    const auto pixels = canvas.pixels(90, 190, 100, 50);
+    EXPECT_NE(pixels, std::vector<WQPixel>(pixels.size(), kGround));
+    EXPECT_TRUE(pixels == canvas.pixels(190, 190, 100, 50));
+    EXPECT_TRUE(pixels == canvas.pixels(290, 190, 100, 50));
+}
+
 /// In a process of its own, since fonts are looked for only once.
 TEST(OverlayDrawingDeathTest, WithoutFontsOnlyLabelsAreMissing) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");

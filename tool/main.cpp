@@ -5,6 +5,7 @@
 #include "tool/Options.h"
 #include "tool/PlotFile.h"
 
+#include <cstdio>
 #include <cstdlib>
 
 namespace {
@@ -58,7 +59,7 @@ void saveChanges(WQMapper &mapper, const Options &options) {
         logFailure("saving changes", error);
 }
 
-void run(const Options &options) {
+[[noreturn]] void run(const Options &options) {
     ZPLog("inputPath: %s", options.inputPath.c_str());
     ZPLog("outputPath: %s", options.outputPath.c_str());
     ZPLog("old data path: %s", ZPTextOrNull(options.oldPath ? &*options.oldPath : nullptr));
@@ -73,6 +74,10 @@ void run(const Options &options) {
         saveMap(mapper, options, oldClientData.get());
     if (options.changesPath && oldClientData != nullptr)
         saveChanges(mapper, options);
+
+    // Everything is written. The system takes memory back faster than it is freed piece by piece.
+    std::fflush(stdout);
+    std::quick_exit(EXIT_SUCCESS);
 }
 
 } // namespace
@@ -90,5 +95,4 @@ int main(int argc, char *argv[]) {
         return kUsageError;
     }
     run(*options);
-    return EXIT_SUCCESS;
 }
