@@ -32,9 +32,22 @@ class ZPLargeArray {
         return *this;
     }
 
+    /// The same memory for elements of another type, of the same size.
+    template <class Other>
+    requires(sizeof(Other) == sizeof(Element) &&
+             alignof(Other) <= alignof(Element)) ZPLargeArray<Other> as() && {
+        ZPLargeArray<Other> other;
+        other._elements = {reinterpret_cast<Other *>(_elements.data()), _elements.size()};
+        _elements = {};
+        return other;
+    }
+
     bool empty() const { return _elements.empty(); }
     Element *data() const { return _elements.data(); }
 
   private:
+    template <class>
+    requires true friend class ZPLargeArray;
+
     std::span<Element> _elements;
 };

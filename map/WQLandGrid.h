@@ -28,7 +28,7 @@ struct WQLandPoint {
     bool has(Flag flag) const { return (flags & flag) != 0; }
     unsigned landType() const { return WQLandTypeOfTerrainWord(terrainWord); }
 };
-static_assert(sizeof(WQLandPoint) == 4);
+static_assert(sizeof(WQLandPoint) == sizeof(WQPixel));
 
 /// The points of the whole world, row by row from the south, each row from the west, in one
 /// allocation. A point that no land block covers is all zeros.
@@ -46,6 +46,13 @@ class WQLandGrid {
     std::span<const WQLandPoint, kSize> row(unsigned y) const {
         return std::span<const WQLandPoint, kSize>(_points.data() + y * std::size_t{kSize}, kSize);
     }
+
+    // A point and a pixel are of one size, so that the picture of the land can take its place: row
+    // by row, and in the end the memory altogether.
+    std::span<WQPixel, kSize> rowAsPixels(unsigned y) {
+        return std::span<WQPixel, kSize>(reinterpret_cast<WQPixel *>(&at(0, y)), kSize);
+    }
+    ZPLargeArray<WQPixel> takePixels() && { return std::move(_points).as<WQPixel>(); }
 
     /// Takes the 256 real heights, by height index. Each is truncated to an integer of which the
     /// low 16 bits count; what is no number or far out of range counts as 0.

@@ -16,14 +16,6 @@ constexpr std::size_t kWideShare = 4;
 
 } // namespace
 
-template <class Pixel>
-std::unique_ptr<WQLandImage<Pixel>> WQLandImage<Pixel>::allocate(std::size_t scale) {
-    ZPLargeArray<Pixel> pixels(std::size_t{WQLandSize} * WQLandSize);
-    if (pixels.empty())
-        return nullptr;
-    return std::unique_ptr<WQLandImage>(new WQLandImage(scale, std::move(pixels)));
-}
-
 /// Columns of the picture rows that show a land row; they begin and end with a land point.
 template <class Pixel>
 WQRowSegment WQLandImage<Pixel>::bareSegment(std::size_t landRow, Columns columns) const {

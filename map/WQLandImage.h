@@ -12,13 +12,9 @@
 template <class Pixel>
 class WQLandImage : public WQImage {
   public:
-    /// Black and transparent at first. Null when there is not enough memory.
-    static std::unique_ptr<WQLandImage> allocate(std::size_t scale);
-
-    /// The values of the land points of grid row `y`, counted from the south.
-    std::span<Pixel, WQLandSize> landRow(unsigned y) {
-        return std::span<Pixel, WQLandSize>(pixelsOfLandRow(WQLandSize - 1 - y), WQLandSize);
-    }
+    /// Takes a value for each land point, row by row from the south.
+    WQLandImage(std::size_t scale, ZPLargeArray<Pixel> pixels)
+        : _scale(scale), _pixels(std::move(pixels)) {}
 
     /// Lays a drawing over the image, in place of any earlier one. Only a coloured image takes one.
     void setOverlay(std::unique_ptr<const WQOverlay> overlay) { _overlay = std::move(overlay); }
@@ -37,12 +33,9 @@ class WQLandImage : public WQImage {
     using Columns = WQOverlay::Columns;
 
     Pixel *pixelsOfLandRow(std::size_t rowFromNorth) const {
-        return _pixels.data() + rowFromNorth * WQLandSize;
+        return _pixels.data() + (WQLandSize - 1 - rowFromNorth) * WQLandSize;
     }
     class Part;
-
-    WQLandImage(std::size_t scale, ZPLargeArray<Pixel> pixels)
-        : _scale(scale), _pixels(std::move(pixels)) {}
 
     /// Whether a row shows the same land row as the one above.
     bool isSameLandRow(std::size_t row) const { return row % _scale != 0; }
@@ -56,7 +49,6 @@ class WQLandImage : public WQImage {
     std::vector<Columns> touchedColumns(std::size_t first, std::size_t count) const;
 
     std::size_t _scale;
-    /// From the north.
     ZPLargeArray<Pixel> _pixels;
     std::unique_ptr<const WQOverlay> _overlay;
 };

@@ -10,7 +10,7 @@ void WQMapViewport::updateTypes(const WQLandGrid &grid) {
             _types[y * kSize + x] = static_cast<std::uint8_t>(grid.at(x, y).landType());
 }
 
-void WQMapViewport::updateBitmap(const WQTerrainShader &shader) {
+void WQMapViewport::updateBitmap(const WQLandGrid &grid, const WQTerrainShader &shader) {
     setupBitmap();
     if (xOffset >= WQLandSize || yOffset >= WQLandSize)
         return;
@@ -19,10 +19,12 @@ void WQMapViewport::updateBitmap(const WQTerrainShader &shader) {
     const auto end = static_cast<unsigned>(yOffset + height);
     tbb::parallel_for(tbb::blocked_range<unsigned>(yOffset, end, 16), [&](const auto &rows) {
         std::array<WQPixel, WQLandSize> pixels;
-        for (unsigned y = rows.begin(); y < rows.end(); ++y) {
-            shader.shadeRows(y, y + 1, [&pixels](unsigned) { return std::span(pixels); });
+        for (WQLandWindow window(grid, rows.begin(), rows.end()); window.y() < rows.end();
+             window.moveNorth()) {
+            shader.shadeRow(window, pixels);
             std::copy_n(pixels.begin() + xOffset, width,
-                        _bitmap.begin() + std::ptrdiff_t((kSize - 1 - (y - yOffset)) * kSize));
+                        _bitmap.begin() +
+                            std::ptrdiff_t((kSize - 1 - (window.y() - yOffset)) * kSize));
         }
     });
 }

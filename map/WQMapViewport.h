@@ -21,7 +21,7 @@ class WQMapViewport {
 
     void setupBitmap() { _bitmap.assign(kSize * kSize, {}); }
     /// Shades what lies in the window, in parallel; what lies outside the world is transparent.
-    void updateBitmap(const WQTerrainShader &shader);
+    void updateBitmap(const WQLandGrid &grid, const WQTerrainShader &shader);
     /// Row by row from the north.
     std::span<const WQPixel> bitmap() const { return _bitmap; }
 

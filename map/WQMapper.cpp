@@ -10,9 +10,6 @@
 #include "map/WQTitleOverlay.h"
 #include "map/WQTributeOverlay.h"
 
-#include <mutex>
-#include <tbb/parallel_for.h>
-
 namespace {
 
 /// The grid of land blocks that shares are reckoned by has 256 columns and rows, one more than the
@@ -105,8 +102,7 @@ void WQMapper::logImageSize(std::size_t bytesPerPixel) const {
 }
 
 WQTerrainShader WQMapper::terrainShader(bool marksChanges) const {
-    return {*_landGrid,
-            WQLandColorTable::shared(),
+    return {WQLandColorTable::shared(),
             {_lightVector, static_cast<float>(_fudgeFactor), _shouldUseAlpha, marksChanges}};
 }
 
@@ -115,34 +111,21 @@ std::unique_ptr<WQImage> WQMapper::newBaseMap() {
     if (!setupLandBlockData())
         return nullptr;
     ZPLog("diffuseFactor for deep water: %g", WQFlatDiffuseFactor(_lightVector));
-    auto image = WQColorImage::allocate(_scale);
-    if (image == nullptr)
-        return nullptr;
     ZPLog("--------------------------------------------------------------");
-    ZPLog("initialBitmapContext: <WQColorImage: %p> %zu x %zu, 8 bits a component, RGBA",
-          static_cast<const void *>(image.get()), image->width(), image->height());
-    const WQLightRange range = shadeLand(*image);
+    ZPLog("initialBitmapContext: %zu x %zu, 8 bits a component, RGBA", WQLandSize * _scale,
+          WQLandSize * _scale);
+    WQShadedLand land = shadeLand();
     ZPLog("Done that part.");
-    freeLandBlockData();
-    ZPLog("minDiff: %g, maxDiff: %g", range.minimum, range.maximum);
+    ZPLog("minDiff: %g, maxDiff: %g", land.light.minimum, land.light.maximum);
+    auto image = std::make_unique<WQColorImage>(_scale, std::move(land.pixels));
     image->setOverlay(newOverlay());
     return image;
 }
 
-WQLightRange WQMapper::shadeLand(WQColorImage &image) const {
+/// Uses the land up.
+WQShadedLand WQMapper::shadeLand() {
     const ZPStage stage("shade");
-    constexpr unsigned kRowsPerWorker = 64;
-    const WQTerrainShader shader = terrainShader(_oldClientData != nullptr);
-    WQLightRange range;
-    std::mutex rangeLock;
-    tbb::parallel_for(
-        tbb::blocked_range<unsigned>(0, WQLandSize, kRowsPerWorker), [&](const auto &rows) {
-            const WQLightRange rangeOfRows = shader.shadeRows(
-                rows.begin(), rows.end(), [&image](unsigned y) { return image.landRow(y); });
-            const std::lock_guard guard(rangeLock);
-            range.include(rangeOfRows);
-        });
-    return range;
+    return WQShadeLand(std::move(_landGrid), terrainShader(_oldClientData != nullptr));
 }
 
 /// Null where nothing is to be drawn over the land.
@@ -168,14 +151,14 @@ std::unique_ptr<WQImage> WQMapper::newHeightMap() {
     logImageSize(sizeof(std::uint8_t));
     if (!setupLandBlockData(false))
         return nullptr;
-    auto image = WQGreyImage::allocate(_scale);
-    if (image == nullptr)
+    ZPLargeArray<std::uint8_t> levels(std::size_t{WQLandSize} * WQLandSize);
+    if (levels.empty())
         return nullptr;
     for (unsigned y = 0; y < WQLandSize; ++y)
-        std::ranges::transform(_landGrid->row(y), image->landRow(y).begin(),
+        std::ranges::transform(_landGrid->row(y), levels.data() + y * std::size_t{WQLandSize},
                                &WQLandPoint::heightIndex);
     freeLandBlockData();
-    return image;
+    return std::make_unique<WQGreyImage>(_scale, std::move(levels));
 }
 
 bool WQMapper::saveMapToURL(const std::filesystem::path &path, ZPError *error) {
@@ -208,5 +191,5 @@ std::span<const std::uint8_t> WQMapper::mapLand() const {
 }
 
 void WQMapper::updateBitmap() {
-    _viewport.updateBitmap(terrainShader(false));
+    _viewport.updateBitmap(*_landGrid, terrainShader(false));
 }

@@ -5,9 +5,9 @@
 #include "map/WQLandColorTable.h"
 #include "map/WQLandGrid.h"
 #include "map/WQLandImage.h"
+#include "map/WQLandShading.h"
 #include "map/WQMapPoint.h"
 #include "map/WQMapViewport.h"
-#include "map/WQTerrainShader.h"
 
 #include <filesystem>
 #include <future>
@@ -114,7 +114,7 @@ class WQMapper {
     bool setupLandBlockData(bool comparesWithOldData);
     void logImageSize(std::size_t bytesPerPixel) const;
     WQTerrainShader terrainShader(bool marksChanges) const;
-    WQLightRange shadeLand(WQColorImage &image) const;
+    WQShadedLand shadeLand();
     std::unique_ptr<const WQOverlay> newOverlay() const;
 
     WQClientData &_clientData;

@@ -97,11 +97,29 @@ void colorPoints(const WQLandPoint *__restrict points, const float *__restrict f
     }
 }
 
+/// How far a neighbour with data lies above the point.
+struct Neighbor {
+    bool hasData = false;
+    float rise = 0;
+};
+
+ZPVector3 normalOfPoint(Neighbor west, Neighbor east, Neighbor south, Neighbor north) {
+    ZPVector3 sum;
+    const auto addTriangle = [&sum](Neighbor p, Neighbor q, float x, float y) {
+        if (p.hasData && q.hasData)
+            sum = {sum.x + x, sum.y + y, sum.z + 1};
+    };
+    addTriangle(west, south, west.rise, south.rise);
+    addTriangle(west, north, west.rise, -north.rise);
+    addTriangle(east, south, -east.rise, south.rise);
+    addTriangle(east, north, -east.rise, -north.rise);
+    return WQNormalizedVector(sum);
+}
+
 } // namespace
 
-WQTerrainShader::WQTerrainShader(const WQLandGrid &grid, const WQLandColorTable &colors,
-                                 const Settings &settings)
-    : _grid(grid), _settings(settings) {
+WQTerrainShader::WQTerrainShader(const WQLandColorTable &colors, const Settings &settings)
+    : _settings(settings) {
     if (!settings.usesAlpha)
         _emptyPixel = colors.shadedColor(WQDeepSeaLandType, settings.fudgeFactor,
                                          static_cast<float>(WQFlatDiffuseFactor(settings.light)));
@@ -123,70 +141,41 @@ WQTerrainShader::WQTerrainShader(const WQLandGrid &grid, const WQLandColorTable 
 }
 
 ZPVector3 WQTerrainShader::calculateNormal(const WQLandGrid &landGrid, unsigned atX, unsigned y) {
-    const unsigned x = atX;
-    const float center = landGrid.elevation(landGrid.at(x, y));
-    struct Neighbor {
-        bool hasData;
-        float rise;
-    };
+    const float center = landGrid.elevation(landGrid.at(atX, y));
     const auto neighbor = [&](bool isInside, unsigned nx, unsigned ny) -> Neighbor {
         if (!isInside || !landGrid.at(nx, ny).has(WQLandPoint::hasData))
-            return {false, 0};
+            return {};
         return {true, landGrid.elevation(landGrid.at(nx, ny)) - center};
     };
-    const Neighbor west = neighbor(x > 0, x - 1, y), east = neighbor(x < kLast, x + 1, y);
-    const Neighbor south = neighbor(y > 0, x, y - 1), north = neighbor(y < kLast, x, y + 1);
-
-    ZPVector3 sum;
-    const auto addTriangle = [&sum](const Neighbor &p, const Neighbor &q, float nx, float ny) {
-        if (p.hasData && q.hasData)
-            sum = {sum.x + nx, sum.y + ny, sum.z + 1};
-    };
-    addTriangle(west, south, west.rise, south.rise);
-    addTriangle(west, north, west.rise, -north.rise);
-    addTriangle(east, south, -east.rise, south.rise);
-    addTriangle(east, north, -east.rise, -north.rise);
-    return WQNormalizedVector(sum);
-}
-
-WQTerrainShader::Window::Window(const WQLandGrid &grid, unsigned first) : _grid(grid), _y(first) {
-    load(first == 0 ? first : first - 1, _rows[0]);
-    load(first, _rows[1]);
-    load(first == kLast ? first : first + 1, _rows[2]);
-}
-
-void WQTerrainShader::Window::moveTo(unsigned y) {
-    for (; _y < y; ++_y) {
-        Row &next = _rows[_south];
-        _south = (_south + 1) % 3;
-        load(_y + 1 == kLast ? kLast : _y + 2, next);
-    }
-}
-
-void WQTerrainShader::Window::load(unsigned y, Row &row) const {
-    std::ranges::transform(_grid.row(y), row.begin(),
-                           [this](const WQLandPoint &point) { return _grid.elevation(point); });
+    return normalOfPoint(neighbor(atX > 0, atX - 1, y), neighbor(atX < kLast, atX + 1, y),
+                         neighbor(y > 0, atX, y - 1), neighbor(y < kLast, atX, y + 1));
 }
 
 /// Points at the edge of the data have fewer than four triangles. They are rare, so the row is
 /// searched for them by stretches.
-void WQTerrainShader::lightIncompletePoints(unsigned y, Row &dotProducts) const {
-    const auto row = _grid.row(y);
-    const auto south = _grid.row(y == 0 ? y : y - 1), north = _grid.row(y == kLast ? y : y + 1);
+void WQTerrainShader::lightIncompletePoints(const WQLandWindow &window, Floats &dotProducts) const {
+    const WQLandRow &south = window.south(), &row = window.center(), &north = window.north();
+    const bool hasSouth = window.y() > 0, hasNorth = window.y() < kLast;
     const auto lightIfIncomplete = [&](unsigned x) {
-        const bool isOutermost = x == 0 || x == kLast || y == 0 || y == kLast;
-        const bool isComplete =
-            !isOutermost && (row[x - 1].flags & row[x + 1].flags & south[x].flags & north[x].flags &
-                             WQLandPoint::hasData) != 0;
-        if (!isComplete && row[x].has(WQLandPoint::hasData))
-            dotProducts[x] = WQDotProduct(calculateNormal(_grid, x, y), _settings.light);
+        const auto neighbor = [&](bool isInside, const WQLandRow &from, unsigned nx) -> Neighbor {
+            if (!isInside || !from.points[nx].has(WQLandPoint::hasData))
+                return {};
+            return {true, from.elevations[nx] - row.elevations[x]};
+        };
+        if (!row.points[x].has(WQLandPoint::hasData))
+            return;
+        const Neighbor west = neighbor(x > 0, row, x - 1), east = neighbor(x < kLast, row, x + 1),
+                       below = neighbor(hasSouth, south, x), above = neighbor(hasNorth, north, x);
+        if (!west.hasData || !east.hasData || !below.hasData || !above.hasData)
+            dotProducts[x] = WQDotProduct(normalOfPoint(west, east, below, above), _settings.light);
     };
     constexpr unsigned kStretch = 64;
     for (unsigned first = 0; first <= kLast; first += kStretch) {
         const unsigned end = std::min(first + kStretch, WQLandSize);
-        unsigned flags = y > 0 && y < kLast ? WQLandPoint::hasData : 0;
+        unsigned flags = hasSouth && hasNorth ? WQLandPoint::hasData : 0;
         for (unsigned x = first; x < end; ++x)
-            flags &= static_cast<unsigned>(row[x].flags & south[x].flags & north[x].flags);
+            flags &= static_cast<unsigned>(row.points[x].flags & south.points[x].flags &
+                                           north.points[x].flags);
         for (unsigned x = first; x < end && flags == 0; ++x)
             lightIfIncomplete(x);
         // The neighbours of a stretch's ends lie in other stretches.
@@ -195,30 +184,31 @@ void WQTerrainShader::lightIncompletePoints(unsigned y, Row &dotProducts) const 
     }
 }
 
-WQLightRange WQTerrainShader::shadeRow(const Window &window, unsigned y,
+WQLightRange WQTerrainShader::shadeRow(const WQLandWindow &window,
                                        std::span<WQPixel, WQLandSize> pixels) const {
-    Row dotProducts, factors;
+    Floats dotProducts, factors;
     dotProducts.front() = dotProducts.back() = 0; // never complete
-    lightCompletePoints(window.south().data() + 1, window.center().data() + 1,
-                        window.north().data() + 1, _settings.light, WQLandSize - 2,
+    lightCompletePoints(window.south().elevations.data() + 1, window.center().elevations.data() + 1,
+                        window.north().elevations.data() + 1, _settings.light, WQLandSize - 2,
                         dotProducts.data() + 1);
-    lightIncompletePoints(y, dotProducts);
-    const auto points = _grid.row(y).data();
-    const WQLightRange range = diffuseFactors(points, dotProducts.data(), factors.data());
-    colorPoints(points, factors.data(), _products.data(), _emptyPixel, pixels.data());
+    lightIncompletePoints(window, dotProducts);
+    const WQLandRow &row = window.center();
+    const WQLightRange range =
+        diffuseFactors(row.points.data(), dotProducts.data(), factors.data());
+    colorPoints(row.points.data(), factors.data(), _products.data(), _emptyPixel, pixels.data());
     if (_settings.marksChanges)
-        markChanges(y, pixels);
+        markChanges(row, pixels);
     return range;
 }
 
-void WQTerrainShader::markChanges(unsigned y, std::span<WQPixel, WQLandSize> pixels) const {
-    const auto points = _grid.row(y);
+void WQTerrainShader::markChanges(const WQLandRow &row, std::span<WQPixel, WQLandSize> pixels) {
     for (unsigned x = 0; x < WQLandSize; ++x) {
-        if (points[x].has(WQLandPoint::wasChanged))
+        const WQLandPoint &point = row.points[x];
+        if (point.has(WQLandPoint::wasChanged))
             pixels[x] = {0, 255, 0, 255};
-        else if (points[x].has(WQLandPoint::wasAdded))
+        else if (point.has(WQLandPoint::wasAdded))
             pixels[x] = {0, 0, 255, 255};
-        else if (points[x].has(WQLandPoint::wasRemoved))
+        else if (point.has(WQLandPoint::wasRemoved))
             pixels[x] = {255, 0, 0, 255};
     }
 }

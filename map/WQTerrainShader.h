@@ -1,6 +1,6 @@
 #pragma once
 
-#include "map/WQLandGrid.h"
+#include "map/WQLandWindow.h"
 #include "map/WQLight.h"
 
 /// The least and greatest share of light found on land.
@@ -14,8 +14,7 @@ struct WQLightRange {
     }
 };
 
-/// Lights and colours land points. It refers to the grid, which must outlive it; rows may be shaded
-/// by several threads at once.
+/// Lights and colours land points. Rows may be shaded by several threads at once.
 class WQTerrainShader {
   public:
     struct Settings {
@@ -28,56 +27,24 @@ class WQTerrainShader {
         bool marksChanges = false;
     };
 
-    WQTerrainShader(const WQLandGrid &grid, const WQLandColorTable &colors,
-                    const Settings &settings);
+    WQTerrainShader(const WQLandColorTable &colors, const Settings &settings);
 
     /// The surface normal of a point, from those of the triangles to its neighbours that have data;
     /// not a number where there is none.
     static ZPVector3 calculateNormal(const WQLandGrid &landGrid, unsigned atX, unsigned y);
 
-    /// Colours the rows from `first` up to but not including `end` and gives the range of light on
-    /// their land. `pixelsOfRow` says where a row's pixels go.
-    template <class PixelsOfRow>
-    WQLightRange shadeRows(unsigned first, unsigned end, const PixelsOfRow &pixelsOfRow) const {
-        Window window(_grid, first);
-        WQLightRange range;
-        for (unsigned y = first; y < end; ++y) {
-            window.moveTo(y);
-            range.include(shadeRow(window, y, pixelsOfRow(y)));
-        }
-        return range;
-    }
+    /// Colours the row that a window is on and gives the range of light on its land. The pixels may
+    /// take the place of the grid's row.
+    WQLightRange shadeRow(const WQLandWindow &window, std::span<WQPixel, WQLandSize> pixels) const;
 
   private:
-    using Row = std::array<float, WQLandSize>;
-
-    /// The elevations of a row and its neighbours, each read from the grid once while the window
-    /// moves north. Outside the world the outermost row stands in.
-    class Window {
-      public:
-        Window(const WQLandGrid &grid, unsigned first);
-        void moveTo(unsigned y);
-        const Row &south() const { return _rows[_south]; }
-        const Row &center() const { return _rows[(_south + 1) % 3]; }
-        const Row &north() const { return _rows[(_south + 2) % 3]; }
-
-      private:
-        void load(unsigned y, Row &row) const;
-
-        const WQLandGrid &_grid;
-        std::array<Row, 3> _rows;
-        unsigned _y, _south = 0;
-    };
-
+    using Floats = std::array<float, WQLandSize>;
     /// Red, green and blue, and a fourth that is not used.
     using Components = float __attribute__((vector_size(16)));
 
-    WQLightRange shadeRow(const Window &window, unsigned y,
-                          std::span<WQPixel, WQLandSize> pixels) const;
-    void lightIncompletePoints(unsigned y, Row &dotProducts) const;
-    void markChanges(unsigned y, std::span<WQPixel, WQLandSize> pixels) const;
+    void lightIncompletePoints(const WQLandWindow &window, Floats &dotProducts) const;
+    static void markChanges(const WQLandRow &row, std::span<WQPixel, WQLandSize> pixels);
 
-    const WQLandGrid &_grid;
     Settings _settings;
     /// The pixel of a point without data.
     WQPixel _emptyPixel;

@@ -11,8 +11,8 @@
 namespace {
 
 constexpr WQPixel kBlack{0, 0, 0, 255}, kWhite{255, 255, 255, 255};
-/// Wider and higher than any picture, and as much as a surface can have.
-constexpr int kGreatestSide = 32767;
+/// Wider than any picture, and as much as a surface can have.
+constexpr int kGreatestWidth = 32767;
 
 struct Free {
     void operator()(gpointer object) const { g_object_unref(object); }
@@ -79,12 +79,16 @@ WQText WQTypesetter::set(const std::string &text, const WQFont &font) {
     if (ink.width <= 0 || ink.height <= 0)
         return result;
 
-    // Hinting may move ink a little beyond its measured bounds.
+    // Hinting may move ink a little beyond its measured bounds. Accents that tower more than a line
+    // above or below the text are cut off.
+    const int lineHeight = PANGO_PIXELS_CEIL(box.height);
     WQMask bounds;
     bounds.firstColumn = ink.x - 1;
-    bounds.firstRow = ink.y - 1;
-    bounds.width = std::min(ink.width + 2, kGreatestSide);
-    bounds.height = std::min(ink.height + 2, kGreatestSide);
+    bounds.firstRow = std::max(ink.y - 1, -lineHeight);
+    bounds.width = std::min(ink.width + 2, kGreatestWidth);
+    bounds.height = std::min(ink.y + ink.height + 1, 2 * lineHeight) - bounds.firstRow;
+    if (bounds.height <= 0)
+        return result;
     WQMaskSurface surface(bounds);
     pango_cairo_show_layout(surface.context(), layout);
     result._mask = surface.finish();

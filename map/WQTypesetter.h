@@ -37,7 +37,7 @@ class WQText {
     std::shared_ptr<const WQMask> _mask = std::make_shared<const WQMask>();
 };
 
-/// Sets text, in any script that the machine has a font for. One thread at a time.
+/// Sets text in one line, in any script that the machine has a font for. One thread at a time.
 ///
 /// Text comes out empty, without any size, where it is not valid UTF-8 or where the machine has no
 /// font; a typesetter logs the latter once.

@@ -49,10 +49,11 @@ class Scribble : public WQOverlay {
 };
 
 std::unique_ptr<WQColorImage> sampleImage(std::size_t scale, bool hasOverlay) {
-    auto image = WQColorImage::allocate(scale);
+    ZPLargeArray<WQPixel> pixels(std::size_t{WQLandSize} * WQLandSize);
     for (unsigned y = 0; y < WQLandSize; ++y)
         for (unsigned x = 0; x < WQLandSize; ++x)
-            image->landRow(y)[x] = pixelAt(x, y);
+            pixels.data()[y * std::size_t{WQLandSize} + x] = pixelAt(x, y);
+    auto image = std::make_unique<WQColorImage>(scale, std::move(pixels));
     if (hasOverlay)
         image->setOverlay(std::make_unique<Scribble>(image->width()));
     return image;
@@ -101,7 +102,8 @@ TEST(PNGFile, IsTheSameForAnyNumberOfThreads) {
 
 TEST(PNGFile, LeavesNothingBehindWhereItCannotBeWritten) {
     const TemporaryFolder folder;
-    const auto image = WQGreyImage::allocate(1);
+    const auto image = std::make_unique<WQGreyImage>(
+        1, ZPLargeArray<std::uint8_t>(std::size_t{WQLandSize} * WQLandSize));
     std::filesystem::create_directory(folder / "taken.png");
     for (const std::string name : {"missing/map.png", "taken.png"}) {
         ZPError error;

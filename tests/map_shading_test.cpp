@@ -1,5 +1,5 @@
+#include "map/WQLandShading.h"
 #include "map/WQMapViewport.h"
-#include "map/WQTerrainShader.h"
 
 #include <gtest/gtest.h>
 #include <random>
@@ -120,11 +120,10 @@ TEST(TerrainShader, AgreesWithVectorArithmeticOnRoughLand) {
                 const WQTerrainShader::Settings settings = {WQNormalizedVector(kLight), fudge,
                                                             usesAlpha, marksChanges};
                 const Reference reference{*grid, settings};
-                const WQTerrainShader shader(*grid, WQLandColorTable::shared(), settings);
+                const WQTerrainShader shader(WQLandColorTable::shared(), settings);
                 std::array<WQPixel, WQLandSize> row;
                 for (const unsigned y : {0u, 1u, 299u, 300u, 1234u, 2039u, 2040u}) {
-                    const WQLightRange range =
-                        shader.shadeRows(y, y + 1, [&](unsigned) { return std::span(row); });
+                    const WQLightRange range = shader.shadeRow(WQLandWindow(*grid, y, y + 1), row);
                     WQLightRange expected;
                     std::size_t wrong = 0;
                     for (int x = 0; x < int(WQLandSize); ++x) {
@@ -150,16 +149,33 @@ TEST(TerrainShader, LightsFlatLandAndLonePoints) {
     grid->at(100, 15) = {0, 50, WQLandPoint::hasData}; // no neighbour: no normal
     grid->at(12, 15).terrainWord = 40 << 2;            // no such terrain
     grid->at(13, 15).terrainWord = 0x51;               // road
-    const WQTerrainShader shader(*grid, WQLandColorTable::shared(),
+    const WQTerrainShader shader(WQLandColorTable::shared(),
                                  {WQNormalizedVector(kLight), 255, true, false});
     std::array<WQPixel, WQLandSize> row;
-    const WQLightRange range = shader.shadeRows(15, 16, [&](unsigned) { return std::span(row); });
+    const WQLightRange range = shader.shadeRow(WQLandWindow(*grid, 15, 15 + 1), row);
     EXPECT_NEAR(range.minimum, 0.85355, 1e-5);
     EXPECT_EQ(row[11], (WQPixel{175, 150, 105, 255}));
     EXPECT_EQ(row[12], (WQPixel{255, 0, 0, 255}));
     EXPECT_EQ(row[13], (WQPixel{190, 182, 168, 255}));
     EXPECT_EQ(row[100], (WQPixel{0, 0, 0, 255}));
     EXPECT_EQ(row[9], (WQPixel{0, 0, 0, 0}));
+}
+
+TEST(LandShading, InPlaceIsTheSameAsApart) {
+    auto grid = roughLand();
+    const WQTerrainShader shader(WQLandColorTable::shared(),
+                                 {WQNormalizedVector(kLight), 255, false, true});
+    std::vector<WQPixel> expected;
+    WQLightRange light;
+    std::array<WQPixel, WQLandSize> row;
+    for (WQLandWindow window(*grid, 0, WQLandSize); window.y() < WQLandSize; window.moveNorth()) {
+        light.include(shader.shadeRow(window, row));
+        expected.insert(expected.end(), row.begin(), row.end());
+    }
+    const WQShadedLand land = WQShadeLand(std::move(grid), shader);
+    EXPECT_TRUE(std::equal(expected.begin(), expected.end(), land.pixels.data()));
+    EXPECT_EQ(land.light.minimum, light.minimum);
+    EXPECT_EQ(land.light.maximum, light.maximum);
 }
 
 TEST(LandGrid, TakesHeightsAndLandTypesSafely) {
@@ -186,16 +202,16 @@ TEST(LandGrid, TakesHeightsAndLandTypesSafely) {
 
 TEST(MapViewport, ShowsItsPartOfTheLand) {
     auto grid = roughLand();
-    const WQTerrainShader shader(*grid, WQLandColorTable::shared(),
+    const WQTerrainShader shader(WQLandColorTable::shared(),
                                  {WQNormalizedVector(kLight), 255, true, false});
     WQMapViewport viewport;
     viewport.updateTypes(*grid);
     EXPECT_EQ(viewport.types()[3 * 512 + 5], grid->at(5, 3).landType());
     viewport.xOffset = 1900;
     viewport.yOffset = 2000;
-    viewport.updateBitmap(shader);
+    viewport.updateBitmap(*grid, shader);
     std::array<WQPixel, WQLandSize> row;
-    shader.shadeRows(2001, 2002, [&](unsigned) { return std::span(row); });
+    shader.shadeRow(WQLandWindow(*grid, 2001, 2001 + 1), row);
     const auto bitmap = viewport.bitmap();
     EXPECT_TRUE(std::equal(row.begin() + 1900, row.end(), bitmap.begin() + 510 * 512));
     EXPECT_EQ(bitmap[510 * 512 + 141], WQPixel{}); // east of the world
