@@ -21,7 +21,9 @@ std::array<WQPixel, WQLandTypeCount> WQLandColorTable::builtInColors() {
 
 void WQLandColorTable::updateLandColors(const WQMapColorScheme &scheme) {
     const auto byte = [](double component) {
-        return static_cast<std::uint8_t>(static_cast<int>(component * 255.0));
+        const double value = component * 255.0;
+        // A component outside of the scheme's range must not reach the conversion.
+        return static_cast<std::uint8_t>(value > 0 ? (value < 255 ? value : 255.0) : 0.0);
     };
     std::size_t landType = 0;
     for (const WQColor &color : scheme.colors())

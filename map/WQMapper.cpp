@@ -2,13 +2,8 @@
 
 #include "io/ZPStage.h"
 #include "io/ZPSystemLog.h"
-#include "map/WQCompassOverlay.h"
-#include "map/WQGridOverlay.h"
 #include "map/WQLandGridBuilder.h"
-#include "map/WQMarkerOverlay.h"
 #include "map/WQPNGFile.h"
-#include "map/WQTitleOverlay.h"
-#include "map/WQTributeOverlay.h"
 
 namespace {
 
@@ -126,25 +121,6 @@ std::unique_ptr<WQImage> WQMapper::newBaseMap() {
 WQShadedLand WQMapper::shadeLand() {
     const ZPStage stage("shade");
     return WQShadeLand(std::move(_landGrid), terrainShader(_oldClientData != nullptr));
-}
-
-/// Null where nothing is to be drawn over the land.
-std::unique_ptr<const WQOverlay> WQMapper::newOverlay() const {
-    if (!_shouldDrawGrid && !_coordinates)
-        return nullptr;
-    const ZPStage stage("overlays");
-    auto drawing = std::make_unique<WQDrawing>(_scale);
-    const WQOverlayStyle style = {_scale, _lightVector, static_cast<float>(_fudgeFactor),
-                                  WQLandColorTable::shared()};
-    if (_shouldDrawGrid) {
-        WQDrawGridLines(*drawing, style);
-        WQDrawCompass(*drawing, style);
-        WQDrawTitle(*drawing, style);
-        WQDrawTribute(*drawing, style);
-    }
-    if (_coordinates)
-        WQMarkerOverlay(*drawing, _scale).drawMarkersAtCoordinates(*_coordinates);
-    return drawing;
 }
 
 std::unique_ptr<WQImage> WQMapper::newHeightMap() {

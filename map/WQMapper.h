@@ -8,6 +8,7 @@
 #include "map/WQLandShading.h"
 #include "map/WQMapPoint.h"
 #include "map/WQMapViewport.h"
+#include "map/WQOverlayStyle.h"
 
 #include <filesystem>
 #include <future>
@@ -96,6 +97,20 @@ class WQMapper {
     /// leaves the error untouched.
     bool saveChangesToURL(const std::filesystem::path &path, ZPError *error = nullptr) const;
 
+    // The parts of what is laid over the map, for a drawing of this renderer's scale.
+    void drawGridLinesInContext(WQDrawing &context) const;
+    void drawCompassInContext(WQDrawing &context) const;
+    void drawTitleInContext(WQDrawing &context) const;
+    void drawTributeInContext(WQDrawing &context) const;
+    /// Not part of the map.
+    void drawFeaturesBoxInContext(WQDrawing &context) const;
+    void drawMarkersAtCoordinatesInContext(WQDrawing &context) const;
+    void drawMapPoint(const WQMapPoint &point, WQDrawing &inContext) const;
+    void drawMarkerAtCoordinate(WQMapLocation coordinate, WQDrawing &inContext) const;
+    void drawMarkerAtPoint(WQImagePoint point, WQDrawing &inContext) const;
+    /// Not part of the map; places points as at scale 1.
+    void highlightLowBits(const WQLandGrid &landGrid, WQDrawing &inContext) const;
+
     // A window of 512 by 512 points on the land, which must be set up.
     std::uint32_t XOffset() const { return _viewport.xOffset; }
     void setXOffset(std::uint32_t offset) { _viewport.xOffset = offset; }
@@ -115,6 +130,7 @@ class WQMapper {
     void logImageSize(std::size_t bytesPerPixel) const;
     WQTerrainShader terrainShader(bool marksChanges) const;
     WQShadedLand shadeLand();
+    WQOverlayStyle overlayStyle() const;
     std::unique_ptr<const WQOverlay> newOverlay() const;
 
     WQClientData &_clientData;

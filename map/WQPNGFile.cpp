@@ -6,6 +6,7 @@
 #include "map/WQPNGBand.h"
 
 #include <algorithm>
+#include <atomic>
 #include <isa-l/crc.h>
 #include <tbb/enumerable_thread_specific.h>
 #include <tbb/parallel_pipeline.h>
@@ -79,7 +80,7 @@ bool WQWritePNG(const WQImage &image, const std::filesystem::path &path, ZPError
 
     const std::size_t bandCount = (image.height() + image.rowsPerBand() - 1) / image.rowsPerBand();
     WQAdler32 checksum;
-    bool isWritten = true;
+    std::atomic<bool> isWritten = true; // read by the first stage, written by the last
     std::size_t nextBand = 0;
     const auto nextIndex = [&](tbb::flow_control &control) {
         if (nextBand == bandCount || !isWritten)

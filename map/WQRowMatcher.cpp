@@ -32,8 +32,9 @@ class PixelMatcher final : public WQRowMatcher {
         std::uint32_t position = 0;
         /// In the block.
         std::uint32_t offset = 0;
-        /// Pixels from there to the end of the segment, and what each stands for, in the low bits;
-        /// both must suit a match.
+        /// Pixels from there to the end of the segment, and what each stands for; both must suit a
+        /// match. Of a pixel that stands for more than 255 columns the low bits suit too, since it
+        /// goes on for at least as long.
         std::uint32_t pixelsLeft : 24 = 0;
         std::uint32_t columnsPerPixel : 8 = 0;
     };
