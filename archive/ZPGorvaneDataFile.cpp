@@ -4,6 +4,7 @@
 #include "io/ZPTimer.h"
 
 #include <cerrno>
+#include <new>
 #include <numeric>
 
 namespace {
@@ -12,6 +13,26 @@ constexpr std::uint32_t kVersionIdentifier = 0xFFFF0001;
 /// Files of a sound archive share no blocks and together are shorter than it. Those of a damaged
 /// one may share some, but not so often that reading them all takes forever.
 constexpr std::uint64_t kMostReadings = 16;
+
+using Entries = ZPLargeArray<ZPGorvaneFileEntry>;
+
+Entries newEntries(std::size_t count) {
+    Entries entries(count);
+    if (entries.size() != count)
+        throw std::bad_alloc();
+    return entries;
+}
+
+Entries copyOf(const std::vector<ZPGorvaneFileEntry> &source) {
+    Entries entries = newEntries(source.size());
+    std::ranges::copy(source, entries.begin());
+    return entries;
+}
+
+bool isAscending(const Entries &entries) {
+    return std::ranges::adjacent_find(entries, std::ranges::greater_equal{},
+                                      &ZPGorvaneFileEntry::identifier) == entries.end();
+}
 
 } // namespace
 
@@ -75,30 +96,28 @@ void ZPGorvaneDataFile::loadFileEntriesIfNecessary() {
 void ZPGorvaneDataFile::indexEntries() {
     if (_rootDirectory == nullptr)
         return;
-    const auto isAscending = [](const std::vector<ZPGorvaneFileEntry> &entries) {
-        return std::ranges::adjacent_find(entries, std::ranges::greater_equal{},
-                                          &ZPGorvaneFileEntry::identifier) == entries.end();
-    };
-    std::vector<ZPGorvaneFileEntry> entries;
-    _rootDirectory->appendEntriesFromLeftToRight(entries);
+    Entries entries = newEntries(_rootDirectory->entryCount());
+    _rootDirectory->copyEntriesFromLeftToRight({entries.data(), entries.size()});
 
-    // A sound tree gives its entries in order. A damaged one is sorted, entries of the same
-    // identifier staying in the order in which its nodes are visited, so that the last one counts.
+    // A sound tree gives its entries in order. Those of a damaged one are sorted, entries of the
+    // same identifier staying in the order in which the nodes are visited, so that the last one
+    // counts.
     if (!isAscending(entries)) {
-        entries.clear();
+        auto entry = entries.begin();
         _rootDirectory->enumerateDirectoriesUsingBlock([&](const ZPGorvaneDirectory &directory) {
-            entries.insert(entries.end(), directory.files().begin(), directory.files().end());
+            entry = std::ranges::copy(directory.files(), entry).out;
         });
         std::ranges::stable_sort(entries, {}, &ZPGorvaneFileEntry::identifier);
     }
     dropExcessiveEntries(entries);
     if (!isAscending(entries)) {
-        _repeatedEntries = ZPGorvaneFileEntryMap(entries);
-        const auto areSame = [](const auto &left, const auto &right) {
-            return left.identifier == right.identifier;
-        };
-        const auto kept = std::unique(entries.rbegin(), entries.rend(), areSame);
-        entries.erase(entries.begin(), kept.base());
+        std::vector<ZPGorvaneFileEntry> lastOnes;
+        for (const ZPGorvaneFileEntry &entry : entries) {
+            if (!lastOnes.empty() && lastOnes.back().identifier == entry.identifier)
+                lastOnes.pop_back();
+            lastOnes.push_back(entry);
+        }
+        _repeatedEntries = ZPGorvaneFileEntryMap(std::exchange(entries, copyOf(lastOnes)));
     }
     _fileEntriesByIdentifier = ZPGorvaneFileEntryMap(std::move(entries));
 
@@ -108,7 +127,7 @@ void ZPGorvaneDataFile::indexEntries() {
 }
 
 /// Leaves out the entries of the greatest sizes where all together claim too much.
-void ZPGorvaneDataFile::dropExcessiveEntries(std::vector<ZPGorvaneFileEntry> &entries) const {
+void ZPGorvaneDataFile::dropExcessiveEntries(Entries &entries) const {
     const std::uint64_t archiveSize =
         std::uint64_t{_blockStorage->blockCount()} * _blockStorage->blockSize();
     const std::uint64_t limit = kMostReadings * archiveSize;
@@ -121,16 +140,18 @@ void ZPGorvaneDataFile::dropExcessiveEntries(std::vector<ZPGorvaneFileEntry> &en
     if (claimed <= limit)
         return;
 
-    std::vector<ZPGorvaneFileEntry> bySize = entries;
-    std::ranges::sort(bySize, {}, &ZPGorvaneFileEntry::fileSize);
-    std::uint64_t kept = 0;
-    const auto tooMuch = std::ranges::find_if(bySize, [&](const ZPGorvaneFileEntry &entry) {
-        kept += claimOf(entry);
-        return kept > limit;
+    std::vector<ZPGorvaneFileEntry> kept(entries.begin(), entries.end());
+    std::ranges::sort(kept, {}, &ZPGorvaneFileEntry::fileSize);
+    std::uint64_t keptClaims = 0;
+    const auto tooMuch = std::ranges::find_if(kept, [&](const ZPGorvaneFileEntry &entry) {
+        keptClaims += claimOf(entry);
+        return keptClaims > limit;
     });
     const std::uint32_t leastDropped = tooMuch->fileSize;
+    kept.assign(entries.begin(), entries.end());
     const auto dropped = std::erase_if(
-        entries, [=](const ZPGorvaneFileEntry &entry) { return entry.fileSize >= leastDropped; });
+        kept, [=](const ZPGorvaneFileEntry &entry) { return entry.fileSize >= leastDropped; });
+    entries = copyOf(kept);
     ZPLog("Error: The files claim more than %u times what the archive holds; the %zu of %u bytes "
           "and more are left out",
           static_cast<unsigned>(kMostReadings), dropped, leastDropped);

@@ -88,7 +88,7 @@ class ZPGorvaneDataFile {
 
   private:
     void indexEntries();
-    void dropExcessiveEntries(std::vector<ZPGorvaneFileEntry> &entries) const;
+    void dropExcessiveEntries(ZPLargeArray<ZPGorvaneFileEntry> &entries) const;
 
     const ZPGorvaneArchiveFamily &_family;
     std::filesystem::path _path;

@@ -255,18 +255,32 @@ void ZPGorvaneDirectory::enumerateDirectoriesUsingBlock(
         child->enumerateDirectoriesUsingBlock(block);
 }
 
-void ZPGorvaneDirectory::appendEntriesFromLeftToRight(
-    std::vector<ZPGorvaneFileEntry> &entries) const {
-    if (isLeaf()) {
-        entries.insert(entries.end(), _files.begin(), _files.end());
-        return;
-    }
+std::size_t ZPGorvaneDirectory::entryCount() const {
+    std::size_t count = _files.size();
+    for (const auto &child : _subdirectories)
+        count += child->entryCount();
+    return count;
+}
+
+void ZPGorvaneDirectory::copyEntriesFromLeftToRight(std::span<ZPGorvaneFileEntry> into) const {
+    // The children's parts are laid out first: each child, and the entry to its right, if any.
+    std::vector<std::span<ZPGorvaneFileEntry>> parts;
     for (std::size_t index = 0; index < std::max(_files.size(), _subdirectories.size()); ++index) {
-        if (index < _subdirectories.size())
-            _subdirectories[index]->appendEntriesFromLeftToRight(entries);
-        if (index < _files.size())
-            entries.push_back(_files[index]);
+        if (index < _subdirectories.size()) {
+            const std::size_t count = _subdirectories[index]->entryCount();
+            parts.push_back(into.first(count));
+            into = into.subspan(count);
+        }
+        if (index < _files.size()) {
+            into.front() = _files[index];
+            into = into.subspan(1);
+        }
     }
+    const auto copyChild = [&](std::size_t index) {
+        _subdirectories[index]->copyEntriesFromLeftToRight(parts[index]);
+    };
+    if (!parts.empty())
+        tbb::parallel_for(std::size_t{0}, parts.size(), copyChild);
 }
 
 std::string ZPGorvaneDirectory::description() const {

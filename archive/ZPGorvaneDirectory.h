@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -36,9 +37,11 @@ class ZPGorvaneDirectory {
     /// Calls the block with this node, then with all below it, each before its children.
     void enumerateDirectoriesUsingBlock(
         const std::function<void(const ZPGorvaneDirectory &)> &block) const;
-    /// Appends the tree's entries from left to right, which is by identifier where the tree is
-    /// sound.
-    void appendEntriesFromLeftToRight(std::vector<ZPGorvaneFileEntry> &entries) const;
+    /// How many entries the node and all below it have.
+    std::size_t entryCount() const;
+    /// Copies all these entries, using all processors, from left to right, which is by identifier
+    /// where the tree is sound. `into` has room for just that many.
+    void copyEntriesFromLeftToRight(std::span<ZPGorvaneFileEntry> into) const;
 
     std::uint32_t offset() const { return _offset; }
     const std::vector<ZPGorvaneFileEntry> &files() const { return _files; }

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "archive/ZPGorvaneFileEntry.h"
+#include "io/ZPLargeArray.h"
 
 #include <algorithm>
 #include <span>
-#include <vector>
 
 /// File entries by identifier, as one sorted flat array: 24 bytes a file and no allocation of its
 /// own for each, which is what lets an archive of 800,000 files be indexed in a blink.
@@ -12,14 +12,14 @@ class ZPGorvaneFileEntryMap {
   public:
     ZPGorvaneFileEntryMap() = default;
     /// Ascending identifiers, none twice.
-    explicit ZPGorvaneFileEntryMap(std::vector<ZPGorvaneFileEntry> entries)
+    explicit ZPGorvaneFileEntryMap(ZPLargeArray<ZPGorvaneFileEntry> entries)
         : _entries(std::move(entries)) {}
 
     std::size_t size() const { return _entries.size(); }
     bool empty() const { return _entries.empty(); }
-    auto begin() const { return _entries.begin(); }
-    auto end() const { return _entries.end(); }
-    const ZPGorvaneFileEntry &operator[](std::size_t index) const { return _entries[index]; }
+    const ZPGorvaneFileEntry *begin() const { return _entries.begin(); }
+    const ZPGorvaneFileEntry *end() const { return _entries.end(); }
+    const ZPGorvaneFileEntry &operator[](std::size_t index) const { return _entries.data()[index]; }
 
     /// Null when absent; valid while the map lives.
     const ZPGorvaneFileEntry *find(std::uint32_t identifier) const {
@@ -33,11 +33,11 @@ class ZPGorvaneFileEntryMap {
     std::span<const ZPGorvaneFileEntry> entriesWithPrefix(std::uint32_t prefix,
                                                           unsigned shift) const {
         const auto range = std::ranges::equal_range(
-            _entries, prefix, {},
+            begin(), end(), prefix, {},
             [shift](const ZPGorvaneFileEntry &entry) { return entry.identifier >> shift; });
         return {range.begin(), range.end()};
     }
 
   private:
-    std::vector<ZPGorvaneFileEntry> _entries;
+    ZPLargeArray<ZPGorvaneFileEntry> _entries;
 };

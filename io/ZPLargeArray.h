@@ -13,7 +13,7 @@ requires std::is_trivially_copyable_v<Element> && std::is_trivially_destructible
 class ZPLargeArray {
   public:
     ZPLargeArray() = default;
-    /// Empty when there is not enough memory.
+    /// Empty for a count of 0, and when there is not enough memory.
     explicit ZPLargeArray(std::size_t count) {
         void *address = mmap(nullptr, count * sizeof(Element), PROT_READ | PROT_WRITE,
                              MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
@@ -44,6 +44,9 @@ class ZPLargeArray {
 
     bool empty() const { return _elements.empty(); }
     Element *data() const { return _elements.data(); }
+    std::size_t size() const { return _elements.size(); }
+    Element *begin() const { return data(); }
+    Element *end() const { return data() + size(); }
 
   private:
     template <class>

@@ -92,8 +92,8 @@ TEST_F(Directory, TreeAndSearch) {
     putNode(0x2000, node({}, 1, entry(50)));
     const auto tree = read();
     EXPECT_EQ(identifiers(*tree), (Identifiers{20, 40, 10, 30, 50}));
-    std::vector<ZPGorvaneFileEntry> entries;
-    tree->appendEntriesFromLeftToRight(entries);
+    std::vector<ZPGorvaneFileEntry> entries(tree->entryCount());
+    tree->copyEntriesFromLeftToRight(entries);
     EXPECT_TRUE(std::ranges::is_sorted(entries, {}, &ZPGorvaneFileEntry::identifier));
     EXPECT_EQ(entries.size(), 5u);
     EXPECT_EQ(_log, "");
