@@ -1,6 +1,8 @@
 #include "map/WQTerrainShader.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstring>
 #include <limits>
 
 // The loops below run once for each of four million points. The compiler makes one copy of them for
@@ -41,59 +43,64 @@ void lightCompletePoints(const float *__restrict south, const float *__restrict 
     }
 }
 
-/// Turns n . L into shares of light, and finds the least and the greatest on land. The range is
-/// kept for several columns apart, so that they need not wait for one another.
+/// A point as one word, and its flag for data in there.
+std::uint32_t wordOfPoint(const WQLandPoint &point) {
+    return std::bit_cast<std::uint32_t>(point);
+}
+constexpr auto kDataBit = std::bit_cast<std::uint32_t>(WQLandPoint{0, 0, WQLandPoint::hasData});
+
+/// Turns n . L into shares of light, and finds the least and the greatest on land.
 WQ_FOR_EACH_PROCESSOR
 WQLightRange diffuseFactors(const WQLandPoint *__restrict points,
                             const float *__restrict dotProducts, float *__restrict factors) {
     constexpr std::size_t kLanes = 16;
-    constexpr float kInfinity = std::numeric_limits<float>::infinity();
-    std::array<float, kLanes> minimum, maximum;
-    minimum.fill(kInfinity);
-    maximum.fill(-kInfinity);
-    const auto include = [&](std::size_t x, std::size_t lane) {
-        const float dot = dotProducts[x];
-        const bool isLand = (points[x].flags & WQLandPoint::hasData) != 0;
-        const float low = isLand ? dot : kInfinity, high = isLand ? dot : -kInfinity;
-        minimum[lane] = low < minimum[lane] ? low : minimum[lane];
-        maximum[lane] = high > maximum[lane] ? high : maximum[lane];
+    using Floats = float __attribute__((vector_size(4 * kLanes)));
+    using Words = std::uint32_t __attribute__((vector_size(4 * kLanes)));
+    constexpr Floats kInfinity = Floats{} + std::numeric_limits<float>::infinity();
+    Floats minimum = kInfinity, maximum = -kInfinity;
+    for (std::size_t next = 0; next < WQLandSize; next += kLanes) {
+        // The last columns are looked at together with some before them.
+        const std::size_t x = std::min(next, WQLandSize - kLanes);
+        Words words;
+        Floats dots;
+        std::memcpy(&words, points + x, sizeof words);
+        std::memcpy(&dots, dotProducts + x, sizeof dots);
+        const auto isLand = (words & kDataBit) != 0;
+        const Floats low = isLand ? dots : kInfinity, high = isLand ? dots : -kInfinity;
+        minimum = low < minimum ? low : minimum;
+        maximum = high > maximum ? high : maximum;
         // In single precision this is what WQDiffuseFactor gives: the sum is rounded once, and
         // halving is exact.
-        const float factor = (dot + 1.0f) * 0.5f;
-        factors[x] = factor > 0.0f ? factor : 0.0f;
-    };
-    std::size_t x = 0;
-    for (; x + kLanes <= WQLandSize; x += kLanes)
-        for (std::size_t lane = 0; lane < kLanes; ++lane)
-            include(x + lane, lane);
-    for (; x < WQLandSize; ++x)
-        include(x, 0);
-
-    const float least = *std::ranges::min_element(minimum);
-    const float greatest = *std::ranges::max_element(maximum);
+        const Floats shares = (dots + 1.0f) * 0.5f;
+        const Floats clamped = shares > 0.0f ? shares : Floats{};
+        std::memcpy(factors + x, &clamped, sizeof clamped);
+    }
     WQLightRange range;
-    if (least <= greatest)
-        range = {WQDiffuseFactor(least), WQDiffuseFactor(greatest)};
+    for (std::size_t lane = 0; lane < kLanes; ++lane)
+        if (minimum[lane] <= maximum[lane])
+            range.include({WQDiffuseFactor(minimum[lane]), WQDiffuseFactor(maximum[lane])});
     return range;
 }
 
 /// WQShadedComponent for the components of each point at once. No product or factor is negative,
 /// and no factor is not a number.
-template <class Components>
+WQ_FOR_EACH_PROCESSOR
 void colorPoints(const WQLandPoint *__restrict points, const float *__restrict factors,
-                 const Components *__restrict products, WQPixel emptyPixel,
+                 const WQColorProduct *__restrict products, WQPixel emptyPixel,
                  WQPixel *__restrict pixels) {
     using Integers = std::int32_t __attribute__((vector_size(16)));
-    using Bytes = std::uint8_t __attribute__((vector_size(4)));
+    using Words = std::uint32_t __attribute__((vector_size(16)));
+    using Bytes = std::uint8_t __attribute__((vector_size(16)));
+    // The low byte of each component, side by side.
+    constexpr Bytes kLowBytes =
+        std::endian::native == std::endian::little ? Bytes{0, 4, 8, 12} : Bytes{3, 7, 11, 15};
     for (std::size_t x = 0; x < WQLandSize; ++x) {
-        const float d = factors[x];
-        const Components value =
-            products[points[x].terrainWord & 0xFF] * Components{d, d, d, d} / 255.0f;
-        const Components clamped = value < 255.0f ? value : Components{} + 255.0f;
+        const WQColorProduct value = products[points[x].terrainWord & 0xFF] * factors[x] / 255.0f;
+        const WQColorProduct clamped = value < 255.0f ? value : WQColorProduct{} + 255.0f;
         const Integers integers = __builtin_convertvector(clamped, Integers);
-        const auto bytes = __builtin_convertvector(integers, Bytes);
-        const WQPixel shaded = {bytes[0], bytes[1], bytes[2], 255};
-        pixels[x] = (points[x].flags & WQLandPoint::hasData) != 0 ? shaded : emptyPixel;
+        const Bytes bytes = __builtin_shuffle(std::bit_cast<Bytes>(integers), kLowBytes);
+        const auto shaded = std::bit_cast<WQPixel>(std::bit_cast<Words>(bytes)[0]);
+        pixels[x] = (wordOfPoint(points[x]) & kDataBit) != 0 ? shaded : emptyPixel;
     }
 }
 
@@ -125,17 +132,18 @@ WQTerrainShader::WQTerrainShader(const WQLandColorTable &colors, const Settings 
                                          static_cast<float>(WQFlatDiffuseFactor(settings.light)));
     for (unsigned byte = 0; byte < _products.size(); ++byte) {
         const unsigned landType = WQLandTypeOfTerrainWord(static_cast<std::uint16_t>(byte));
-        // Terrain that does not exist is pure red under any light, even none: infinity times
-        // nothing is not a number, which clamping also takes for full red.
-        _products[byte] = Components{std::numeric_limits<float>::infinity(), 0, 0, 0};
+        // Infinity makes full red of terrain that does not exist, and full alpha of all, under any
+        // light: even infinity times nothing, which is not a number, is clamped to 255.
+        constexpr float kFull = std::numeric_limits<float>::infinity();
+        _products[byte] = WQColorProduct{kFull, 0, 0, kFull};
         if (landType < WQLandTypeCount) {
             const auto product = [&](std::uint8_t component) {
                 const float value = component * settings.fudgeFactor;
                 return value > 0 ? value : 0;
             };
             const WQPixel &color = colors[landType];
-            _products[byte] =
-                Components{product(color.red), product(color.green), product(color.blue), 0};
+            _products[byte] = WQColorProduct{product(color.red), product(color.green),
+                                             product(color.blue), kFull};
         }
     }
 }
@@ -172,11 +180,11 @@ void WQTerrainShader::lightIncompletePoints(const WQLandWindow &window, Floats &
     constexpr unsigned kStretch = 64;
     for (unsigned first = 0; first <= kLast; first += kStretch) {
         const unsigned end = std::min(first + kStretch, WQLandSize);
-        unsigned flags = hasSouth && hasNorth ? WQLandPoint::hasData : 0;
+        std::uint32_t common = hasSouth && hasNorth ? kDataBit : 0;
         for (unsigned x = first; x < end; ++x)
-            flags &= static_cast<unsigned>(row.points[x].flags & south.points[x].flags &
-                                           north.points[x].flags);
-        for (unsigned x = first; x < end && flags == 0; ++x)
+            common &= wordOfPoint(row.points[x]) & wordOfPoint(south.points[x]) &
+                      wordOfPoint(north.points[x]);
+        for (unsigned x = first; x < end && common == 0; ++x)
             lightIfIncomplete(x);
         // The neighbours of a stretch's ends lie in other stretches.
         lightIfIncomplete(first);

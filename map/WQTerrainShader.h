@@ -14,6 +14,9 @@ struct WQLightRange {
     }
 };
 
+/// Red, green, blue and alpha times the fudge factor.
+using WQColorProduct = float __attribute__((vector_size(16)));
+
 /// Lights and colours land points. Rows may be shaded by several threads at once.
 class WQTerrainShader {
   public:
@@ -39,9 +42,6 @@ class WQTerrainShader {
 
   private:
     using Floats = std::array<float, WQLandSize>;
-    /// Red, green and blue, and a fourth that is not used.
-    using Components = float __attribute__((vector_size(16)));
-
     void lightIncompletePoints(const WQLandWindow &window, Floats &dotProducts) const;
     static void markChanges(const WQLandRow &row, std::span<WQPixel, WQLandSize> pixels);
 
@@ -49,5 +49,5 @@ class WQTerrainShader {
     /// The pixel of a point without data.
     WQPixel _emptyPixel;
     /// Colours times the fudge factor, none negative, by the low byte of the terrain word.
-    std::array<Components, 256> _products{};
+    std::array<WQColorProduct, 256> _products{};
 };
