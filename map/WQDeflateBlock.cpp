@@ -9,7 +9,7 @@
 namespace {
 
 constexpr unsigned kEndOfBlock = 256;
-constexpr unsigned kLongestMatch = 258;
+constexpr unsigned kLongestMatch = WQDeflateBlock::kLongestMatch;
 /// Four literals of this length and what is left of a byte fit into one 64-bit write.
 constexpr unsigned kLongestLiteralCode = 12;
 constexpr unsigned kLongestDistanceCode = 15;

@@ -15,6 +15,8 @@ class WQDeflateBlock {
   public:
     static constexpr std::size_t kWindowSize = 32768;
     static constexpr std::size_t kShortestMatch = 3;
+    /// A longer one is written as several.
+    static constexpr std::size_t kLongestMatch = 258;
 
     /// Appends `count` bytes, 1 to 4, that stand in `bytes` with the first one lowest.
     void appendLiterals(std::uint32_t bytes, unsigned count) {
