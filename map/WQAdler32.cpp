@@ -1,6 +1,47 @@
 #include "map/WQAdler32.h"
 
+#include <algorithm>
 #include <isa-l/igzip_lib.h>
+
+namespace {
+
+/// Sums over pixels: of their bytes, of these times the index of the pixel, and of each byte times
+/// its place in the pixel.
+template <class Integer>
+struct Sums {
+    Integer bytes = 0, timesIndex = 0, timesPlace = 0;
+};
+
+/// So many pixels can be summed up in 32 bits, which the compiler does for several at once.
+constexpr std::size_t kPixelsPerSum = 2048;
+
+template <std::size_t bytesPerPixel>
+Sums<std::uint32_t> sumOfPixels(std::span<const std::byte> pixels) {
+    Sums<std::uint32_t> sums;
+    const auto pixelCount = static_cast<std::uint32_t>(pixels.size() / bytesPerPixel);
+    for (std::uint32_t pixel = 0; pixel < pixelCount; ++pixel) {
+        std::uint32_t sum = 0;
+        for (std::uint32_t place = 0; place < bytesPerPixel; ++place) {
+            const auto byte = std::to_integer<std::uint32_t>(pixels[pixel * bytesPerPixel + place]);
+            sum += byte;
+            sums.timesPlace += byte * place;
+        }
+        sums.bytes += sum;
+        sums.timesIndex += sum * pixel;
+    }
+    return sums;
+}
+
+struct PixelSums : Sums<std::uint64_t> {
+    /// Of further pixels, the first of which has this index.
+    void add(const Sums<std::uint32_t> &part, std::uint64_t index) {
+        bytes += part.bytes;
+        timesIndex += part.timesIndex + index * part.bytes;
+        timesPlace += part.timesPlace;
+    }
+};
+
+} // namespace
 
 void WQAdler32::append(std::span<const std::byte> bytes) {
     const std::uint32_t sum =
@@ -26,23 +67,19 @@ void WQAdler32::appendRepeatedPixels(std::span<const std::byte> pixels, std::siz
     //     to a: k S        to b: (k (N - m j k) - m k (k - 1) / 2) S - k T
     //
     // where S is the sum of the pixel's bytes and T that of each times its place c in the pixel.
-    std::uint64_t sum = 0, sumTimesIndex = 0, sumTimesPlace = 0;
-    const std::size_t pixelCount = pixels.size() / bytesPerPixel;
-    for (std::size_t pixel = 0; pixel < pixelCount; ++pixel) {
-        std::uint32_t sumOfPixel = 0;
-        for (std::uint32_t place = 0; place < bytesPerPixel; ++place) {
-            const auto byte = std::to_integer<std::uint32_t>(pixels[pixel * bytesPerPixel + place]);
-            sumOfPixel += byte;
-            sumTimesPlace += std::uint64_t{byte} * place;
-        }
-        sum += sumOfPixel;
-        sumTimesIndex += std::uint64_t{sumOfPixel} * pixel;
+    PixelSums sums;
+    for (std::size_t first = 0; first < pixels.size();) {
+        const std::size_t length = std::min(pixels.size() - first, kPixelsPerSum * bytesPerPixel);
+        const auto part = pixels.subspan(first, length);
+        sums.add(bytesPerPixel == 4 ? sumOfPixels<4>(part) : sumOfPixels<1>(part),
+                 first / bytesPerPixel);
+        first += length;
     }
     const std::uint64_t m = bytesPerPixel, k = count, length = pixels.size() * count;
-    const std::uint64_t weighted =
-        (k * length - m * k * (k - 1) / 2) * sum - m * k * k * sumTimesIndex - k * sumTimesPlace;
+    const std::uint64_t weighted = (k * length - m * k * (k - 1) / 2) * sums.bytes -
+                                   m * k * k * sums.timesIndex - k * sums.timesPlace;
     _b = static_cast<std::uint32_t>((_b + length % kModulus * _a + weighted) % kModulus);
-    _a = static_cast<std::uint32_t>((_a + k * sum) % kModulus);
+    _a = static_cast<std::uint32_t>((_a + k * sums.bytes) % kModulus);
 }
 
 void WQAdler32::appendChecksum(std::uint32_t next, std::uint64_t length) {

@@ -46,16 +46,20 @@ Symbol distanceSymbol(unsigned distance) {
             static_cast<std::uint16_t>(value & ((1u << extraLength) - 1))};
 }
 
-/// Calls `take` with the lengths that deflate has to split a match into, none shorter than 3.
+/// Calls `take` with the lengths that deflate has to split a match into, none shorter than 3, and
+/// how often each comes in succession.
 template <class Take>
 void splitMatch(std::size_t length, const Take &take) {
-    for (; length > kLongestMatch + 2; length -= kLongestMatch)
-        take(kLongestMatch);
+    if (length > kLongestMatch + 2) {
+        const std::size_t count = (length - 3) / kLongestMatch;
+        take(kLongestMatch, count);
+        length -= count * kLongestMatch;
+    }
     if (length > kLongestMatch) {
-        take(static_cast<unsigned>(length - 3));
+        take(static_cast<unsigned>(length - 3), std::size_t{1});
         length = 3;
     }
-    take(static_cast<unsigned>(length));
+    take(static_cast<unsigned>(length), std::size_t{1});
 }
 
 struct Bits {
@@ -76,9 +80,9 @@ void WQDeflateBlock::appendMatch(std::size_t length, std::size_t distance) {
         {static_cast<std::uint32_t>(length), static_cast<std::uint16_t>(distance), 0});
     std::uint32_t &distanceCount =
         _distances[distanceSymbol(static_cast<unsigned>(distance)).number];
-    splitMatch(length, [&](unsigned part) {
-        ++_lengths[kLengthSymbolTable[part].number];
-        ++distanceCount;
+    splitMatch(length, [&](unsigned part, std::size_t count) {
+        _lengths[kLengthSymbolTable[part].number] += static_cast<std::uint32_t>(count);
+        distanceCount += static_cast<std::uint32_t>(count);
     });
 }
 
@@ -142,7 +146,10 @@ class WQDeflateBlock::Writer {
     ZPData end();
 
   private:
-    /// Up to 56 bits. Eight bytes are stored at once and the position moves by those that are full.
+    static constexpr unsigned kLongestPut = 56;
+
+    /// Up to that many bits. Eight bytes are stored at once and the position moves by those that
+    /// are full.
     void put(Bits bits) {
         _pending.append(bits.value, bits.length);
         if constexpr (std::endian::native == std::endian::little) {
@@ -154,6 +161,19 @@ class WQDeflateBlock::Writer {
         _next += _pending.length / 8;
         _pending.value >>= _pending.length & ~7u;
         _pending.length &= 7;
+    }
+    /// A row of zeros is hundreds of times the same few bits: as many as one write takes go at
+    /// once.
+    void putRepeatedly(Bits bits, std::size_t count) {
+        if (const std::size_t copies = kLongestPut / bits.length; count >= 2 * copies) {
+            Bits several;
+            for (std::size_t copy = 0; copy < copies; ++copy)
+                several.append(bits.value, bits.length);
+            for (; count >= copies; count -= copies)
+                put(several);
+        }
+        for (; count > 0; --count)
+            put(bits);
     }
     void put(std::uint64_t bits, unsigned length) { put(Bits{bits, length}); }
     void put(const WQHuffmanCode &code) { put(code.bits, code.length); }
@@ -200,10 +220,10 @@ void WQDeflateBlock::Writer::writeTokens(const std::vector<Token> &tokens) {
             continue;
         }
         const Bits distance = _codes.distance(token.distance);
-        splitMatch(token.value, [&](unsigned part) {
+        splitMatch(token.value, [&](unsigned part, std::size_t count) {
             Bits bits = _codes.match(part);
             bits.append(distance.value, distance.length);
-            put(bits);
+            putRepeatedly(bits, count);
         });
     }
     put(_codes.literal(kEndOfBlock));

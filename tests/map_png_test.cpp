@@ -115,6 +115,26 @@ TEST(PNGFile, LeavesNothingBehindWhereItCannotBeWritten) {
     EXPECT_EQ(std::distance(begin(entries), end(entries)), 1);
 }
 
+TEST(Adler32, CountsRepeatedPixelsAsIfTheyWereThere) {
+    ZPData pixels(5000 * 4);
+    for (std::size_t index = 0; index < pixels.size(); ++index)
+        pixels[index] = static_cast<std::byte>(255 - index % 7);
+    for (const std::size_t bytesPerPixel : {1u, 4u})
+        for (const std::size_t count : {1u, 2u, 8u, 300u}) {
+            ZPData repeated;
+            for (std::size_t first = 0; first < pixels.size(); first += bytesPerPixel)
+                for (std::size_t copy = 0; copy < count; ++copy)
+                    repeated.insert(repeated.end(), pixels.begin() + std::ptrdiff_t(first),
+                                    pixels.begin() + std::ptrdiff_t(first + bytesPerPixel));
+            WQAdler32 expected, checksum;
+            expected.append(std::span(repeated).first(10)); // not at the beginning
+            checksum = expected;
+            expected.append(repeated);
+            checksum.appendRepeatedPixels(pixels, bytesPerPixel, count);
+            EXPECT_EQ(checksum.value(), expected.value()) << bytesPerPixel << ", " << count;
+        }
+}
+
 TEST(Adler32, AgreesWithZlibOnZerosAndJoins) {
     ZPData bytes(300'000);
     for (std::size_t index = 0; index < 100'000; ++index)
