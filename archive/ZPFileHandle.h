@@ -21,9 +21,7 @@ class ZPFileHandle {
     /// The whole file as it was when it was opened; valid while the handle lives.
     std::span<const std::byte> bytes() const { return _bytes; }
 
-    // Hints, which change no byte. Who is going to read most of a large file saves the system half
-    // of its work by asking for all pages at once; who is done with it can give them back.
-    void mapAllPages() const;
+    /// Gives back the memory that reading took; what is read later is mapped again.
     void releasePages() const;
 
   private:

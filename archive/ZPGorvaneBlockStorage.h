@@ -61,7 +61,8 @@ class ZPGorvaneBlockStorage {
     initV3StorageWithFileHandle(std::unique_ptr<ZPFileHandle> fileHandle);
 
     /// The first `expectedLength` bytes of the chain that starts at `offset`. The chain must be
-    /// sound beyond them too; none, with an error, where it is not or falls short.
+    /// sound beyond them too, as far as it is looked at there (some 1000 blocks); none, with an
+    /// error, where it is not or falls short.
     std::optional<ZPData> readDataFromBlocksAtOffset(std::uint32_t offset,
                                                      std::uint32_t expectedLength,
                                                      ZPError *error = nullptr) const;

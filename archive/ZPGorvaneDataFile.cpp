@@ -4,7 +4,6 @@
 #include "io/ZPTimer.h"
 
 #include <cerrno>
-#include <new>
 #include <numeric>
 
 namespace {
@@ -16,15 +15,8 @@ constexpr std::uint64_t kMostReadings = 16;
 
 using Entries = ZPLargeArray<ZPGorvaneFileEntry>;
 
-Entries newEntries(std::size_t count) {
-    Entries entries(count);
-    if (entries.size() != count)
-        throw std::bad_alloc();
-    return entries;
-}
-
 Entries copyOf(const std::vector<ZPGorvaneFileEntry> &source) {
-    Entries entries = newEntries(source.size());
+    Entries entries = Entries::allocate(source.size());
     std::ranges::copy(source, entries.begin());
     return entries;
 }
@@ -96,7 +88,7 @@ void ZPGorvaneDataFile::loadFileEntriesIfNecessary() {
 void ZPGorvaneDataFile::indexEntries() {
     if (_rootDirectory == nullptr)
         return;
-    Entries entries = newEntries(_rootDirectory->entryCount());
+    Entries entries = Entries::allocate(_rootDirectory->entryCount());
     _rootDirectory->copyEntriesFromLeftToRight({entries.data(), entries.size()});
 
     // A sound tree gives its entries in order. Those of a damaged one are sorted, entries of the

@@ -6,6 +6,7 @@
 #include "io/ZPSystemLog.h"
 
 #include <cstdio>
+#include <future>
 #include <mutex>
 #include <tbb/blocked_range.h>
 #include <tbb/parallel_for.h>
@@ -70,9 +71,11 @@ void appendTitle(std::string &text, const char *title) {
 // -- comparing
 
 void WQDataFileComparison::buildComparison() {
+    std::future<void> release;
     if (_dataFile1 != nullptr) {
         _digests1 = buildSHA1DigestsByIDForDataFile(*_dataFile1);
-        _dataFile1->didReadAllFiles();
+        // Beside the hashing of the other archive, since unmapping takes a while.
+        release = std::async(std::launch::async, [this] { _dataFile1->didReadAllFiles(); });
     }
     if (_dataFile2 != nullptr)
         _digests2 = buildSHA1DigestsByIDForDataFile(*_dataFile2);
@@ -112,7 +115,7 @@ WQDataFileComparison::buildSHA1DigestsByIDForDataFile(const WQDataFile &dataFile
     static constexpr char kName[] = "-[WQDataFileComparison buildSHA1DigestsByIDForDataFile:]";
     ZPLog("[%p]  > %s", static_cast<const void *>(this), kName);
     const ZPGorvaneFileEntryMap &entries = dataFile.fileEntriesByIdentifier();
-    std::vector<WQFileDigest> digests(entries.size());
+    auto digests = ZPLargeArray<WQFileDigest>::allocate(entries.size());
     std::vector<std::uint32_t> unreadable;
     std::mutex unreadableLock;
     HashingProgress progress(entries.size());
@@ -122,9 +125,10 @@ WQDataFileComparison::buildSHA1DigestsByIDForDataFile(const WQDataFile &dataFile
         for (std::size_t index = range.begin(); index < range.end(); ++index) {
             if (index + kFilesAhead < entries.size())
                 dataFile.prefetchFileEntry(entries[index + kFilesAhead]);
-            digests[index].identifier = entries[index].identifier;
+            WQFileDigest &digest = digests.data()[index];
+            digest.identifier = entries[index].identifier;
             if (const auto bytes = dataFile.readBytesForFileEntry(entries[index], scratch)) {
-                digests[index].digest = ZPSHA1DigestOfData(*bytes);
+                digest.digest = ZPSHA1DigestOfData(*bytes);
             } else {
                 const std::lock_guard guard(unreadableLock);
                 unreadable.push_back(entries[index].identifier);
@@ -134,16 +138,18 @@ WQDataFileComparison::buildSHA1DigestsByIDForDataFile(const WQDataFile &dataFile
     };
     tbb::parallel_for(tbb::blocked_range<std::size_t>(0, entries.size(), kFilesPerTask), hashFiles,
                       tbb::simple_partitioner());
+    const WQFileDigest *end = digests.end();
     if (!unreadable.empty()) {
         std::ranges::sort(unreadable);
-        std::erase_if(digests, [&unreadable](const WQFileDigest &digest) {
+        end = std::remove_if(digests.begin(), digests.end(), [&](const WQFileDigest &digest) {
             return std::ranges::binary_search(unreadable, digest.identifier);
         });
     }
+    const auto count = static_cast<std::size_t>(end - digests.begin());
 
     ZPLog("hashed %8zu / %8zu = 100.0 %%", entries.size(), entries.size());
     ZPLog("[%p] <  %s", static_cast<const void *>(this), kName);
-    return WQFileDigestMap(std::move(digests));
+    return {std::move(digests), count};
 }
 
 // -- reports

@@ -1,12 +1,12 @@
 #pragma once
 
 #include "io/ZPExtensions.h"
+#include "io/ZPLargeArray.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <vector>
 
 struct WQFileDigest {
     std::uint32_t identifier;
@@ -21,22 +21,24 @@ struct WQFileDigest {
 class WQFileDigestMap {
   public:
     WQFileDigestMap() = default;
-    /// Ascending identifiers, none twice.
-    explicit WQFileDigestMap(std::vector<WQFileDigest> digests) : _digests(std::move(digests)) {}
+    /// The first `count` digests: ascending identifiers, none twice.
+    WQFileDigestMap(ZPLargeArray<WQFileDigest> digests, std::size_t count)
+        : _digests(std::move(digests)), _count(count) {}
 
-    std::size_t size() const { return _digests.size(); }
-    auto begin() const { return _digests.begin(); }
-    auto end() const { return _digests.end(); }
+    std::size_t size() const { return _count; }
+    const WQFileDigest *begin() const { return _digests.data(); }
+    const WQFileDigest *end() const { return _digests.data() + _count; }
 
     /// The digest's text; none for a file that is not there or could not be read.
     std::optional<std::string> find(std::uint32_t identifier) const {
-        const auto digest =
-            std::ranges::lower_bound(_digests, identifier, {}, &WQFileDigest::identifier);
-        if (digest == _digests.end() || digest->identifier != identifier)
+        const auto *digest =
+            std::ranges::lower_bound(begin(), end(), identifier, {}, &WQFileDigest::identifier);
+        if (digest == end() || digest->identifier != identifier)
             return std::nullopt;
         return digest->text();
     }
 
   private:
-    std::vector<WQFileDigest> _digests;
+    ZPLargeArray<WQFileDigest> _digests;
+    std::size_t _count = 0;
 };

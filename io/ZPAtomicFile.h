@@ -10,7 +10,9 @@
 
 /// A file that appears under its name only when it is whole: bytes go to a temporary file beside
 /// the target, which `commit` renames over it. Without a commit the temporary file is removed, also
-/// when SIGINT or SIGTERM ends the process. Only one is open at a time in a process.
+/// when SIGINT, SIGTERM or SIGHUP ends the process. Only one is open at a time in a process.
+///
+/// A target that is there and no regular file, such as a device or a pipe, is written to directly.
 class ZPAtomicFile {
   public:
     explicit ZPAtomicFile(std::filesystem::path path);
@@ -19,7 +21,7 @@ class ZPAtomicFile {
     ZPAtomicFile &operator=(const ZPAtomicFile &) = delete;
 
     /// Creates the temporary file. Each operation is false, with an error of the POSIX domain, when
-    /// the system refuses it; after that the file is lost.
+    /// the system refuses it; after that the temporary file is gone.
     bool open(ZPError *error = nullptr);
     bool write(std::span<const std::byte> bytes, ZPError *error = nullptr);
     /// Overwrites bytes already written; the write position stays where it was.

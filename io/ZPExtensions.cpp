@@ -19,19 +19,38 @@ std::string ZPHexString(std::span<const std::byte> data) {
     return text;
 }
 
-ZPSHA1Digest ZPSHA1DigestOfData(std::span<const std::byte> data) {
-    // Looking the algorithm up costs more than hashing a small file, so it is done once.
-    static EVP_MD *const algorithm = EVP_MD_fetch(nullptr, "SHA1", nullptr);
-    thread_local const std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> context(
-        EVP_MD_CTX_new(), &EVP_MD_CTX_free);
+namespace {
 
-    ZPSHA1Digest digest{};
-    if (context == nullptr || EVP_DigestInit_ex2(context.get(), algorithm, nullptr) != 1 ||
-        EVP_DigestUpdate(context.get(), data.data(), data.size()) != 1 ||
-        EVP_DigestFinal_ex(context.get(), reinterpret_cast<unsigned char *>(digest.data()),
-                           nullptr) != 1)
-        throw ZPGenericException("The cryptographic library offers no SHA-1.");
-    return digest;
+/// A hashing context that was set up once. Looking the algorithm up, or even naming it again, costs
+/// as much as hashing a small file; threads that name it at the same time wait for one another.
+class SHA1Context {
+  public:
+    SHA1Context() {
+        static EVP_MD *const algorithm = EVP_MD_fetch(nullptr, "SHA1", nullptr);
+        if (_context == nullptr || EVP_DigestInit_ex2(_context.get(), algorithm, nullptr) != 1)
+            throw ZPGenericException("The cryptographic library offers no SHA-1.");
+    }
+
+    ZPSHA1Digest digestOfData(std::span<const std::byte> data) {
+        ZPSHA1Digest digest{};
+        if (EVP_DigestInit_ex2(_context.get(), nullptr, nullptr) != 1 ||
+            EVP_DigestUpdate(_context.get(), data.data(), data.size()) != 1 ||
+            EVP_DigestFinal_ex(_context.get(), reinterpret_cast<unsigned char *>(digest.data()),
+                               nullptr) != 1)
+            throw ZPGenericException("The cryptographic library failed to hash.");
+        return digest;
+    }
+
+  private:
+    std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> _context{EVP_MD_CTX_new(),
+                                                                     &EVP_MD_CTX_free};
+};
+
+} // namespace
+
+ZPSHA1Digest ZPSHA1DigestOfData(std::span<const std::byte> data) {
+    thread_local SHA1Context context;
+    return context.digestOfData(data);
 }
 
 std::string ZPSHA1DigestString(std::span<const std::byte> data) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <new>
 #include <span>
 #include <sys/mman.h>
 #include <type_traits>
@@ -21,6 +22,13 @@ class ZPLargeArray {
             return;
         madvise(address, count * sizeof(Element), MADV_HUGEPAGE); // a wish, no more
         _elements = {static_cast<Element *>(address), count};
+    }
+    /// Throws std::bad_alloc when there is not enough memory.
+    static ZPLargeArray allocate(std::size_t count) {
+        ZPLargeArray array(count);
+        if (array.size() != count)
+            throw std::bad_alloc();
+        return array;
     }
     ~ZPLargeArray() {
         if (!_elements.empty())

@@ -4,7 +4,7 @@
 #include <string>
 
 /// Writes one line to the standard error stream, in a single `write` and so whole even when several
-/// threads log: `2026-01-31 12:34:56.789 Plotterra[pid:thread] text`. The time is local time.
+/// threads log: `2026-01-31 12:34:56.789 program[pid:thread] text`. The time is local time.
 void ZPLog(const char *format, ...) __attribute__((format(printf, 1, 2)));
 
 /// The result of a printf-style format.

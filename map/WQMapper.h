@@ -68,10 +68,11 @@ class WQMapper {
     void falseColorWater() { WQLandColorTable::shared().falseColorWater(); }
     void dumpColors() const { WQLandColorTable::shared().dumpColors(); }
 
-    /// Reads the land; false when there is no memory for it.
+    /// Compares with the old client data, if any, and reads the land; false when there is no memory
+    /// for it.
     bool setupLandBlockData();
     void freeLandBlockData() { _landGrid.reset(); }
-    /// Null unless the land is set up.
+    /// Null unless the land is set up. Making a picture sets it up anew and uses it up.
     const WQLandGrid *landGrid() const { return _landGrid.get(); }
     ZPVector3 calculateNormal(const WQLandGrid &landGrid, unsigned atX, unsigned y) const {
         return WQTerrainShader::calculateNormal(landGrid, atX, y);

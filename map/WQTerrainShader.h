@@ -14,7 +14,7 @@ struct WQLightRange {
     }
 };
 
-/// Red, green, blue and alpha times the fudge factor.
+/// Red, green and blue times the fudge factor, and an alpha that is full under any light.
 using WQColorProduct = float __attribute__((vector_size(16)));
 
 /// Lights and colours land points. Rows may be shaded by several threads at once.
