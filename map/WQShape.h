@@ -1,14 +1,9 @@
 #pragma once
 
 #include "map/WQDrawing.h"
+#include "map/WQMaskMaker.h"
 
 #include <map>
-
-/// A closed polygon or, without corners, a circle about the origin; in pixels, y up.
-struct WQOutline {
-    std::vector<WQImagePoint> corners;
-    double radius = 0;
-};
 
 /// A filled or stroked outline that can be drawn at many places.
 class WQShape {
@@ -24,8 +19,6 @@ class WQShape {
   private:
     WQShape(WQOutline outline, double lineWidth)
         : _outline(std::move(outline)), _lineWidth(lineWidth) {}
-
-    std::shared_ptr<const WQMask> maskWithOrigin(double x, double y) const;
 
     WQOutline _outline;
     /// 0 to fill.

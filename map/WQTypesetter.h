@@ -1,15 +1,9 @@
 #pragma once
 
 #include "map/WQDrawing.h"
+#include "map/WQMaskMaker.h"
 
 #include <string>
-
-struct WQFont {
-    /// Families by preference, separated by commas.
-    const char *families;
-    double sizeInPixels;
-    bool isBold = false;
-};
 
 // Each ends in what every machine can resolve.
 inline constexpr char WQSansFamilies[] =
@@ -20,10 +14,12 @@ inline constexpr char WQSerifFamilies[] = "Georgia, Gelasio, DejaVu Serif, Liber
 /// A text that was set once and can be drawn at many places.
 class WQText {
   public:
-    /// Of the box that the text's letters stand in, from the highest that the font has to the
-    /// lowest, whichever letters there are.
-    double width() const { return _width; }
-    double height() const { return _height; }
+    WQText() = default;
+    explicit WQText(WQTextMask set) : _set(std::move(set)) {}
+
+    /// Of the box that the text's letters stand in.
+    double width() const { return _set.width; }
+    double height() const { return _set.height; }
 
     /// Draws the text with the box's south-west corner at this point, on whole pixels.
     void drawAtPoint(WQImagePoint point, WQPixel color, WQDrawing &context) const;
@@ -31,10 +27,7 @@ class WQText {
     void drawWithShadowAtPoint(WQImagePoint point, WQDrawing &context) const;
 
   private:
-    friend class WQTypesetter;
-    double _width = 0, _height = 0;
-    /// Placed at the north-west corner of the box.
-    std::shared_ptr<const WQMask> _mask = std::make_shared<const WQMask>();
+    WQTextMask _set;
 };
 
 /// Sets text in one line, in any script that the machine has a font for. One thread at a time.
@@ -43,15 +36,8 @@ class WQText {
 /// font; a typesetter logs the latter once.
 class WQTypesetter {
   public:
-    WQTypesetter();
-    ~WQTypesetter();
-    WQTypesetter(const WQTypesetter &) = delete;
-    WQTypesetter &operator=(const WQTypesetter &) = delete;
-
     WQText set(const std::string &text, const WQFont &font);
 
   private:
-    struct Layout;
-    /// Null once it is known that there is no font.
-    std::unique_ptr<Layout> _layout;
+    std::unique_ptr<WQTextSetter> _setter = WQMaskMaker::shared().newTextSetter();
 };

@@ -1,4 +1,4 @@
-#include "map/WQMaskSurface.h"
+#include "map/lettering/WQMaskSurface.h"
 
 #include "io/ZPSystemLog.h"
 
