@@ -4,7 +4,6 @@
 
 #include <array>
 #include <cstdarg>
-#include <cstdio>
 #include <map>
 
 namespace {
@@ -64,8 +63,6 @@ ZPGorvaneClientData::clientDataClassForGorvaneGame(ZPGorvaneGame game) {
 void ZPGorvaneClientData::log(const char *format, ...) const {
     va_list arguments;
     va_start(arguments, format);
-    std::vprintf(format, arguments);
+    ZPPrintLine(format, arguments);
     va_end(arguments);
-    std::putchar('\n');
-    std::fflush(stdout);
 }

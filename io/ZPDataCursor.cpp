@@ -303,14 +303,14 @@ double ZPDataCursor::readLittleFloat64WithName(std::string_view name) {
 // -- trace helpers
 
 void ZPDataCursor::log(const char *format, ...) const {
-    if (_enableLogging) {
-        va_list arguments;
-        va_start(arguments, format);
-        std::vprintf(format, arguments);
-        va_end(arguments);
-        std::putchar('\n');
+    if (!_enableLogging) {
+        std::fflush(stdout);
+        return;
     }
-    std::fflush(stdout);
+    va_list arguments;
+    va_start(arguments, format);
+    ZPPrintLine(format, arguments);
+    va_end(arguments);
 }
 
 std::string ZPDataCursor::labelForOffset(std::uint64_t offset) {

@@ -51,3 +51,9 @@ void ZPLog(const char *format, ...) {
     // A log that cannot be written has nowhere to report that.
     [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, line.data(), line.size());
 }
+
+void ZPPrintLine(const char *format, va_list arguments) {
+    std::vprintf(format, arguments);
+    std::putchar('\n');
+    std::fflush(stdout);
+}

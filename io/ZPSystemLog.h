@@ -13,6 +13,9 @@ std::string ZPFormat(const char *format, ...) __attribute__((format(printf, 1, 2
 std::string ZPFormatArguments(const char *format, va_list arguments)
     __attribute__((format(printf, 1, 0)));
 
+/// Writes a line to standard output and flushes it.
+void ZPPrintLine(const char *format, va_list arguments) __attribute__((format(printf, 1, 0)));
+
 /// Text of an object that may be absent: itself, or `(null)`.
 inline const char *ZPTextOrNull(const std::string *text) {
     return text != nullptr ? text->c_str() : "(null)";

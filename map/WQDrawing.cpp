@@ -143,11 +143,15 @@ void WQDrawing::drawOnBlock(const Block &block) const {
     }
 }
 
+WQDrawing::Pixels WQDrawing::commonPixels(const Item &item, const Block &block) {
+    return {std::max(block.firstRow, item.rows.firstPixel()),
+            std::min(block.firstRow + block.rowCount, item.rows.endPixel()),
+            std::max(block.columns.first, item.columns.firstPixel()),
+            std::min(block.columns.end, item.columns.endPixel())};
+}
+
 void WQDrawing::drawRectangle(const Item &item, const Block &block) {
-    const std::size_t firstRow = std::max(block.firstRow, item.rows.firstPixel());
-    const std::size_t endRow = std::min(block.firstRow + block.rowCount, item.rows.endPixel());
-    const std::size_t first = std::max(block.columns.first, item.columns.firstPixel());
-    const std::size_t end = std::min(block.columns.end, item.columns.endPixel());
+    const auto [firstRow, endRow, first, end] = commonPixels(item, block);
     for (std::size_t row = firstRow; row < endRow; ++row) {
         WQPixel *pixels = pixelsOfRow(block, row) + (first - block.columns.first);
         const std::uint32_t coverageOfRow = item.rows.coverageOfPixel(row);
@@ -169,10 +173,7 @@ void WQDrawing::drawRectangle(const Item &item, const Block &block) {
 
 void WQDrawing::drawMask(const Item &item, const Block &block) {
     const WQMask &mask = *item.mask;
-    const std::size_t firstRow = std::max(block.firstRow, item.rows.firstPixel());
-    const std::size_t endRow = std::min(block.firstRow + block.rowCount, item.rows.endPixel());
-    const std::size_t first = std::max(block.columns.first, item.columns.firstPixel());
-    const std::size_t end = std::min(block.columns.end, item.columns.endPixel());
+    const auto [firstRow, endRow, first, end] = commonPixels(item, block);
     for (std::size_t row = firstRow; row < endRow; ++row) {
         WQPixel *pixels = pixelsOfRow(block, row) + (first - block.columns.first);
         const auto maskRow = static_cast<std::ptrdiff_t>(row) - item.maskRow;

@@ -69,6 +69,10 @@ class WQDrawing : public WQOverlay {
 
     void add(Item item);
     std::vector<std::uint32_t> itemsInRows(std::size_t firstRow, std::size_t rowCount) const;
+    struct Pixels {
+        std::size_t firstRow, endRow, firstColumn, endColumn;
+    };
+    static Pixels commonPixels(const Item &item, const Block &block);
     static void drawRectangle(const Item &item, const Block &block);
     static void drawMask(const Item &item, const Block &block);
 
