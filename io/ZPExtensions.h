@@ -13,7 +13,7 @@ std::string ZPHexString(std::span<const std::byte> data);
 
 using ZPSHA1Digest = std::array<std::byte, 20>;
 
-/// Safe from several threads; each keeps one hashing context of its own.
+/// Safe from several threads.
 ZPSHA1Digest ZPSHA1DigestOfData(std::span<const std::byte> data);
 std::string ZPSHA1DigestString(std::span<const std::byte> data);
 

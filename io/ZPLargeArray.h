@@ -7,8 +7,8 @@
 #include <type_traits>
 #include <utility>
 
-/// An array of megabytes, zeroed, in pages as large as the system gives: filling four-kilobyte
-/// pages one by one for the first time would take as long as what is done with them.
+/// An array of megabytes, zeroed by the system as its pages are touched: not a second time before,
+/// and by each thread for the part that it fills.
 template <class Element>
 requires std::is_trivially_copyable_v<Element> && std::is_trivially_destructible_v<Element>
 class ZPLargeArray {
@@ -20,7 +20,6 @@ class ZPLargeArray {
                              MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
         if (address == MAP_FAILED)
             return;
-        madvise(address, count * sizeof(Element), MADV_HUGEPAGE); // a wish, no more
         _elements = {static_cast<Element *>(address), count};
     }
     /// Throws std::bad_alloc when there is not enough memory.
