@@ -94,7 +94,8 @@ void ZPGorvaneDataFile::indexEntries() {
     // A sound tree gives its entries in order. Those of a damaged one are sorted, entries of the
     // same identifier staying in the order in which the nodes are visited, so that the last one
     // counts.
-    if (!isAscending(entries)) {
+    const bool isSound = isAscending(entries);
+    if (!isSound) {
         auto entry = entries.begin();
         _rootDirectory->enumerateDirectoriesUsingBlock([&](const ZPGorvaneDirectory &directory) {
             entry = std::ranges::copy(directory.files(), entry).out;
@@ -102,7 +103,7 @@ void ZPGorvaneDataFile::indexEntries() {
         std::ranges::stable_sort(entries, {}, &ZPGorvaneFileEntry::identifier);
     }
     dropExcessiveEntries(entries);
-    if (!isAscending(entries)) {
+    if (!isSound && !isAscending(entries)) {
         std::vector<ZPGorvaneFileEntry> lastOnes;
         for (const ZPGorvaneFileEntry &entry : entries) {
             if (!lastOnes.empty() && lastOnes.back().identifier == entry.identifier)
@@ -133,14 +134,14 @@ void ZPGorvaneDataFile::dropExcessiveEntries(Entries &entries) const {
         return;
 
     std::vector<ZPGorvaneFileEntry> kept(entries.begin(), entries.end());
-    std::ranges::sort(kept, {}, &ZPGorvaneFileEntry::fileSize);
+    std::vector<ZPGorvaneFileEntry> bySize = kept;
+    std::ranges::sort(bySize, {}, &ZPGorvaneFileEntry::fileSize);
     std::uint64_t keptClaims = 0;
-    const auto tooMuch = std::ranges::find_if(kept, [&](const ZPGorvaneFileEntry &entry) {
+    const auto tooMuch = std::ranges::find_if(bySize, [&](const ZPGorvaneFileEntry &entry) {
         keptClaims += claimOf(entry);
         return keptClaims > limit;
     });
     const std::uint32_t leastDropped = tooMuch->fileSize;
-    kept.assign(entries.begin(), entries.end());
     const auto dropped = std::erase_if(
         kept, [=](const ZPGorvaneFileEntry &entry) { return entry.fileSize >= leastDropped; });
     entries = copyOf(kept);

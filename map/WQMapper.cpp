@@ -77,7 +77,8 @@ bool WQMapper::setupLandBlockData(bool comparesWithOldData) {
     cellDataFile.loadFileEntriesIfNecessary();
     const WQLandCounts counts = WQFillLandGrid(*_landGrid, cellDataFile, _comparison.get());
     // Unmapping an archive of full size takes as long as shading the land, and can go beside it.
-    _memoryRelease = std::async(std::launch::async, [&] { cellDataFile.didReadAllFiles(); });
+    _memoryRelease =
+        std::async(std::launch::async, [file = &cellDataFile] { file->didReadAllFiles(); });
     ZPLog("land block count: %u (%.1f %%), object block count: %u (%.1f %% of total area, %.1f %% "
           "of used land)",
           counts.landBlocks, counts.landBlocks * 100.0 / kTotalBlocks, counts.objectBlocks,
