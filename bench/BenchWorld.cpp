@@ -1,6 +1,6 @@
 #include "bench/BenchWorld.h"
 
-#include "map/WQLandGridBuilder.h"
+#include "map/land/WQLandGridBuilder.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "game/WQClientData.h"
-#include "map/WQLandGrid.h"
+#include "map/land/WQLandGrid.h"
 
 /// The sample world, opened when it is first asked for and kept.
 WQClientData &BenchClientData();

@@ -8,7 +8,7 @@
 
 #include "game/WQClientData.h"
 #include "io/ZPSystemLog.h"
-#include "map/WQLandGridBuilder.h"
+#include "map/land/WQLandGridBuilder.h"
 
 #include <bit>
 #include <cstdio>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "io/ZPLargeArray.h"
-#include "map/WQImage.h"
-#include "map/WQOverlay.h"
+#include "map/png/WQImage.h"
+#include "map/overlay/WQOverlay.h"
 
 #include <memory>
 #include <vector>

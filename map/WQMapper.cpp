@@ -2,8 +2,8 @@
 
 #include "io/ZPStage.h"
 #include "io/ZPSystemLog.h"
-#include "map/WQLandGridBuilder.h"
-#include "map/WQPNGFile.h"
+#include "map/land/WQLandGridBuilder.h"
+#include "map/png/WQPNGFile.h"
 
 namespace {
 

@@ -2,13 +2,13 @@
 
 #include "game/WQClientData.h"
 #include "game/WQDataFileComparison.h"
-#include "map/WQLandColorTable.h"
-#include "map/WQLandGrid.h"
+#include "map/land/WQLandColorTable.h"
+#include "map/land/WQLandGrid.h"
 #include "map/WQLandImage.h"
-#include "map/WQLandShading.h"
-#include "map/WQMapPoint.h"
-#include "map/WQMapViewport.h"
-#include "map/WQOverlayStyle.h"
+#include "map/land/WQLandShading.h"
+#include "map/overlay/WQMapPoint.h"
+#include "map/land/WQMapViewport.h"
+#include "map/overlay/WQOverlayStyle.h"
 
 #include <filesystem>
 #include <future>

@@ -1,12 +1,12 @@
 #include "io/ZPStage.h"
-#include "map/WQCompassOverlay.h"
-#include "map/WQFeaturesBoxOverlay.h"
-#include "map/WQGridOverlay.h"
-#include "map/WQLowBitsOverlay.h"
+#include "map/overlay/WQCompassOverlay.h"
+#include "map/overlay/WQFeaturesBoxOverlay.h"
+#include "map/overlay/WQGridOverlay.h"
+#include "map/overlay/WQLowBitsOverlay.h"
 #include "map/WQMapper.h"
-#include "map/WQMarkerOverlay.h"
-#include "map/WQTitleOverlay.h"
-#include "map/WQTributeOverlay.h"
+#include "map/overlay/WQMarkerOverlay.h"
+#include "map/overlay/WQTitleOverlay.h"
+#include "map/overlay/WQTributeOverlay.h"
 
 WQOverlayStyle WQMapper::overlayStyle() const {
     return {_scale, _lightVector, static_cast<float>(_fudgeFactor), WQLandColorTable::shared()};

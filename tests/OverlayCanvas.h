@@ -1,6 +1,6 @@
 #pragma once
 
-#include "map/WQOverlayStyle.h"
+#include "map/overlay/WQOverlayStyle.h"
 
 /// A drawing to lay overlays on, and the pixels that it makes of plain ground.
 struct OverlayCanvas {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "map/WQLandGrid.h"
-#include "map/WQTerrainShader.h"
+#include "map/land/WQLandGrid.h"
+#include "map/land/WQTerrainShader.h"
 
 #include <array>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "map/WQMapColorScheme.h"
+#include "map/land/WQMapColorScheme.h"
 
 #include <gtest/gtest.h>
 

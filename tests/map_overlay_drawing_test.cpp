@@ -1,10 +1,10 @@
 #include "OverlayCanvas.h"
-#include "map/WQCompassOverlay.h"
-#include "map/WQGridOverlay.h"
-#include "map/WQMarkerOverlay.h"
-#include "map/WQTitleOverlay.h"
-#include "map/WQTributeOverlay.h"
-#include "map/WQTypesetter.h"
+#include "map/overlay/WQCompassOverlay.h"
+#include "map/overlay/WQGridOverlay.h"
+#include "map/overlay/WQMarkerOverlay.h"
+#include "map/overlay/WQTitleOverlay.h"
+#include "map/overlay/WQTributeOverlay.h"
+#include "map/overlay/WQTypesetter.h"
 
 #include <fstream>
 #include <future>

@@ -1,11 +1,11 @@
 #include "OverlayCanvas.h"
-#include "map/WQCompassOverlay.h"
-#include "map/WQFeaturesBoxOverlay.h"
-#include "map/WQGridOverlay.h"
-#include "map/WQLowBitsOverlay.h"
-#include "map/WQMarkerOverlay.h"
-#include "map/WQTitleOverlay.h"
-#include "map/WQTributeOverlay.h"
+#include "map/overlay/WQCompassOverlay.h"
+#include "map/overlay/WQFeaturesBoxOverlay.h"
+#include "map/overlay/WQGridOverlay.h"
+#include "map/overlay/WQLowBitsOverlay.h"
+#include "map/overlay/WQMarkerOverlay.h"
+#include "map/overlay/WQTitleOverlay.h"
+#include "map/overlay/WQTributeOverlay.h"
 
 #include <gtest/gtest.h>
 

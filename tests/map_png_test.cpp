@@ -1,6 +1,6 @@
 #include "map/WQLandImage.h"
-#include "map/WQPNGBand.h"
-#include "map/WQPNGFile.h"
+#include "map/png/WQPNGBand.h"
+#include "map/png/WQPNGFile.h"
 #include "tests/TestSupport.h"
 
 #include <gtest/gtest.h>

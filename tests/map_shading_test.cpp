@@ -1,5 +1,5 @@
-#include "map/WQLandShading.h"
-#include "map/WQMapViewport.h"
+#include "map/land/WQLandShading.h"
+#include "map/land/WQMapViewport.h"
 #include "tests/ReferenceShading.h"
 
 #include <gtest/gtest.h>

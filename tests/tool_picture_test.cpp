@@ -1,7 +1,7 @@
 // The program's picture of the sample world, point by point against one that is reckoned without
 // any of the program's shortcuts.
 
-#include "map/WQLandGridBuilder.h"
+#include "map/land/WQLandGridBuilder.h"
 #include "tests/ProgramRun.h"
 #include "tests/ReferenceShading.h"
 #include "tests/TestSupport.h"

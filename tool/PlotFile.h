@@ -1,6 +1,6 @@
 #pragma once
 
-#include "map/WQMapPoint.h"
+#include "map/overlay/WQMapPoint.h"
 
 #include <filesystem>
 #include <vector>

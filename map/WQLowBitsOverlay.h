@@ -1,8 +1,0 @@
-#pragma once
-
-#include "map/WQDrawing.h"
-#include "map/WQLandGrid.h"
-
-/// Draws a red disc on every land point whose terrain word has both road bits set; for a drawing at
-/// scale 1.
-void WQHighlightLowBits(const WQLandGrid &landGrid, WQDrawing &context);

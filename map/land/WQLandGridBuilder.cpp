@@ -1,0 +1,138 @@
+#include "map/land/WQLandGridBuilder.h"
+
+#include "game/WQLandBlock.h"
+#include "io/ZPSystemLog.h"
+
+#include <tbb/parallel_for.h>
+
+namespace {
+
+constexpr std::uint32_t kLandBlockKind = 0xFFFF;
+constexpr std::uint32_t kObjectBlockKind = 0xFFFE;
+/// How many files ahead memory is asked for.
+constexpr std::size_t kFilesAhead = 8;
+constexpr unsigned kPointsPerBlock = WQCellsPerLandBlock + 1;
+
+/// The world is filled in strips of 16 columns of blocks, side by side. Within a strip blocks come
+/// in the order of their identifiers, as the rule for shared points wants it. The east edge of a
+/// strip is a column of points that the next strip also writes and has precedence on, so it is kept
+/// aside until all strips are done.
+class Strip {
+  public:
+    static constexpr unsigned kCount = 16;
+    static constexpr unsigned kIdentifierShift = 28;
+
+    void fill(unsigned number, WQLandGrid &grid, const WQDataFile &cellDataFile,
+              const WQDataFileComparison *comparison);
+    void fillEastEdge(unsigned number, WQLandGrid &grid) const;
+
+    WQLandCounts counts;
+
+  private:
+    void fillBlock(const ZPGorvaneFileEntry &entry, const WQLandBlock &block, WQLandGrid &grid,
+                   const WQDataFileComparison *comparison);
+
+    std::array<WQLandPoint, WQLandSize> _eastEdge{};
+};
+
+constexpr unsigned kBlocksPerStrip = 256 / Strip::kCount;
+
+std::uint32_t kindOfFile(const ZPGorvaneFileEntry &entry) {
+    return entry.identifier & 0xFFFF;
+}
+
+std::uint8_t flagsOfBlock(std::uint32_t number, const WQLandBlock &block,
+                          const WQDataFileComparison *comparison) {
+    unsigned flags = WQLandPoint::hasData;
+    if (block.hasObjectBlock())
+        flags |= WQLandPoint::hasObjectBlock;
+    if (block.isPassable())
+        flags |= WQLandPoint::isPassable;
+    if (comparison != nullptr) {
+        const auto holds = [number](const auto &set) { return set && set->contains(number); };
+        if (holds(comparison->landBlocksAdded()))
+            flags |= WQLandPoint::wasAdded;
+        if (holds(comparison->landBlocksRemoved()))
+            flags |= WQLandPoint::wasRemoved;
+        if (holds(comparison->landBlocksChanged()))
+            flags |= WQLandPoint::wasChanged;
+    }
+    return static_cast<std::uint8_t>(flags);
+}
+
+void Strip::fill(unsigned number, WQLandGrid &grid, const WQDataFile &cellDataFile,
+                 const WQDataFileComparison *comparison) {
+    ZPData scratch;
+    const auto entries =
+        cellDataFile.fileEntriesByIdentifier().entriesWithPrefix(number, kIdentifierShift);
+    for (std::size_t index = 0; index < entries.size(); ++index) {
+        const ZPGorvaneFileEntry &entry = entries[index];
+        if (index + kFilesAhead < entries.size() &&
+            kindOfFile(entries[index + kFilesAhead]) == kLandBlockKind)
+            cellDataFile.prefetchFileEntry(entries[index + kFilesAhead]);
+        const std::uint32_t kind = kindOfFile(entry);
+        if (kind == kObjectBlockKind)
+            ++counts.objectBlocks;
+        if (kind != kLandBlockKind)
+            continue;
+        ++counts.landBlocks;
+        ZPError error;
+        const auto bytes = cellDataFile.readBytesForFileEntry(entry, scratch, &error);
+        const auto block =
+            bytes ? ZPRecordWithData<WQLandBlock>(*bytes, cellDataFile.clientData(), &error)
+                  : std::nullopt;
+        if (block)
+            fillBlock(entry, *block, grid, comparison);
+        else
+            ZPLog("Land block %08x is left out: %s", entry.identifier, error.description().c_str());
+    }
+}
+
+void Strip::fillBlock(const ZPGorvaneFileEntry &entry, const WQLandBlock &block, WQLandGrid &grid,
+                      const WQDataFileComparison *comparison) {
+    const unsigned column = entry.identifier >> 24, row = entry.identifier >> 16 & 0xFF;
+    if (column >= WQLandBlocksPerSide || row >= WQLandBlocksPerSide) {
+        ZPLog("Land block %08x is left out: it lies outside the world", entry.identifier);
+        return;
+    }
+    const std::uint8_t flags = flagsOfBlock(entry.identifier >> 16, block, comparison);
+    const bool isLastOfStrip = column % kBlocksPerStrip == kBlocksPerStrip - 1;
+    for (unsigned j = 0; j < kPointsPerBlock; ++j) {
+        const unsigned y = row * WQCellsPerLandBlock + j;
+        WQLandPoint *points = &grid.at(column * WQCellsPerLandBlock, y);
+        for (unsigned i = 0; i < kPointsPerBlock; ++i) {
+            const std::size_t element = i * kPointsPerBlock + j;
+            const WQLandPoint point{block.topology()[element], block.height()[element], flags};
+            if (i == WQCellsPerLandBlock && isLastOfStrip)
+                _eastEdge[y] = point;
+            else
+                points[i] = point;
+        }
+    }
+}
+
+void Strip::fillEastEdge(unsigned number, WQLandGrid &grid) const {
+    const unsigned x = (number + 1) * kBlocksPerStrip * WQCellsPerLandBlock;
+    if (x >= WQLandSize)
+        return;
+    for (unsigned y = 0; y < WQLandSize; ++y)
+        if (!grid.at(x, y).has(WQLandPoint::hasData))
+            grid.at(x, y) = _eastEdge[y];
+}
+
+} // namespace
+
+WQLandCounts WQFillLandGrid(WQLandGrid &grid, const WQDataFile &cellDataFile,
+                            const WQDataFileComparison *comparison) {
+    std::vector<Strip> strips(Strip::kCount);
+    tbb::parallel_for(0u, Strip::kCount, [&](unsigned number) {
+        strips[number].fill(number, grid, cellDataFile, comparison);
+    });
+    WQLandCounts counts;
+    for (unsigned number = 0; number < Strip::kCount; ++number) {
+        strips[number].fillEastEdge(number, grid);
+        counts.landBlocks += strips[number].counts.landBlocks;
+        counts.objectBlocks += strips[number].counts.objectBlocks;
+    }
+    return counts;
+}

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "game/WQClientData.h"
+#include "game/WQDataFileComparison.h"
+#include "map/land/WQLandGrid.h"
+
+/// How many of the cell archive's files are of these kinds.
+struct WQLandCounts {
+    std::uint32_t landBlocks = 0;
+    std::uint32_t objectBlocks = 0;
+};
+
+/// Reads every land block of the cell archive into the grid, on all processors. Points that two
+/// blocks share take the values of the one with the greater identifier. A block that cannot be read
+/// or decoded, or that lies outside the world, is logged and counted and leaves its area as it is.
+/// With a comparison, points are also flagged as added, removed or changed.
+WQLandCounts WQFillLandGrid(WQLandGrid &grid, const WQDataFile &cellDataFile,
+                            const WQDataFileComparison *comparison);

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "map/overlay/WQDrawing.h"
+#include "map/land/WQLight.h"
+
+/// What the overlays take from the map that they are drawn on.
+struct WQOverlayStyle {
+    std::uint64_t scale = 1;
+    /// Unit vector toward the light.
+    ZPVector3 light;
+    float fudgeFactor = 255;
+    const WQLandColorTable &colors;
+
+    WQImagePoint imagePoint(WQMapLocation location) const {
+        return WQImagePointForMapLocation(location, scale);
+    }
+    WQImagePoint imagePoint(const char *coordinate) const {
+        WQMapLocation location;
+        WQMapCoordinateFromString(coordinate, &location);
+        return imagePoint(location);
+    }
+
+    /// The rectangle from one coordinate to another in the north-east. Half a pixel more on each
+    /// side makes it cover the pixels of both whole.
+    WQImageRect box(const char *southWest, const char *northEast) const {
+        const WQImagePoint p1 = imagePoint(southWest), p2 = imagePoint(northEast);
+        const double x = p1.x - 0.5, y = p1.y - 0.5;
+        return {x, y, p2.x + 0.5 - x, p2.y + 0.5 - y};
+    }
+
+    /// Flat deep water under this light: areas without real landscape are painted with it.
+    WQPixel blankingColor() const {
+        return colors.shadedColor(WQDeepSeaLandType, fudgeFactor,
+                                  static_cast<float>(WQFlatDiffuseFactor(light)));
+    }
+};
+
+/// A box that is one pixel smaller on every side.
+inline WQImageRect WQInsetByOnePixel(WQImageRect box) {
+    return {box.x + 1, box.y + 1, box.width - 2, box.height - 2};
+}
