@@ -41,13 +41,13 @@ bool writeFile(const std::filesystem::path &path, std::span<const std::byte> byt
 bool writeHeights(const WQLandGrid &grid, std::filesystem::path path) {
     static_assert(std::endian::native == std::endian::little);
     std::vector<std::uint16_t> heights;
-    heights.reserve(std::size_t{WQLandSize} * WQLandSize);
-    for (unsigned y = WQLandSize; y-- > 0;)
+    heights.reserve(std::size_t{kWQLandSize} * kWQLandSize);
+    for (unsigned y = kWQLandSize; y-- > 0;)
         for (const WQLandPoint &point : grid.row(y))
             heights.push_back(grid.height(point));
     if (!writeFile(path, std::as_bytes(std::span(heights))))
         return false;
-    const std::string header = ZPFormat(kHeader, WQLandSize, WQLandSize);
+    const std::string header = ZPFormat(kHeader, kWQLandSize, kWQLandSize);
     return writeFile(path.replace_extension("hdr"), std::as_bytes(std::span(header)));
 }
 

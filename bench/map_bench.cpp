@@ -24,12 +24,12 @@ WQTerrainShader landShader() {
 /// On one processor.
 ZPLargeArray<WQPixel> shadedLand() {
     const WQTerrainShader shader = landShader();
-    ZPLargeArray<WQPixel> pixels(std::size_t{WQLandSize} * WQLandSize);
-    for (WQLandWindow window(BenchLandGrid(), 0, WQLandSize); window.y() < WQLandSize;
+    ZPLargeArray<WQPixel> pixels(std::size_t{kWQLandSize} * kWQLandSize);
+    for (WQLandWindow window(BenchLandGrid(), 0, kWQLandSize); window.y() < kWQLandSize;
          window.moveNorth())
         shader.shadeRow(window,
-                        std::span<WQPixel, WQLandSize>(
-                            pixels.data() + window.y() * std::size_t{WQLandSize}, WQLandSize));
+                        std::span<WQPixel, kWQLandSize>(
+                            pixels.data() + window.y() * std::size_t{kWQLandSize}, kWQLandSize));
     return pixels;
 }
 

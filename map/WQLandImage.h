@@ -1,8 +1,8 @@
 #pragma once
 
 #include "io/ZPLargeArray.h"
-#include "map/png/WQImage.h"
 #include "map/overlay/WQOverlay.h"
+#include "map/png/WQImage.h"
 
 #include <memory>
 #include <vector>
@@ -19,8 +19,8 @@ class WQLandImage : public WQImage {
     /// Lays a drawing over the image, in place of any earlier one. Only a coloured image takes one.
     void setOverlay(std::unique_ptr<const WQOverlay> overlay) { _overlay = std::move(overlay); }
 
-    std::size_t width() const override { return WQLandSize * _scale; }
-    std::size_t height() const override { return WQLandSize * _scale; }
+    std::size_t width() const override { return kWQLandSize * _scale; }
+    std::size_t height() const override { return kWQLandSize * _scale; }
     std::size_t bytesPerPixel() const override { return sizeof(Pixel); }
     std::size_t rowsPerBand() const override { return kLandRowsPerBand * _scale; }
     void readRows(std::size_t first, std::size_t count, const RowSink &sink) const override;
@@ -33,7 +33,7 @@ class WQLandImage : public WQImage {
     using Columns = WQOverlay::Columns;
 
     Pixel *pixelsOfLandRow(std::size_t rowFromNorth) const {
-        return _pixels.data() + (WQLandSize - 1 - rowFromNorth) * WQLandSize;
+        return _pixels.data() + (kWQLandSize - 1 - rowFromNorth) * kWQLandSize;
     }
     class Part;
 

@@ -90,10 +90,10 @@ bool WQMapper::setupLandBlockData(bool comparesWithOldData) {
 // -- pictures
 
 void WQMapper::logImageSize(std::size_t bytesPerPixel) const {
-    const std::size_t size = WQLandSize * _scale;
+    const std::size_t size = kWQLandSize * _scale;
     ZPLog("landsize: %u x %u, scale: %llu, imageSize: %zu x %zu, bytesPerPixel: %zu, bytesPerRow: "
           "%zu",
-          WQLandSize, WQLandSize, static_cast<unsigned long long>(_scale), size, size,
+          kWQLandSize, kWQLandSize, static_cast<unsigned long long>(_scale), size, size,
           bytesPerPixel, size * bytesPerPixel);
 }
 
@@ -108,8 +108,8 @@ std::unique_ptr<WQImage> WQMapper::newBaseMap() {
         return nullptr;
     ZPLog("diffuseFactor for deep water: %g", WQFlatDiffuseFactor(_lightVector));
     ZPLog("--------------------------------------------------------------");
-    ZPLog("initialBitmapContext: %zu x %zu, 8 bits a component, RGBA", WQLandSize * _scale,
-          WQLandSize * _scale);
+    ZPLog("initialBitmapContext: %zu x %zu, 8 bits a component, RGBA", kWQLandSize * _scale,
+          kWQLandSize * _scale);
     WQShadedLand land = shadeLand();
     ZPLog("Done that part.");
     ZPLog("minDiff: %g, maxDiff: %g", land.light.minimum, land.light.maximum);
@@ -128,11 +128,11 @@ std::unique_ptr<WQImage> WQMapper::newHeightMap() {
     logImageSize(sizeof(std::uint8_t));
     if (!setupLandBlockData(false))
         return nullptr;
-    ZPLargeArray<std::uint8_t> levels(std::size_t{WQLandSize} * WQLandSize);
+    ZPLargeArray<std::uint8_t> levels(std::size_t{kWQLandSize} * kWQLandSize);
     if (levels.empty())
         return nullptr;
-    for (unsigned y = 0; y < WQLandSize; ++y)
-        std::ranges::transform(_landGrid->row(y), levels.data() + y * std::size_t{WQLandSize},
+    for (unsigned y = 0; y < kWQLandSize; ++y)
+        std::ranges::transform(_landGrid->row(y), levels.data() + y * std::size_t{kWQLandSize},
                                &WQLandPoint::heightIndex);
     freeLandBlockData();
     return std::make_unique<WQGreyImage>(_scale, std::move(levels));

@@ -2,12 +2,12 @@
 
 #include "game/WQClientData.h"
 #include "game/WQDataFileComparison.h"
+#include "map/WQLandImage.h"
 #include "map/land/WQLandColorTable.h"
 #include "map/land/WQLandGrid.h"
-#include "map/WQLandImage.h"
 #include "map/land/WQLandShading.h"
-#include "map/overlay/WQMapPoint.h"
 #include "map/land/WQMapViewport.h"
+#include "map/overlay/WQMapPoint.h"
 #include "map/overlay/WQOverlayStyle.h"
 
 #include <filesystem>

@@ -25,7 +25,7 @@ struct ReferenceShading {
     }
 
     bool hasData(int x, int y) const {
-        return x >= 0 && y >= 0 && x < int(WQLandSize) && y < int(WQLandSize) &&
+        return x >= 0 && y >= 0 && x < int(kWQLandSize) && y < int(kWQLandSize) &&
                grid.at(unsigned(x), unsigned(y)).has(WQLandPoint::hasData);
     }
 
@@ -76,7 +76,7 @@ struct ReferenceShading {
         if (!point.has(WQLandPoint::hasData)) {
             if (settings.usesAlpha)
                 return {};
-            return color(WQDeepSeaLandType, (double(settings.light.z) + 1.0) * 0.5);
+            return color(kWQDeepSeaLandType, (double(settings.light.z) + 1.0) * 0.5);
         }
         if (settings.marksChanges && point.has(WQLandPoint::wasChanged))
             return {0, 255, 0, 255};

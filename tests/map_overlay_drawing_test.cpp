@@ -101,8 +101,8 @@ TEST(OverlayDrawing, LabelStaysInItsBox) {
         OverlayCanvas canvas(scale);
         const std::string label = "Quarry of Fens";
         WQMarkerOverlay(canvas.drawing, scale).drawMapPoint({"", {10, 20}, label});
-        const WQText text = canvas.drawing.typesetter().set(label, {WQSansFamilies, 12});
-        EXPECT_EQ(canvas.drawing.typesetter().set("not UTF-8: \xE9", {WQSansFamilies, 12}).width(),
+        const WQText text = canvas.drawing.typesetter().set(label, {kWQSansFamilies, 12});
+        EXPECT_EQ(canvas.drawing.typesetter().set("not UTF-8: \xE9", {kWQSansFamilies, 12}).width(),
                   0);
         ASSERT_GT(text.width(), 40);
         ASSERT_GT(text.height(), 11);
@@ -127,7 +127,7 @@ TEST(OverlayDrawing, LabelStaysInItsBox) {
 TEST(OverlayDrawing, TextIsOneLineHighAndKeepsOffNoise) {
     OverlayCanvas canvas(1);
     const auto set = [&](const std::string &text) {
-        return canvas.drawing.typesetter().set(text, {WQSansFamilies, 12});
+        return canvas.drawing.typesetter().set(text, {kWQSansFamilies, 12});
     };
     const WQText text = set("Quarry");
     EXPECT_EQ(set("Quarry\r").width(), text.width());

@@ -49,10 +49,10 @@ class Scribble : public WQOverlay {
 };
 
 std::unique_ptr<WQColorImage> sampleImage(std::size_t scale, bool hasOverlay) {
-    ZPLargeArray<WQPixel> pixels(std::size_t{WQLandSize} * WQLandSize);
-    for (unsigned y = 0; y < WQLandSize; ++y)
-        for (unsigned x = 0; x < WQLandSize; ++x)
-            pixels.data()[y * std::size_t{WQLandSize} + x] = pixelAt(x, y);
+    ZPLargeArray<WQPixel> pixels(std::size_t{kWQLandSize} * kWQLandSize);
+    for (unsigned y = 0; y < kWQLandSize; ++y)
+        for (unsigned x = 0; x < kWQLandSize; ++x)
+            pixels.data()[y * std::size_t{kWQLandSize} + x] = pixelAt(x, y);
     auto image = std::make_unique<WQColorImage>(scale, std::move(pixels));
     if (hasOverlay)
         image->setOverlay(std::make_unique<Scribble>(image->width()));
@@ -70,14 +70,15 @@ TEST(PNGFile, DecodesToTheImageAtEveryScale) {
             ASSERT_TRUE(WQWritePNG(*sampleImage(scale, hasOverlay), folder / "map.png"));
             const DecodedPNG picture = decodePNG(folder / "map.png");
             EXPECT_EQ(picture.chunkTypes, (std::vector<std::string>{"IHDR", "IDAT", "IEND"}));
-            ASSERT_EQ(picture.width, WQLandSize * scale);
-            ASSERT_EQ(picture.height, WQLandSize * scale);
+            ASSERT_EQ(picture.width, kWQLandSize * scale);
+            ASSERT_EQ(picture.height, kWQLandSize * scale);
             ASSERT_EQ(picture.bytesPerPixel, 4u);
             std::size_t wrong = 0;
             for (std::size_t row = 0; row < picture.height; ++row)
                 for (std::size_t column = 0; column < picture.width; ++column) {
-                    WQPixel expected = pixelAt(static_cast<unsigned>(column / scale),
-                                               static_cast<unsigned>(WQLandSize - 1 - row / scale));
+                    WQPixel expected =
+                        pixelAt(static_cast<unsigned>(column / scale),
+                                static_cast<unsigned>(kWQLandSize - 1 - row / scale));
                     if (hasOverlay && Scribble::touches(column, row))
                         expected = {200, 100, 50, 128};
                     wrong += std::memcmp(picture.pixel(column, row), &expected, 4) != 0;
@@ -103,7 +104,7 @@ TEST(PNGFile, IsTheSameForAnyNumberOfThreads) {
 TEST(PNGFile, LeavesNothingBehindWhereItCannotBeWritten) {
     const TemporaryFolder folder;
     const auto image = std::make_unique<WQGreyImage>(
-        1, ZPLargeArray<std::uint8_t>(std::size_t{WQLandSize} * WQLandSize));
+        1, ZPLargeArray<std::uint8_t>(std::size_t{kWQLandSize} * kWQLandSize));
     std::filesystem::create_directory(folder / "taken.png");
     for (const std::string name : {"missing/map.png", "taken.png"}) {
         ZPError error;

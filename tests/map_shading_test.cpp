@@ -16,8 +16,8 @@ std::unique_ptr<WQLandGrid> roughLand() {
         heights[index] = static_cast<float>(index * index) / 37.0f;
     grid->setLandHeights(heights);
     std::mt19937 random(7);
-    for (unsigned y = 0; y < WQLandSize; ++y)
-        for (unsigned x = 0; x < WQLandSize; ++x) {
+    for (unsigned y = 0; y < kWQLandSize; ++y)
+        for (unsigned x = 0; x < kWQLandSize; ++x) {
             const bool isAbsent = (x / 200 + y / 300) % 5 == 0 || random() % 50 == 0;
             if (!isAbsent)
                 grid->at(x, y) = {
@@ -39,12 +39,12 @@ TEST(TerrainShader, AgreesWithVectorArithmeticOnRoughLand) {
                                                             usesAlpha, marksChanges};
                 const ReferenceShading reference{*grid, settings};
                 const WQTerrainShader shader(WQLandColorTable::shared(), settings);
-                std::array<WQPixel, WQLandSize> row;
+                std::array<WQPixel, kWQLandSize> row;
                 for (const unsigned y : {0u, 1u, 299u, 300u, 1234u, 2039u, 2040u}) {
                     const WQLightRange range = shader.shadeRow(WQLandWindow(*grid, y, y + 1), row);
                     WQLightRange expected;
                     std::size_t wrong = 0;
-                    for (int x = 0; x < int(WQLandSize); ++x) {
+                    for (int x = 0; x < int(kWQLandSize); ++x) {
                         wrong += !(row[unsigned(x)] == reference.pixel(x, int(y)));
                         const double d =
                             reference.hasData(x, int(y)) ? reference.diffuse(x, int(y)) : NAN;
@@ -69,7 +69,7 @@ TEST(TerrainShader, LightsFlatLandAndLonePoints) {
     grid->at(13, 15).terrainWord = 0x51;               // road
     const WQTerrainShader shader(WQLandColorTable::shared(),
                                  {WQNormalizedVector(kLight), 255, true, false});
-    std::array<WQPixel, WQLandSize> row;
+    std::array<WQPixel, kWQLandSize> row;
     const WQLightRange range = shader.shadeRow(WQLandWindow(*grid, 15, 15 + 1), row);
     EXPECT_NEAR(range.minimum, 0.85355, 1e-5);
     EXPECT_EQ(row[11], (WQPixel{175, 150, 105, 255}));
@@ -85,8 +85,8 @@ TEST(LandShading, InPlaceIsTheSameAsApart) {
                                  {WQNormalizedVector(kLight), 255, false, true});
     std::vector<WQPixel> expected;
     WQLightRange light;
-    std::array<WQPixel, WQLandSize> row;
-    for (WQLandWindow window(*grid, 0, WQLandSize); window.y() < WQLandSize; window.moveNorth()) {
+    std::array<WQPixel, kWQLandSize> row;
+    for (WQLandWindow window(*grid, 0, kWQLandSize); window.y() < kWQLandSize; window.moveNorth()) {
         light.include(shader.shadeRow(window, row));
         expected.insert(expected.end(), row.begin(), row.end());
     }
@@ -128,7 +128,7 @@ TEST(MapViewport, ShowsItsPartOfTheLand) {
     viewport.xOffset = 1900;
     viewport.yOffset = 2000;
     viewport.updateBitmap(*grid, shader);
-    std::array<WQPixel, WQLandSize> row;
+    std::array<WQPixel, kWQLandSize> row;
     shader.shadeRow(WQLandWindow(*grid, 2001, 2001 + 1), row);
     const auto bitmap = viewport.bitmap();
     EXPECT_TRUE(std::equal(row.begin() + 1900, row.end(), bitmap.begin() + 510 * 512));

@@ -27,10 +27,10 @@ TEST(SamplePicture, IsToThePointWhatVectorArithmeticGives) {
         *grid, {WQNormalizedVector({-0.5f, 0.5f, 0.707107f}), 255, true, false}};
 
     std::size_t wrong = 0, wrongHeights = 0;
-    for (unsigned y = 0; y < WQLandSize; ++y)
-        for (unsigned x = 0; x < WQLandSize; ++x) {
+    for (unsigned y = 0; y < kWQLandSize; ++y)
+        for (unsigned x = 0; x < kWQLandSize; ++x) {
             const WQPixel expected = reference.pixel(static_cast<int>(x), static_cast<int>(y));
-            const unsigned row = WQLandSize - 1 - y;
+            const unsigned row = kWQLandSize - 1 - y;
             wrong += std::memcmp(map.pixel(x, row), &expected, sizeof expected) != 0;
             wrongHeights += *heights.pixel(x, row) != grid->at(x, y).heightIndex;
         }

@@ -7,7 +7,7 @@ WQLandColorTable &WQLandColorTable::shared() {
     return table;
 }
 
-std::array<WQPixel, WQLandTypeCount> WQLandColorTable::builtInColors() {
+std::array<WQPixel, kWQLandTypeCount> WQLandColorTable::builtInColors() {
     return {{{191, 179, 153, 0}, {165, 172, 126, 0}, {231, 233, 239, 0}, {155, 169, 90, 0},
              {166, 138, 64, 0},  {159, 140, 127, 0}, {146, 142, 149, 0}, {187, 172, 145, 0},
              {156, 142, 78, 0},  {146, 171, 26, 0},  {219, 198, 165, 0}, {218, 218, 200, 0},
@@ -54,7 +54,7 @@ void WQLandColorTable::dumpColors() const {
 
 WQPixel WQLandColorTable::shadedColor(unsigned landType, float fudgeFactor,
                                       float diffuseFactor) const {
-    if (landType >= WQLandTypeCount)
+    if (landType >= kWQLandTypeCount)
         return {255, 0, 0, 255};
     const WQPixel &color = _colors[landType];
     return {WQShadedComponent(color.red * fudgeFactor, diffuseFactor),

@@ -1,23 +1,18 @@
 #pragma once
 
 #include "map/land/WQMapColorScheme.h"
+#include "map/land/WQPixel.h"
 
 #include <array>
 #include <cstdint>
 
-/// One pixel as it lies in memory and in the file; alpha is not premultiplied.
-struct WQPixel {
-    std::uint8_t red = 0, green = 0, blue = 0, alpha = 0;
-    bool operator==(const WQPixel &) const = default;
-};
-
-inline constexpr unsigned WQRoadLandType = 32;
-inline constexpr unsigned WQDeepSeaLandType = 20;
-inline constexpr unsigned WQLandTypeCount = 33;
+inline constexpr unsigned kWQRoadLandType = 32;
+inline constexpr unsigned kWQDeepSeaLandType = 20;
+inline constexpr unsigned kWQLandTypeCount = 33;
 
 /// Road where a road bit is set, else bits 2 to 7 of the terrain word.
 inline unsigned WQLandTypeOfTerrainWord(std::uint16_t word) {
-    return (word & 3) != 0 ? WQRoadLandType : (word & 0xFFu) >> 2;
+    return (word & 3) != 0 ? kWQRoadLandType : (word & 0xFFu) >> 2;
 }
 
 /// The colours of the land types. Alpha is stored and not used.
@@ -41,9 +36,9 @@ class WQLandColorTable {
     WQPixel shadedColor(unsigned landType, float fudgeFactor, float diffuseFactor) const;
 
   private:
-    std::array<WQPixel, WQLandTypeCount> _colors = builtInColors();
+    std::array<WQPixel, kWQLandTypeCount> _colors = builtInColors();
 
-    static std::array<WQPixel, WQLandTypeCount> builtInColors();
+    static std::array<WQPixel, kWQLandTypeCount> builtInColors();
 };
 
 /// The product of a colour component, fudge factor and light, clamped to a byte and truncated; 0

@@ -23,6 +23,6 @@ unsigned WQLandGrid::landTypeAtPoint(double x, double y) const {
     // Also false for what is not a number.
     const auto isInside = [](double value) { return value > -1.0 && value < kSize; };
     if (!isInside(x) || !isInside(y))
-        return WQDeepSeaLandType;
+        return kWQDeepSeaLandType;
     return at(static_cast<unsigned>(x), static_cast<unsigned>(y)).landType();
 }

@@ -3,6 +3,7 @@
 #include "io/ZPLargeArray.h"
 #include "map/land/WQLandColorTable.h"
 #include "map/land/WQMapGeometry.h"
+#include "map/land/WQPixel.h"
 
 #include <array>
 #include <cstdint>
@@ -34,7 +35,7 @@ static_assert(sizeof(WQLandPoint) == sizeof(WQPixel));
 /// allocation. A point that no land block covers is all zeros.
 class WQLandGrid {
   public:
-    static constexpr unsigned kSize = WQLandSize;
+    static constexpr unsigned kSize = kWQLandSize;
 
     /// Null when there is not enough memory.
     static std::unique_ptr<WQLandGrid> allocate();

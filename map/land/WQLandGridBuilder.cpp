@@ -11,7 +11,7 @@ constexpr std::uint32_t kLandBlockKind = 0xFFFF;
 constexpr std::uint32_t kObjectBlockKind = 0xFFFE;
 /// How many files ahead memory is asked for.
 constexpr std::size_t kFilesAhead = 8;
-constexpr unsigned kPointsPerBlock = WQCellsPerLandBlock + 1;
+constexpr unsigned kPointsPerBlock = kWQCellsPerLandBlock + 1;
 
 /// The world is filled in strips of 16 columns of blocks, side by side. Within a strip blocks come
 /// in the order of their identifiers, as the rule for shared points wants it. The east edge of a
@@ -32,7 +32,7 @@ class Strip {
     void fillBlock(const ZPGorvaneFileEntry &entry, const WQLandBlock &block, WQLandGrid &grid,
                    const WQDataFileComparison *comparison);
 
-    std::array<WQLandPoint, WQLandSize> _eastEdge{};
+    std::array<WQLandPoint, kWQLandSize> _eastEdge{};
 };
 
 constexpr unsigned kBlocksPerStrip = 256 / Strip::kCount;
@@ -91,19 +91,19 @@ void Strip::fill(unsigned number, WQLandGrid &grid, const WQDataFile &cellDataFi
 void Strip::fillBlock(const ZPGorvaneFileEntry &entry, const WQLandBlock &block, WQLandGrid &grid,
                       const WQDataFileComparison *comparison) {
     const unsigned column = entry.identifier >> 24, row = entry.identifier >> 16 & 0xFF;
-    if (column >= WQLandBlocksPerSide || row >= WQLandBlocksPerSide) {
+    if (column >= kWQLandBlocksPerSide || row >= kWQLandBlocksPerSide) {
         ZPLog("Land block %08x is left out: it lies outside the world", entry.identifier);
         return;
     }
     const std::uint8_t flags = flagsOfBlock(entry.identifier >> 16, block, comparison);
     const bool isLastOfStrip = column % kBlocksPerStrip == kBlocksPerStrip - 1;
     for (unsigned j = 0; j < kPointsPerBlock; ++j) {
-        const unsigned y = row * WQCellsPerLandBlock + j;
-        WQLandPoint *points = &grid.at(column * WQCellsPerLandBlock, y);
+        const unsigned y = row * kWQCellsPerLandBlock + j;
+        WQLandPoint *points = &grid.at(column * kWQCellsPerLandBlock, y);
         for (unsigned i = 0; i < kPointsPerBlock; ++i) {
             const std::size_t element = i * kPointsPerBlock + j;
             const WQLandPoint point{block.topology()[element], block.height()[element], flags};
-            if (i == WQCellsPerLandBlock && isLastOfStrip)
+            if (i == kWQCellsPerLandBlock && isLastOfStrip)
                 _eastEdge[y] = point;
             else
                 points[i] = point;
@@ -112,10 +112,10 @@ void Strip::fillBlock(const ZPGorvaneFileEntry &entry, const WQLandBlock &block,
 }
 
 void Strip::fillEastEdge(unsigned number, WQLandGrid &grid) const {
-    const unsigned x = (number + 1) * kBlocksPerStrip * WQCellsPerLandBlock;
-    if (x >= WQLandSize)
+    const unsigned x = (number + 1) * kBlocksPerStrip * kWQCellsPerLandBlock;
+    if (x >= kWQLandSize)
         return;
-    for (unsigned y = 0; y < WQLandSize; ++y)
+    for (unsigned y = 0; y < kWQLandSize; ++y)
         if (!grid.at(x, y).has(WQLandPoint::hasData))
             grid.at(x, y) = _eastEdge[y];
 }

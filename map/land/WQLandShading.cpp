@@ -7,7 +7,7 @@
 namespace {
 
 constexpr unsigned kRowsPerWorker = 64;
-constexpr unsigned kWorkers = (WQLandSize + kRowsPerWorker - 1) / kRowsPerWorker;
+constexpr unsigned kWorkers = (kWQLandSize + kRowsPerWorker - 1) / kRowsPerWorker;
 
 /// The rows on both sides of the line between two workers, each of which needs the other's row and
 /// may come late for it.
@@ -29,7 +29,7 @@ WQShadedLand WQShadeLand(std::unique_ptr<WQLandGrid> grid, const WQTerrainShader
     std::mutex lightLock;
     tbb::parallel_for(0u, kWorkers, [&](unsigned worker) {
         const unsigned first = worker * kRowsPerWorker;
-        const unsigned end = std::min(first + kRowsPerWorker, WQLandSize);
+        const unsigned end = std::min(first + kRowsPerWorker, kWQLandSize);
         WQLandWindow window(*grid, first, end, worker > 0 ? &borders[worker - 1].south : nullptr,
                             worker < borders.size() ? &borders[worker].north : nullptr);
         WQLightRange light;

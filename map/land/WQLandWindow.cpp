@@ -31,5 +31,5 @@ void WQLandWindow::load(unsigned y, WQLandRow &row) const {
     if (y == _end && _northBorder != nullptr)
         row = *_northBorder;
     else
-        row.copyFromGrid(_grid, std::min(y, WQLandSize - 1));
+        row.copyFromGrid(_grid, std::min(y, kWQLandSize - 1));
 }

@@ -4,8 +4,8 @@
 
 /// A row of the land, copied from the grid, with the elevation of each point.
 struct WQLandRow {
-    std::array<WQLandPoint, WQLandSize> points;
-    std::array<float, WQLandSize> elevations;
+    std::array<WQLandPoint, kWQLandSize> points;
+    std::array<float, kWQLandSize> elevations;
 
     void copyFromGrid(const WQLandGrid &grid, unsigned y);
 };

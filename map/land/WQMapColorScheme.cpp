@@ -5,13 +5,13 @@
 #include <algorithm>
 #include <string>
 
-std::array<WQColor, WQMapColorScheme::colorCount> WQMapColorScheme::colors() const {
+std::array<WQColor, WQMapColorScheme::kColorCount> WQMapColorScheme::colors() const {
 #define WQ_MAP_COLOR_VALUE(color, setColor, red, green, blue) _##color,
     return {WQ_MAP_COLORS(WQ_MAP_COLOR_VALUE)};
 #undef WQ_MAP_COLOR_VALUE
 }
 
-std::array<std::string_view, WQMapColorScheme::colorCount> WQMapColorScheme::colorKeyPaths() {
+std::array<std::string_view, WQMapColorScheme::kColorCount> WQMapColorScheme::colorKeyPaths() {
 #define WQ_MAP_COLOR_NAME(color, setColor, red, green, blue) #color,
     return {WQ_MAP_COLORS(WQ_MAP_COLOR_NAME)};
 #undef WQ_MAP_COLOR_NAME
@@ -30,7 +30,7 @@ void WQMapColorScheme::logColors() const {
     const std::size_t width = std::ranges::max(names, {}, &std::string_view::size).size();
 
     std::string text;
-    for (std::size_t index = 0; index < colorCount; ++index) {
+    for (std::size_t index = 0; index < kColorCount; ++index) {
         const WQColor &color = allColors[index];
         std::string name(names[index]);
         name.resize(width, ' ');

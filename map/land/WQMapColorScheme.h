@@ -46,7 +46,7 @@
 /// The colours that the map is painted with: one for each terrain code, and one for road.
 class WQMapColorScheme {
   public:
-    static constexpr std::size_t colorCount = 33;
+    static constexpr std::size_t kColorCount = 33;
 
     WQMapColorScheme() { updateColorArray(); }
 
@@ -60,12 +60,12 @@ class WQMapColorScheme {
     WQ_MAP_COLORS(WQ_MAP_COLOR_ACCESSORS)
 #undef WQ_MAP_COLOR_ACCESSORS
 
-    std::array<WQColor, colorCount> colors() const;
+    std::array<WQColor, kColorCount> colors() const;
     /// The names of the properties.
-    static std::array<std::string_view, colorCount> colorKeyPaths();
+    static std::array<std::string_view, kColorCount> colorKeyPaths();
 
     /// The colours at the last `updateColorArray()`; setters do not change it.
-    const std::array<WQColorVector, colorCount> &colorArray() const {
+    const std::array<WQColorVector, kColorCount> &colorArray() const {
         return _colorArray;
     }
     void updateColorArray();
@@ -78,5 +78,5 @@ class WQMapColorScheme {
     WQ_MAP_COLORS(WQ_MAP_COLOR_FIELD)
 #undef WQ_MAP_COLOR_FIELD
 
-    std::array<WQColorVector, colorCount> _colorArray;
+    std::array<WQColorVector, kColorCount> _colorArray;
 };

@@ -6,10 +6,10 @@
 #include <cstdint>
 
 /// Land blocks along each side of the world, cells along each side of a block.
-inline constexpr unsigned WQLandBlocksPerSide = 255;
-inline constexpr unsigned WQCellsPerLandBlock = 8;
+inline constexpr unsigned kWQLandBlocksPerSide = 255;
+inline constexpr unsigned kWQCellsPerLandBlock = 8;
 /// Land points along each side of the world: 2041.
-inline constexpr unsigned WQLandSize = WQLandBlocksPerSide * WQCellsPerLandBlock + 1;
+inline constexpr unsigned kWQLandSize = kWQLandBlocksPerSide * kWQCellsPerLandBlock + 1;
 
 /// A place on the map image in pixels, origin at the south-west corner, y up.
 struct WQImagePoint {

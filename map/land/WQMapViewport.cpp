@@ -12,13 +12,13 @@ void WQMapViewport::updateTypes(const WQLandGrid &grid) {
 
 void WQMapViewport::updateBitmap(const WQLandGrid &grid, const WQTerrainShader &shader) {
     setupBitmap();
-    if (xOffset >= WQLandSize || yOffset >= WQLandSize)
+    if (xOffset >= kWQLandSize || yOffset >= kWQLandSize)
         return;
-    const std::size_t width = std::min<std::size_t>(kSize, WQLandSize - xOffset);
-    const std::size_t height = std::min<std::size_t>(kSize, WQLandSize - yOffset);
+    const std::size_t width = std::min<std::size_t>(kSize, kWQLandSize - xOffset);
+    const std::size_t height = std::min<std::size_t>(kSize, kWQLandSize - yOffset);
     const auto end = static_cast<unsigned>(yOffset + height);
     tbb::parallel_for(tbb::blocked_range<unsigned>(yOffset, end, 16), [&](const auto &rows) {
-        std::array<WQPixel, WQLandSize> pixels;
+        std::array<WQPixel, kWQLandSize> pixels;
         for (WQLandWindow window(grid, rows.begin(), rows.end()); window.y() < rows.end();
              window.moveNorth()) {
             shader.shadeRow(window, pixels);

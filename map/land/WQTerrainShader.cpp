@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr unsigned kLast = WQLandSize - 1;
+constexpr unsigned kLast = kWQLandSize - 1;
 
 /// n . L for points whose four neighbours all have data; `count` points, elevations and results of
 /// which the first belongs to the same column. With the differences to the neighbours
@@ -58,9 +58,9 @@ WQLightRange diffuseFactors(const WQLandPoint *__restrict points,
     using Words = std::uint32_t __attribute__((vector_size(4 * kLanes)));
     constexpr Floats kInfinity = Floats{} + std::numeric_limits<float>::infinity();
     Floats minimum = kInfinity, maximum = -kInfinity;
-    for (std::size_t next = 0; next < WQLandSize; next += kLanes) {
+    for (std::size_t next = 0; next < kWQLandSize; next += kLanes) {
         // The last columns are looked at together with some before them.
-        const std::size_t x = std::min(next, WQLandSize - kLanes);
+        const std::size_t x = std::min(next, kWQLandSize - kLanes);
         Words words;
         Floats dots;
         std::memcpy(&words, points + x, sizeof words);
@@ -94,7 +94,7 @@ void colorPoints(const WQLandPoint *__restrict points, const float *__restrict f
     // The low byte of each component, side by side.
     constexpr Bytes kLowBytes =
         std::endian::native == std::endian::little ? Bytes{0, 4, 8, 12} : Bytes{3, 7, 11, 15};
-    for (std::size_t x = 0; x < WQLandSize; ++x) {
+    for (std::size_t x = 0; x < kWQLandSize; ++x) {
         const WQColorProduct value = products[points[x].terrainWord & 0xFF] * factors[x] / 255.0f;
         const WQColorProduct clamped = value < 255.0f ? value : WQColorProduct{} + 255.0f;
         const Integers integers = __builtin_convertvector(clamped, Integers);
@@ -128,7 +128,7 @@ ZPVector3 normalOfPoint(Neighbor west, Neighbor east, Neighbor south, Neighbor n
 WQTerrainShader::WQTerrainShader(const WQLandColorTable &colors, const Settings &settings)
     : _settings(settings) {
     if (!settings.usesAlpha)
-        _emptyPixel = colors.shadedColor(WQDeepSeaLandType, settings.fudgeFactor,
+        _emptyPixel = colors.shadedColor(kWQDeepSeaLandType, settings.fudgeFactor,
                                          static_cast<float>(WQFlatDiffuseFactor(settings.light)));
     for (unsigned byte = 0; byte < _products.size(); ++byte) {
         const unsigned landType = WQLandTypeOfTerrainWord(static_cast<std::uint16_t>(byte));
@@ -136,7 +136,7 @@ WQTerrainShader::WQTerrainShader(const WQLandColorTable &colors, const Settings 
         // light: even infinity times nothing, which is not a number, is clamped to 255.
         constexpr float kFull = std::numeric_limits<float>::infinity();
         _products[byte] = WQColorProduct{kFull, 0, 0, kFull};
-        if (landType < WQLandTypeCount) {
+        if (landType < kWQLandTypeCount) {
             const auto product = [&](std::uint8_t component) {
                 const float value = component * settings.fudgeFactor;
                 return value > 0 ? value : 0;
@@ -179,7 +179,7 @@ void WQTerrainShader::lightIncompletePoints(const WQLandWindow &window, Floats &
     };
     constexpr unsigned kStretch = 64;
     for (unsigned first = 0; first <= kLast; first += kStretch) {
-        const unsigned end = std::min(first + kStretch, WQLandSize);
+        const unsigned end = std::min(first + kStretch, kWQLandSize);
         std::uint32_t common = hasSouth && hasNorth ? kDataBit : 0;
         for (unsigned x = first; x < end; ++x)
             common &= wordOfPoint(row.points[x]) & wordOfPoint(south.points[x]) &
@@ -193,11 +193,11 @@ void WQTerrainShader::lightIncompletePoints(const WQLandWindow &window, Floats &
 }
 
 WQLightRange WQTerrainShader::shadeRow(const WQLandWindow &window,
-                                       std::span<WQPixel, WQLandSize> pixels) const {
+                                       std::span<WQPixel, kWQLandSize> pixels) const {
     Floats dotProducts, factors;
     dotProducts.front() = dotProducts.back() = 0; // never complete
     lightCompletePoints(window.south().elevations.data() + 1, window.center().elevations.data() + 1,
-                        window.north().elevations.data() + 1, _settings.light, WQLandSize - 2,
+                        window.north().elevations.data() + 1, _settings.light, kWQLandSize - 2,
                         dotProducts.data() + 1);
     lightIncompletePoints(window, dotProducts);
     const WQLandRow &row = window.center();
@@ -209,8 +209,8 @@ WQLightRange WQTerrainShader::shadeRow(const WQLandWindow &window,
     return range;
 }
 
-void WQTerrainShader::markChanges(const WQLandRow &row, std::span<WQPixel, WQLandSize> pixels) {
-    for (unsigned x = 0; x < WQLandSize; ++x) {
+void WQTerrainShader::markChanges(const WQLandRow &row, std::span<WQPixel, kWQLandSize> pixels) {
+    for (unsigned x = 0; x < kWQLandSize; ++x) {
         const WQLandPoint &point = row.points[x];
         if (point.has(WQLandPoint::wasChanged))
             pixels[x] = {0, 255, 0, 255};

@@ -38,12 +38,12 @@ class WQTerrainShader {
 
     /// Colours the row that a window is on and gives the range of light on its land. The pixels may
     /// take the place of the grid's row.
-    WQLightRange shadeRow(const WQLandWindow &window, std::span<WQPixel, WQLandSize> pixels) const;
+    WQLightRange shadeRow(const WQLandWindow &window, std::span<WQPixel, kWQLandSize> pixels) const;
 
   private:
-    using Floats = std::array<float, WQLandSize>;
+    using Floats = std::array<float, kWQLandSize>;
     void lightIncompletePoints(const WQLandWindow &window, Floats &dotProducts) const;
-    static void markChanges(const WQLandRow &row, std::span<WQPixel, WQLandSize> pixels);
+    static void markChanges(const WQLandRow &row, std::span<WQPixel, kWQLandSize> pixels);
 
     Settings _settings;
     /// The pixel of a point without data.

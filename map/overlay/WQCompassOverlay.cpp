@@ -23,7 +23,7 @@ void drawStar(const std::vector<WQImagePoint> &corners, WQImagePoint center, WQD
 
 void drawLetters(WQImagePoint o, WQDrawing &context) {
     const auto set = [&](const char *letter) {
-        return context.typesetter().set(letter, {WQSansFamilies, 48, true});
+        return context.typesetter().set(letter, {kWQSansFamilies, 48, true});
     };
     const WQText n = set("N"), s = set("S"), e = set("E"), w = set("W");
     n.drawWithShadowAtPoint({std::floor(o.x - n.width() * 0.5), o.y + kCardinalReach}, context);

@@ -45,7 +45,7 @@ WQPixel *pixelsOfRow(const WQOverlay::Block &block, std::size_t row) {
 } // namespace
 
 WQDrawing::WQDrawing(std::uint64_t scale)
-    : _size(WQLandSize * scale), _itemsBySlice(_size / kRowsPerSlice + 1) {}
+    : _size(kWQLandSize * scale), _itemsBySlice(_size / kRowsPerSlice + 1) {}
 
 WQDrawing::~WQDrawing() = default;
 

@@ -97,7 +97,7 @@ void Grid::drawFrame(int first, int sideOffset, WQPixel color) const {
 }
 
 void Grid::drawLabels() const {
-    const WQFont font{WQSansFamilies, _style.scale == 1 ? 8.0 : 4 * _scale};
+    const WQFont font{kWQSansFamilies, _style.scale == 1 ? 8.0 : 4 * _scale};
     struct Label {
         WQText text;
         double center;

@@ -5,7 +5,7 @@
 void WQHighlightLowBits(const WQLandGrid &landGrid, WQDrawing &context) {
     constexpr std::uint16_t kRoadBits = 3;
     WQShape disc = WQShape::filled({{}, 5});
-    for (unsigned y = 0; y < WQLandSize; ++y) {
+    for (unsigned y = 0; y < kWQLandSize; ++y) {
         unsigned x = 0;
         for (const WQLandPoint &point : landGrid.row(y)) {
             if (point.has(WQLandPoint::hasData) && (point.terrainWord & kRoadBits) == kRoadBits)

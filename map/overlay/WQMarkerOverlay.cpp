@@ -6,7 +6,7 @@
 namespace {
 
 constexpr WQPixel kRed{255, 0, 0, 255}, kBlack{0, 0, 0, 255};
-constexpr WQFont kLabelFont{WQSansFamilies, 12};
+constexpr WQFont kLabelFont{kWQSansFamilies, 12};
 
 } // namespace
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "map/land/WQLandColorTable.h"
 #include "map/land/WQMapGeometry.h"
+#include "map/land/WQPixel.h"
 
 #include <cstdint>
 #include <span>

@@ -1,7 +1,8 @@
 #pragma once
 
-#include "map/overlay/WQDrawing.h"
+#include "map/land/WQLandColorTable.h"
 #include "map/land/WQLight.h"
+#include "map/overlay/WQDrawing.h"
 
 /// What the overlays take from the map that they are drawn on.
 struct WQOverlayStyle {
@@ -30,7 +31,7 @@ struct WQOverlayStyle {
 
     /// Flat deep water under this light: areas without real landscape are painted with it.
     WQPixel blankingColor() const {
-        return colors.shadedColor(WQDeepSeaLandType, fudgeFactor,
+        return colors.shadedColor(kWQDeepSeaLandType, fudgeFactor,
                                   static_cast<float>(WQFlatDiffuseFactor(light)));
     }
 };

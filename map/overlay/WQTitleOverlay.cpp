@@ -13,7 +13,7 @@ void WQDrawTitle(WQDrawing &context, const WQOverlayStyle &style) {
             .set(text, font)
             .drawWithShadowAtPoint({origin.x + right, origin.y - down}, context);
     };
-    letter("Ostvale", {WQSerifFamilies, 240, true}, 0, 0);
-    letter("Map Created By:", {WQWideSansFamilies, 25, true}, 50.0, 45.0);
-    letter("Brannock of Tillmere", {WQWideSansFamilies, 48, true}, 50.0, 105.0);
+    letter("Ostvale", {kWQSerifFamilies, 240, true}, 0, 0);
+    letter("Map Created By:", {kWQWideSansFamilies, 25, true}, 50.0, 45.0);
+    letter("Brannock of Tillmere", {kWQWideSansFamilies, 48, true}, 50.0, 105.0);
 }

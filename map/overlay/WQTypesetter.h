@@ -6,10 +6,11 @@
 #include <string>
 
 // Each ends in what every machine can resolve.
-inline constexpr char WQSansFamilies[] =
+inline constexpr char kWQSansFamilies[] =
     "Helvetica Neue, Helvetica, Arial, Liberation Sans, sans-serif";
-inline constexpr char WQWideSansFamilies[] = "Verdana, DejaVu Sans, sans-serif";
-inline constexpr char WQSerifFamilies[] = "Georgia, Gelasio, DejaVu Serif, Liberation Serif, serif";
+inline constexpr char kWQWideSansFamilies[] = "Verdana, DejaVu Sans, sans-serif";
+inline constexpr char kWQSerifFamilies[] =
+    "Georgia, Gelasio, DejaVu Serif, Liberation Serif, serif";
 
 /// A text that was set once and can be drawn at many places.
 class WQText {
