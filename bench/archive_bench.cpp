@@ -1,5 +1,5 @@
 #include "bench/BenchWorld.h"
-#include "io/ZPExtensions.h"
+#include "io/ZPSHA1.h"
 
 #include <benchmark/benchmark.h>
 

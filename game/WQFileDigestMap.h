@@ -2,6 +2,7 @@
 
 #include "io/ZPExtensions.h"
 #include "io/ZPLargeArray.h"
+#include "io/ZPSHA1.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "io/ZPDataCursor.h"
+#include "io/ZPVector.h"
 
 #include <optional>
 

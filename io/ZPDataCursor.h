@@ -1,6 +1,8 @@
 #pragma once
 
+#include "io/ZPData.h"
 #include "io/ZPError.h"
+#include "io/ZPVector.h"
 
 #include <array>
 #include <bit>
@@ -10,23 +12,6 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <vector>
-
-/// Bytes that the holder owns.
-using ZPData = std::vector<std::byte>;
-
-struct ZPVector3 {
-    float x = 0, y = 0, z = 0;
-};
-
-struct ZPVector4 {
-    float x = 0, y = 0, z = 0, w = 0;
-};
-
-/// Real part last.
-struct ZPQuaternion {
-    float x = 0, y = 0, z = 0, w = 0;
-};
 
 using ZPUUID = std::array<std::byte, 16>;
 

@@ -4,7 +4,7 @@
 #include <utility>
 
 ZPError ZPError::posix(int number) {
-    return {ZPPOSIXErrorDomain, number, {}};
+    return {kZPPOSIXErrorDomain, number, {}};
 }
 
 std::string ZPError::failureReason() const {
@@ -12,7 +12,7 @@ std::string ZPError::failureReason() const {
     if (reason != userInfo.end())
         if (const auto *text = std::get_if<std::string>(&reason->second))
             return *text;
-    return domain == ZPPOSIXErrorDomain ? std::generic_category().message(code) : std::string();
+    return domain == kZPPOSIXErrorDomain ? std::generic_category().message(code) : std::string();
 }
 
 std::string ZPError::description() const {

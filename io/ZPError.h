@@ -28,7 +28,7 @@ struct ZPError {
     std::string description() const;
 };
 
-inline constexpr char ZPPOSIXErrorDomain[] = "POSIXErrorDomain";
+inline constexpr char kZPPOSIXErrorDomain[] = "POSIXErrorDomain";
 inline constexpr char NSLocalizedFailureReasonErrorKey[] = "NSLocalizedFailureReason";
 inline constexpr char NSUnderlyingErrorKey[] = "NSUnderlyingError";
 

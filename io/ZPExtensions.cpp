@@ -1,6 +1,3 @@
-// For the older interface of the cryptographic library; see ZPSHA1DigestOfData.
-#define OPENSSL_SUPPRESS_DEPRECATED
-
 #include "io/ZPExtensions.h"
 
 #include "io/ZPSystemLog.h"
@@ -8,7 +5,6 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <openssl/sha.h>
 
 std::string ZPHexString(std::span<const std::byte> data) {
     static constexpr char kDigits[] = "0123456789abcdef";
@@ -19,21 +15,6 @@ std::string ZPHexString(std::span<const std::byte> data) {
         text.push_back(kDigits[std::to_integer<unsigned>(byte & std::byte{15})]);
     }
     return text;
-}
-
-ZPSHA1Digest ZPSHA1DigestOfData(std::span<const std::byte> data) {
-    // The library's older interface: the newer one takes 200 nanoseconds to hash the 250 bytes of a
-    // typical file where this takes 150, and a comparison hashes more than a million.
-    SHA_CTX context;
-    SHA1_Init(&context);
-    SHA1_Update(&context, data.data(), data.size());
-    ZPSHA1Digest digest;
-    SHA1_Final(reinterpret_cast<unsigned char *>(digest.data()), &context);
-    return digest;
-}
-
-std::string ZPSHA1DigestString(std::span<const std::byte> data) {
-    return ZPHexString(ZPSHA1DigestOfData(data));
 }
 
 void ZPAppendLittleInt16(ZPData &data, std::uint16_t value) {

@@ -1,8 +1,10 @@
 #pragma once
 
-#include "io/ZPDataCursor.h"
+#include "io/ZPData.h"
 
-#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -10,12 +12,6 @@
 
 /// Two lower-case hexadecimal digits a byte, no separators.
 std::string ZPHexString(std::span<const std::byte> data);
-
-using ZPSHA1Digest = std::array<std::byte, 20>;
-
-/// Safe from several threads.
-ZPSHA1Digest ZPSHA1DigestOfData(std::span<const std::byte> data);
-std::string ZPSHA1DigestString(std::span<const std::byte> data);
 
 void ZPAppendLittleInt16(ZPData &data, std::uint16_t value);
 void ZPAppendLittleInt32(ZPData &data, std::uint32_t value);

@@ -1,7 +1,8 @@
 #pragma once
 
-#include "io/ZPDataCursor.h"
+#include "io/ZPData.h"
 
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>

@@ -3,6 +3,7 @@
 
 #include "io/ZPAtomicFile.h"
 #include "io/ZPLogger.h"
+#include "io/ZPSHA1.h"
 
 #include <gtest/gtest.h>
 
@@ -51,7 +52,7 @@ TEST(Logger, ToAFile) {
     const TemporaryFolder directory;
     ZPError error;
     EXPECT_EQ(ZPLogger::initWithOutputToPath(directory / "missing/log", &error), nullptr);
-    EXPECT_EQ(error.domain, ZPPOSIXErrorDomain);
+    EXPECT_EQ(error.domain, kZPPOSIXErrorDomain);
     EXPECT_EQ(error.code, ENOENT);
     ZPLogger::initWithOutputToPath(directory / "log")->log("line");
     EXPECT_EQ(textOfFile(directory / "log"), "line\n");

@@ -3,6 +3,7 @@
 #include "map/png/WQPNGFile.h"
 #include "tests/TestSupport.h"
 
+#include <cstring>
 #include <gtest/gtest.h>
 #include <tbb/global_control.h>
 #include <zlib.h>
@@ -109,7 +110,7 @@ TEST(PNGFile, LeavesNothingBehindWhereItCannotBeWritten) {
     for (const std::string name : {"missing/map.png", "taken.png"}) {
         ZPError error;
         EXPECT_FALSE(WQWritePNG(*image, folder / name, &error)) << name;
-        EXPECT_EQ(error.domain, ZPPOSIXErrorDomain);
+        EXPECT_EQ(error.domain, kZPPOSIXErrorDomain);
     }
     EXPECT_FALSE(WQWritePNG(*image, "/dev/full/map.png"));
     const auto entries = std::filesystem::directory_iterator(folder.path());

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "io/ZPDataCursor.h"
+#include "io/ZPData.h"
 
 #include <array>
 #include <cstdint>
