@@ -16,9 +16,11 @@ if(PLOTTERRA_SANITIZE)
     target_link_options(plotterra_options INTERFACE -fsanitize=address,undefined)
 endif()
 
-# One static library a layer, named plotterra_<layer>, of all sources in its folder.
+# One static library a layer, named plotterra_<layer>, of all sources in its folder but a program's
+# main.cpp.
 function(plotterra_layer name)
     file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
+    list(FILTER sources EXCLUDE REGEX "/main\\.cpp$")
     add_library(plotterra_${name} STATIC ${sources})
     target_link_libraries(plotterra_${name} PUBLIC plotterra_options ${ARGN})
 endfunction()

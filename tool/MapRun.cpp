@@ -1,0 +1,95 @@
+#include "tool/MapRun.h"
+
+#include "game/WQKnownDungeons.h"
+#include "io/ZPStage.h"
+#include "io/ZPSystemLog.h"
+#include "tool/PlotFile.h"
+
+#include <cstdlib>
+
+namespace {
+
+constexpr int kUsageError = 2;
+
+std::unique_ptr<WQClientData> loadClientData(const std::string &path) {
+    const ZPStage stage("open and index");
+    auto clientData = std::make_unique<WQClientData>(path);
+    clientData->cellDataFile()->loadFileEntriesIfNecessary();
+    return clientData;
+}
+
+void configure(WQMapper &mapper, const Options &options) {
+    // The scheme replaces the whole table of colours, so that snow and water leave no trace in the
+    // picture. The order is part of how the program behaves.
+    if (options.snow)
+        mapper.updateSnow();
+    if (options.falseColorWater)
+        mapper.falseColorWater();
+    mapper.setShouldUseAlpha(options.useAlpha);
+    mapper.setShouldDrawGrid(options.drawGrid);
+    mapper.setScale(static_cast<std::uint64_t>(options.scale));
+    mapper.updateLandColors(WQMapColorScheme());
+    mapper.setLightVector({-0.5f, 0.5f, 0.707107f});
+    if (options.plotPath)
+        mapper.setCoordinates(readPlotFile(*options.plotPath));
+}
+
+/// Logs "error <what>: <error>", with (null) for a failure that came without an error.
+void logFailure(const char *what, const ZPError &error) {
+    ZPLog("error %s: %s", what, error.domain.empty() ? "(null)" : error.description().c_str());
+}
+
+} // namespace
+
+int MapRun::run(int argc, char *argv[]) {
+    // Builds the shared table and logs its size, ahead of everything else.
+    WQKnownDungeonNames();
+    if (argc < 3) {
+        printUsage();
+        return EXIT_SUCCESS;
+    }
+    const auto options = parseOptions(argc, argv);
+    if (!options) {
+        printUsage();
+        return kUsageError;
+    }
+    drawAsAsked(*options);
+    return EXIT_SUCCESS;
+}
+
+void MapRun::drawAsAsked(const Options &options) {
+    ZPLog("inputPath: %s", options.inputPath.c_str());
+    ZPLog("outputPath: %s", options.outputPath.c_str());
+    ZPLog("old data path: %s", ZPTextOrNull(options.oldPath ? &*options.oldPath : nullptr));
+
+    if (options.oldPath)
+        _oldClientData = loadClientData(*options.oldPath);
+    _clientData = loadClientData(options.inputPath);
+    _mapper = std::make_unique<WQMapper>(*_clientData);
+    configure(*_mapper, options);
+    if (options.heightMap)
+        saveHeightMap(options);
+    else
+        saveMap(options);
+    if (options.changesPath && _oldClientData != nullptr)
+        saveChanges(options);
+}
+
+void MapRun::saveHeightMap(const Options &options) {
+    ZPError error;
+    if (!_mapper->saveHeightMapToURL(options.outputPath, &error))
+        logFailure("saving height map", error);
+}
+
+void MapRun::saveMap(const Options &options) {
+    ZPError error;
+    _mapper->setOldClientData(_oldClientData.get());
+    if (!_mapper->saveMapToURL(options.outputPath, &error))
+        logFailure("saving map", error);
+}
+
+void MapRun::saveChanges(const Options &options) {
+    ZPError error;
+    if (!_mapper->saveChangesToURL(*options.changesPath, &error))
+        logFailure("saving changes", error);
+}
