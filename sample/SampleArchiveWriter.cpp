@@ -5,22 +5,23 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <fstream>
 #include <utility>
 
 namespace {
 
 /// The file's size has to be a multiple of this.
-constexpr std::uint32_t windowSize = 1 << 20;
+constexpr std::uint32_t kWindowSize = 1 << 20;
 /// A free block's link has but 31 bits for the next one.
-constexpr std::uint64_t largestFile = 1u << 31;
+constexpr std::uint64_t kLargestFile = 1u << 31;
 
-constexpr std::uint32_t formatOffset = 256;
-constexpr std::uint32_t headerEnd = 356;
-constexpr std::uint32_t freeMark = 0x80000000;
+constexpr std::uint32_t kFormatOffset = 256;
+constexpr std::uint32_t kHeaderEnd = 356;
+constexpr std::uint32_t kFreeMark = 0x80000000;
 
-constexpr double waitingShare = 0.025;
-constexpr double skippedShare = 0.045;
-constexpr char banner[] = "Sample world of Plotterra";
+constexpr double kWaitingShare = 0.025;
+constexpr double kSkippedShare = 0.045;
+constexpr char kBanner[] = "Sample world of Plotterra";
 
 void shuffle(std::span<std::uint32_t> values, SampleRandom &random) {
     for (std::size_t i = values.size(); i > 1; --i)
@@ -39,23 +40,23 @@ bool SampleArchiveWriter::open(ZPError *error) {
 
 /// Appends a window and decides the order in which its blocks are used.
 void SampleArchiveWriter::planWindow() {
-    const std::uint64_t start = _written + _windows.size() * std::uint64_t{windowSize};
-    _windows.emplace_back(windowSize);
+    const std::uint64_t start = _written + _windows.size() * std::uint64_t{kWindowSize};
+    _windows.emplace_back(kWindowSize);
     _planned.clear();
     _next = 0;
-    const std::uint32_t count = windowSize / _format.blockSize;
+    const std::uint32_t count = kWindowSize / _format.blockSize;
     for (std::uint32_t i = 0; i < count; ++i) {
         const std::uint64_t offset = start + std::uint64_t{i} * _format.blockSize;
-        if (offset >= headerEnd)
+        if (offset >= kHeaderEnd)
             _planned.push_back(static_cast<std::uint32_t>(offset));
     }
-    constexpr std::size_t stretch = 32;
-    for (std::size_t i = 0; i + stretch <= _planned.size(); i += stretch) {
-        const std::span<std::uint32_t> here(&_planned[i], stretch);
+    constexpr std::size_t kStretch = 32;
+    for (std::size_t i = 0; i + kStretch <= _planned.size(); i += kStretch) {
+        const std::span<std::uint32_t> here(&_planned[i], kStretch);
         if (_random.chance(0.25)) {
-            const std::size_t stretches = _planned.size() / stretch;
+            const std::size_t stretches = _planned.size() / kStretch;
             const std::size_t other =
-                _random.below(static_cast<std::uint32_t>(stretches)) * stretch;
+                _random.below(static_cast<std::uint32_t>(stretches)) * kStretch;
             if (other != i)
                 std::swap_ranges(here.begin(), here.end(),
                                  _planned.begin() + static_cast<std::ptrdiff_t>(other));
@@ -64,7 +65,7 @@ void SampleArchiveWriter::planWindow() {
             shuffle(here, _random);
     }
     std::erase_if(_planned, [&](std::uint32_t offset) {
-        const bool skip = _random.chance(skippedShare);
+        const bool skip = _random.chance(kSkippedShare);
         if (skip)
             _oldBlocks.push_back(offset);
         return skip;
@@ -97,14 +98,14 @@ bool SampleArchiveWriter::writeBytes(std::uint32_t offset, std::span<const std::
     if (offset < _written)
         return _file.rewriteAtOffset(offset, bytes, error);
     const std::uint64_t inMemory = offset - _written;
-    std::memcpy(&_windows[inMemory / windowSize][inMemory % windowSize], bytes.data(),
+    std::memcpy(&_windows[inMemory / kWindowSize][inMemory % kWindowSize], bytes.data(),
                 bytes.size());
     return true;
 }
 
 bool SampleArchiveWriter::writeChain(const std::vector<std::uint32_t> &blocks,
                                      std::span<const std::byte> bytes, ZPError *error) {
-    if (_written + (_windows.size() + 1) * std::uint64_t{windowSize} > largestFile)
+    if (_written + (_windows.size() + 1) * std::uint64_t{kWindowSize} > kLargestFile)
         return ZPFail(error, ZPError::posix(EFBIG));
     for (std::size_t i = 0; i < blocks.size(); ++i) {
         const auto payload =
@@ -125,7 +126,7 @@ bool SampleArchiveWriter::flushWindows(std::size_t keep, ZPError *error) {
         if (!_file.write(_windows.front(), error))
             return false;
         _windows.pop_front();
-        _written += windowSize;
+        _written += kWindowSize;
     }
     return true;
 }
@@ -133,7 +134,7 @@ bool SampleArchiveWriter::flushWindows(std::size_t keep, ZPError *error) {
 bool SampleArchiveWriter::addFile(SampleFileEntry entry, std::span<const std::byte> bytes,
                                   ZPError *error) {
     entry.fileSize = static_cast<std::uint32_t>(bytes.size());
-    if (_random.chance(waitingShare)) {
+    if (_random.chance(kWaitingShare)) {
         _waiting.push_back({_entries.size(), {bytes.begin(), bytes.end()}});
         _entries.push_back(entry);
         return true;
@@ -171,7 +172,7 @@ bool SampleArchiveWriter::writeDirectory(std::uint32_t &rootOffset, ZPError *err
 bool SampleArchiveWriter::writeFreeChain(std::vector<std::uint32_t> blocks, ZPError *error) {
     for (std::size_t i = 0; i < blocks.size(); ++i) {
         ZPMutableDataCursor link;
-        link.writeLittleInt32(freeMark | (i + 1 < blocks.size() ? blocks[i + 1] : 0));
+        link.writeLittleInt32(kFreeMark | (i + 1 < blocks.size() ? blocks[i + 1] : 0));
         if (!writeBytes(blocks[i], link.data(), error))
             return false;
     }
@@ -180,10 +181,10 @@ bool SampleArchiveWriter::writeFreeChain(std::vector<std::uint32_t> blocks, ZPEr
 
 bool SampleArchiveWriter::writeHeader(std::uint32_t rootOffset,
                                       std::span<const std::uint32_t> freeBlocks, ZPError *error) {
-    const std::uint64_t fileSize = _written + _windows.size() * std::uint64_t{windowSize};
+    const std::uint64_t fileSize = _written + _windows.size() * std::uint64_t{kWindowSize};
     ZPMutableDataCursor header;
-    header.writeBytes(banner, sizeof banner);
-    const std::vector<std::byte> gap(formatOffset - sizeof banner);
+    header.writeBytes(kBanner, sizeof kBanner);
+    const std::vector<std::byte> gap(kFormatOffset - sizeof kBanner);
     header.writeData(gap);
     header.writeLittleInt32(0x004C5000);
     header.writeData(std::span(gap).first(60));
@@ -209,4 +210,10 @@ bool SampleArchiveWriter::finish(ZPError *error) {
     shuffle(freeBlocks, _random);
     return writeFreeChain(freeBlocks, error) && writeHeader(rootOffset, freeBlocks, error) &&
            flushWindows(0, error) && _file.commit(error);
+}
+
+bool SampleIsSampleArchive(const std::filesystem::path &path) {
+    std::ifstream file(path, std::ios::binary);
+    char start[sizeof kBanner];
+    return file.read(start, sizeof start) && std::ranges::equal(start, kBanner);
 }

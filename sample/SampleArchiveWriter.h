@@ -75,3 +75,7 @@ class SampleArchiveWriter {
     std::size_t _next = 0;                 // first unused one of `_planned`
     std::vector<std::uint32_t> _oldBlocks; // left unused on the way, in no order
 };
+
+/// Whether the file is an archive that SampleArchiveWriter made. False also for one that cannot be
+/// read.
+[[nodiscard]] bool SampleIsSampleArchive(const std::filesystem::path &path);

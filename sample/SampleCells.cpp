@@ -10,9 +10,9 @@
 
 namespace {
 
-constexpr std::uint32_t landBlockKind = 0xFFFF;
-constexpr std::uint32_t objectBlockKind = 0xFFFE;
-constexpr std::uint32_t firstDungeonCell = 0x0100;
+constexpr std::uint32_t kLandBlockKind = 0xFFFF;
+constexpr std::uint32_t kObjectBlockKind = 0xFFFE;
+constexpr std::uint32_t kFirstDungeonCell = 0x0100;
 
 constexpr std::uint32_t identifierOf(std::uint16_t landBlock, std::uint32_t kind) {
     return (std::uint32_t{landBlock} << 16) | kind;
@@ -54,7 +54,7 @@ std::vector<std::byte> SampleLandBlockRecord(const SampleWorld &world, std::uint
     const int west = (landBlock >> 8) * SampleCellsPerBlock;
     const int south = (landBlock & 0xFF) * SampleCellsPerBlock;
     ZPMutableDataCursor record;
-    record.writeLittleInt32(identifierOf(landBlock, landBlockKind));
+    record.writeLittleInt32(identifierOf(landBlock, kLandBlockKind));
     record.writeLittleInt32(world.hasObjects(landBlock) ? 1 : 0);
     for (int x = west; x <= west + SampleCellsPerBlock; ++x)
         for (int y = south; y <= south + SampleCellsPerBlock; ++y) {
@@ -78,7 +78,7 @@ std::vector<std::byte> SampleLandBlockRecord(const SampleWorld &world, std::uint
 ///     8   u32  number of objects, then for each: u32 model, 3 x f32 place, 4 x f32 turn
 ///     ..  u32  number of buildings, then for each: the same and u32 number of leaves
 std::vector<std::byte> SampleObjectBlockRecord(const SampleWorld &world, std::uint16_t landBlock) {
-    const std::uint32_t identifier = identifierOf(landBlock, objectBlockKind);
+    const std::uint32_t identifier = identifierOf(landBlock, kObjectBlockKind);
     SampleRandom random(SampleHash(world.options().seed, identifier));
     const std::uint32_t objects = 2 + random.below(9), buildings = random.below(4);
     ZPMutableDataCursor record;
@@ -107,7 +107,7 @@ std::vector<std::byte> SampleObjectBlockRecord(const SampleWorld &world, std::ui
 ///     ..  things that stand in the cell, as in an object block
 std::vector<std::byte> SampleDungeonCellRecord(const SampleWorld &world,
                                                const SampleDungeon &dungeon, std::uint32_t number) {
-    const std::uint32_t identifier = identifierOf(dungeon.landBlock, firstDungeonCell + number);
+    const std::uint32_t identifier = identifierOf(dungeon.landBlock, kFirstDungeonCell + number);
     SampleRandom random(SampleHash(world.options().seed + dungeon.edition, identifier));
     const std::uint32_t surfaces = 4 + random.below(10), portals = 2 + random.below(6);
     const std::uint32_t visible = random.below(std::min(dungeon.cellCount + 1, 40u));
@@ -126,12 +126,12 @@ std::vector<std::byte> SampleDungeonCellRecord(const SampleWorld &world,
         record.writeLittleInt16(static_cast<std::uint16_t>(random.below(4)));
         record.writeLittleInt16(static_cast<std::uint16_t>(i));
         record.writeLittleInt16(
-            static_cast<std::uint16_t>(firstDungeonCell + random.below(dungeon.cellCount)));
+            static_cast<std::uint16_t>(kFirstDungeonCell + random.below(dungeon.cellCount)));
         record.writeLittleInt16(static_cast<std::uint16_t>(random.below(6)));
     }
     for (std::uint32_t i = 0; i < visible; ++i)
         record.writeLittleInt16(
-            static_cast<std::uint16_t>(firstDungeonCell + random.below(dungeon.cellCount)));
+            static_cast<std::uint16_t>(kFirstDungeonCell + random.below(dungeon.cellCount)));
     record.writeLittleInt32(things);
     for (std::uint32_t i = 0; i < things; ++i) {
         record.writeLittleInt32(0x02000000 + random.below(0x1000));
@@ -154,7 +154,7 @@ bool SampleWriteCellArchive(const SampleWorld &world, const std::filesystem::pat
         const auto number = static_cast<std::uint16_t>(block);
         for (; dungeon != world.dungeons().end() && dungeon->landBlock == number; ++dungeon)
             for (std::uint32_t i = 0; i < dungeon->cellCount; ++i)
-                if (!add(identifierOf(number, firstDungeonCell + i),
+                if (!add(identifierOf(number, kFirstDungeonCell + i),
                          SampleDungeonCellRecord(world, *dungeon, i)))
                     return false;
         const bool isInWorld =
@@ -162,9 +162,9 @@ bool SampleWriteCellArchive(const SampleWorld &world, const std::filesystem::pat
         if (!isInWorld || !world.hasLand(number))
             continue;
         if (world.hasObjects(number) &&
-            !add(identifierOf(number, objectBlockKind), SampleObjectBlockRecord(world, number)))
+            !add(identifierOf(number, kObjectBlockKind), SampleObjectBlockRecord(world, number)))
             return false;
-        if (!add(identifierOf(number, landBlockKind), SampleLandBlockRecord(world, number)))
+        if (!add(identifierOf(number, kLandBlockKind), SampleLandBlockRecord(world, number)))
             return false;
     }
     return add(SampleVersionIdentifier, SampleVersionRecord(world.options())) &&

@@ -7,11 +7,11 @@
 
 namespace {
 
-constexpr std::size_t childSlots = 62;
-constexpr std::size_t entrySlots = 62;
-constexpr std::size_t mostEntries = 61;
-constexpr std::size_t leastEntries = 30;
-constexpr std::size_t usualEntries = 46;
+constexpr std::size_t kChildSlots = 62;
+constexpr std::size_t kEntrySlots = 62;
+constexpr std::size_t kMostEntries = 61;
+constexpr std::size_t kLeastEntries = 30;
+constexpr std::size_t kUsualEntries = 46;
 
 /// Entries of a subtree whose every node holds `perNode`; a height of 0 is a leaf.
 std::size_t subtreeSize(int height, std::size_t perNode) {
@@ -25,7 +25,7 @@ std::size_t subtreeSize(int height, std::size_t perNode) {
 
 std::uint32_t SampleDirectoryBuilder::build() {
     int height = 0;
-    while (_entries.size() > subtreeSize(height, mostEntries))
+    while (_entries.size() > subtreeSize(height, kMostEntries))
         ++height;
     return buildSubtree(_entries, height, true);
 }
@@ -36,13 +36,13 @@ std::uint32_t SampleDirectoryBuilder::buildSubtree(std::span<const SampleFileEnt
         return write({}, entries);
 
     // A node with c children keeps c - 1 entries for itself.
-    const std::size_t least = subtreeSize(height - 1, leastEntries);
-    const std::size_t most = subtreeSize(height - 1, mostEntries);
-    const std::size_t usual = subtreeSize(height - 1, usualEntries);
+    const std::size_t least = subtreeSize(height - 1, kLeastEntries);
+    const std::size_t most = subtreeSize(height - 1, kMostEntries);
+    const std::size_t usual = subtreeSize(height - 1, kUsualEntries);
     const std::size_t total = entries.size() + 1;
     const std::size_t fewest =
-        std::max((total + most) / (most + 1), isRoot ? std::size_t{2} : leastEntries + 1);
-    const std::size_t greatest = std::min(total / (least + 1), childSlots);
+        std::max((total + most) / (most + 1), isRoot ? std::size_t{2} : kLeastEntries + 1);
+    const std::size_t greatest = std::min(total / (least + 1), kChildSlots);
     const std::size_t count = std::clamp((total + usual / 2) / (usual + 1), fewest, greatest);
 
     std::vector<std::uint32_t> children;
@@ -67,7 +67,7 @@ std::uint32_t SampleDirectoryBuilder::buildSubtree(std::span<const SampleFileEnt
 std::uint32_t SampleDirectoryBuilder::write(std::span<const std::uint32_t> children,
                                             std::span<const SampleFileEntry> entries) {
     ZPMutableDataCursor node;
-    for (std::size_t i = 0; i < childSlots; ++i)
+    for (std::size_t i = 0; i < kChildSlots; ++i)
         node.writeLittleInt32(i < children.size() ? children[i] : 0);
     node.writeLittleInt32(static_cast<std::uint32_t>(entries.size()));
     for (const SampleFileEntry &entry : entries)
@@ -75,7 +75,7 @@ std::uint32_t SampleDirectoryBuilder::write(std::span<const std::uint32_t> child
                                          entry.fileSize, entry.mtime, entry.iteration})
             node.writeLittleInt32(word);
     // What lies behind the last entry was never cleared.
-    for (std::size_t i = entries.size() * 6; i < entrySlots * 6; ++i)
+    for (std::size_t i = entries.size() * 6; i < kEntrySlots * 6; ++i)
         node.writeLittleInt32(0xCDCDCDCD);
     return _writeNode(node.data());
 }

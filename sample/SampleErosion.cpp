@@ -11,7 +11,7 @@ struct Offset {
     float distance;
 };
 
-constexpr Offset neighbours[8] = {
+constexpr Offset kNeighbours[8] = {
     {-1, -1, 1.41421356f}, {0, -1, 1}, {1, -1, 1.41421356f}, {-1, 0, 1}, {1, 0, 1},
     {-1, 1, 1.41421356f},  {0, 1, 1},  {1, 1, 1.41421356f}};
 
@@ -27,7 +27,7 @@ std::uint32_t steepestNeighbour(const SampleGrid<float> &surface, std::size_t in
     const int y = static_cast<int>(index) / surface.side();
     std::uint32_t best = fallback;
     float steepest = 0;
-    for (const Offset &n : neighbours) {
+    for (const Offset &n : kNeighbours) {
         if (!surface.contains(x + n.x, y + n.y))
             continue;
         const std::size_t other = surface.index(x + n.x, y + n.y);
@@ -79,7 +79,7 @@ SampleFlow SampleRouteFlow(const SampleGrid<float> &height, const SampleGrid<std
             continue;
         reached[i] = 1;
         const int x = static_cast<int>(i) % side, y = static_cast<int>(i) / side;
-        for (const Offset &n : neighbours)
+        for (const Offset &n : kNeighbours)
             if (height.contains(x + n.x, y + n.y) && !sea(x + n.x, y + n.y)) {
                 open.push(queueKey(0, i));
                 break;
@@ -97,7 +97,7 @@ SampleFlow SampleRouteFlow(const SampleGrid<float> &height, const SampleGrid<std
         if (!sea[i])
             flow.order.push_back(i);
         const int x = static_cast<int>(i) % side, y = static_cast<int>(i) / side;
-        for (const Offset &n : neighbours) {
+        for (const Offset &n : kNeighbours) {
             if (!height.contains(x + n.x, y + n.y))
                 continue;
             const std::size_t other = height.index(x + n.x, y + n.y);

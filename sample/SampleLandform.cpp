@@ -9,9 +9,9 @@
 
 namespace {
 
-constexpr int coarse = 4;
-constexpr int fine = 2;
-constexpr float worldEdge = SamplePointsPerSide - 1;
+constexpr int kCoarse = 4;
+constexpr int kFine = 2;
+constexpr float kWorldEdge = SamplePointsPerSide - 1;
 
 template <class Value, class Function>
 void fillInParallel(SampleGrid<Value> &grid, const Function &valueAt) {
@@ -33,8 +33,8 @@ float distanceToSegment(SamplePoint p, SamplePoint a, SamplePoint b) {
 
 SampleLandform::SampleLandform(std::uint64_t seed)
     : _shape(SampleHash(seed, 1)), _detail(SampleHash(seed, 2)), _bend(SampleHash(seed, 3)),
-      _coast(coarse), _height(fine), _sea(fine), _flow(fine), _lakeDepth(fine) {
-    layOut(seed);
+      _plan(SampleMakePlan(seed)), _coast(kCoarse), _height(kFine), _sea(kFine), _flow(kFine),
+      _lakeDepth(kFine) {
     shapeCoast();
     placeVolcano(seed);
     raiseLand();
@@ -43,50 +43,19 @@ SampleLandform::SampleLandform(std::uint64_t seed)
     fillHollows();
 }
 
-/// Places the great features: lobes of land that leave the north-east to the sea (the map's title
-/// and compass stand there), and mountain ranges along them, each nudged by the seed.
-void SampleLandform::layOut(std::uint64_t seed) {
-    SampleRandom random(SampleHash(seed, 4));
-    const auto nudge = [&](float value, double by) {
-        return value + static_cast<float>(random.range(-by, by));
-    };
-    static constexpr Lobe lobes[] = {
-        {700, 1330, 500, 430},  {1130, 1040, 470, 400}, {800, 720, 430, 470},
-        {1290, 560, 380, 300},  {1660, 620, 170, 250},  {420, 450, 190, 170},
-        {1130, 1640, 260, 160}, {300, 920, 140, 110},   {1560, 1180, 90, 130},
-        {1780, 240, 110, 90},   {250, 1700, 110, 130},  {860, 190, 120, 70}};
-    for (const Lobe &lobe : lobes)
-        _lobes.push_back({nudge(lobe.x, 40), nudge(lobe.y, 40),
-                          lobe.width * static_cast<float>(random.range(0.9, 1.1)),
-                          lobe.height * static_cast<float>(random.range(0.9, 1.1))});
-
-    const Range ranges[] = {
-        {{{330, 1480}, {560, 1420}, {720, 1240}, {860, 1080}, {900, 880}}, 62, 1.0f},
-        {{{860, 1080}, {1080, 1130}, {1290, 1010}, {1440, 1060}}, 46, 0.8f},
-        {{{560, 700}, {700, 560}, {830, 480}}, 42, 0.65f},
-        {{{1060, 520}, {1250, 640}, {1440, 600}, {1640, 740}}, 52, 0.85f},
-        {{{900, 1560}, {1080, 1640}, {1250, 1620}}, 50, 0.9f},
-        {{{380, 420}, {450, 500}}, 26, 0.45f}};
-    for (Range range : ranges) {
-        for (SamplePoint &point : range.crest)
-            point = {nudge(point.x, 40), nudge(point.y, 40)};
-        _ranges.push_back(range);
-    }
-}
-
 /// Before noise: about 1 deep inside a lobe, 0 at its rim.
 float SampleLandform::continent(float x, float y) const {
     const float wx = x + 190 * _shape.layered(x / 380, y / 380, 3);
     const float wy = y + 190 * _shape.layered(x / 380 + 61, y / 380 - 43, 3);
     float inside = -2;
-    for (const Lobe &lobe : _lobes) {
-        const float dx = (wx - lobe.x) / lobe.width, dy = (wy - lobe.y) / lobe.height;
+    for (const SamplePlan::Lobe &lobe : _plan.lobes) {
+        const float dx = (wx - lobe.centre.x) / lobe.width;
+        const float dy = (wy - lobe.centre.y) / lobe.height;
         inside = std::max(inside, 1 - std::sqrt(dx * dx + dy * dy));
     }
     // The map's frame and the corner of its title stay open sea.
-    const float frame = std::min(std::min(x, y), std::min(worldEdge - x, worldEdge - y));
-    const float corner = std::min(SampleStep(1480, 1700, x), SampleStep(1240, 1420, y));
-    return inside - 1.2f * (1 - SampleStep(30, 170, frame)) - 1.5f * corner;
+    const float frame = std::min(std::min(x, y), std::min(kWorldEdge - x, kWorldEdge - y));
+    return inside - 1.2f * (1 - SampleStep(30, 170, frame)) - 1.5f * SampleOpenCorner(x, y);
 }
 
 void SampleLandform::shapeCoast() {
@@ -102,14 +71,14 @@ void SampleLandform::shapeCoast() {
 /// Water that no sea way reaches becomes land, or rivers would end in it.
 void SampleLandform::joinInlandSeas() {
     std::vector<std::size_t> open = {0};
-    SampleGrid<std::uint8_t> reached(coarse);
+    SampleGrid<std::uint8_t> reached(kCoarse);
     reached[0] = 1;
     while (!open.empty()) {
         const int x = static_cast<int>(open.back()) % _coast.side();
         const int y = static_cast<int>(open.back()) / _coast.side();
         open.pop_back();
-        constexpr int steps[4][2] = {{1, 0}, {-1, 0}, {0, 1}, {0, -1}};
-        for (const auto &step : steps) {
+        constexpr int kSteps[4][2] = {{1, 0}, {-1, 0}, {0, 1}, {0, -1}};
+        for (const auto &step : kSteps) {
             const int nx = x + step[0], ny = y + step[1];
             if (!_coast.contains(nx, ny) || reached(nx, ny) || _coast(nx, ny) > 0)
                 continue;
@@ -126,7 +95,7 @@ float SampleLandform::mountains(float x, float y) const {
     const SamplePoint warped = {x + 60 * _shape.layered(x / 130 + 11, y / 130, 3),
                                 y + 60 * _shape.layered(x / 130, y / 130 + 23, 3)};
     float most = 0;
-    for (const Range &range : _ranges) {
+    for (const SamplePlan::Range &range : _plan.ranges) {
         float distance = 1e9f;
         for (std::size_t i = 1; i < range.crest.size(); ++i)
             distance =
@@ -140,8 +109,8 @@ float SampleLandform::mountains(float x, float y) const {
 /// Uplift along the ranges and rivers that cut into it, first coarsely for the great valleys, then
 /// finely for their branches.
 void SampleLandform::raiseLand() {
-    SampleGrid<float> uplift(coarse), rough(coarse);
-    SampleGrid<std::uint8_t> sea(coarse);
+    SampleGrid<float> uplift(kCoarse), rough(kCoarse);
+    SampleGrid<std::uint8_t> sea(kCoarse);
     fillInParallel(uplift, [&](float x, float y) {
         const float coast = _coast.linear(x, y);
         const float hills = SampleStep(0.05f, 0.6f, _shape.layered(x / 170 + 3, y / 170 + 91, 4));
@@ -163,19 +132,19 @@ void SampleLandform::raiseLand() {
             return 0.0f;
         return std::max(0.5f, rough.cubic(x, y) + 2.0f * _detail.layered(x / 9, y / 9, 2));
     });
-    SampleGrid<float> fineUplift(fine);
+    SampleGrid<float> fineUplift(kFine);
     fillInParallel(fineUplift, [&](float x, float y) { return uplift.linear(x, y); });
     SampleErode(_height, _sea, fineUplift,
                 {.steps = 4, .stepLength = 5, .erodibility = 0.11f, .creep = 0.06f});
 }
 
-/// In the south-east, as far from the sea as a few tries find.
+/// As far from the sea, and from other mountains, as a few tries find.
 void SampleLandform::placeVolcano(std::uint64_t seed) {
     SampleRandom random(SampleHash(seed, 6));
     float best = -2;
-    for (int tries = 0; tries < 60; ++tries) {
-        const SamplePoint place = {static_cast<float>(random.range(1150, 1700)),
-                                   static_cast<float>(random.range(330, 800))};
+    for (int tries = 0; tries < 120; ++tries) {
+        const SamplePoint place = {static_cast<float>(random.range(250, 1800)),
+                                   static_cast<float>(random.range(250, 1800))};
         const float worth =
             std::min(0.3f, _coast.linear(place.x, place.y)) - 0.5f * mountains(place.x, place.y);
         if (worth > best) {
@@ -189,7 +158,7 @@ void SampleLandform::placeVolcano(std::uint64_t seed) {
 void SampleLandform::raiseVolcano() {
     fillInParallel(_height, [&](float x, float y) {
         const float here = _height.nearest(x, y);
-        const float d = SampleDistance({x, y}, _volcano) / volcanoRadius;
+        const float d = SampleDistance({x, y}, _volcano) / kVolcanoRadius;
         if (d >= 1 || _sea.nearest(x, y))
             return here;
         const float cone = (1 - d) * (1 - d) * (1.0f + 0.25f * _detail.layered(x / 12, y / 12, 3));
@@ -209,16 +178,16 @@ void SampleLandform::sinkLakes(std::uint64_t seed) {
         const float radius = static_cast<float>(8 + 34 * random.unit() * random.unit());
         if (_coast.linear(centre.x, centre.y) < 0.10f + radius * 0.001f ||
             _height.linear(centre.x, centre.y) > 130 ||
-            SampleDistance(centre, _volcano) < volcanoRadius + radius)
+            SampleDistance(centre, _volcano) < kVolcanoRadius + radius)
             continue;
         --wanted;
-        const int reach = static_cast<int>(radius * 2) / fine;
-        const int cx = static_cast<int>(centre.x) / fine, cy = static_cast<int>(centre.y) / fine;
+        const int reach = static_cast<int>(radius * 2) / kFine;
+        const int cx = static_cast<int>(centre.x) / kFine, cy = static_cast<int>(centre.y) / kFine;
         for (int y = cy - reach; y <= cy + reach; ++y)
             for (int x = cx - reach; x <= cx + reach; ++x) {
                 if (!_height.contains(x, y) || _sea(x, y))
                     continue;
-                const float px = static_cast<float>(x * fine), py = static_cast<float>(y * fine);
+                const float px = static_cast<float>(x * kFine), py = static_cast<float>(y * kFine);
                 const float shore = radius * (1 + 0.7f * _detail.layered(px / 26, py / 26, 3));
                 const float d = SampleDistance({px, py}, centre) / shore;
                 _height(x, y) -= 22 * SampleStep(1.0f, 0.35f, d);
@@ -230,7 +199,7 @@ void SampleLandform::sinkLakes(std::uint64_t seed) {
 /// Keeps the greater hollows as lakes and levels the rest.
 void SampleLandform::fillHollows() {
     _flow = SampleRouteFlow(_height, _sea);
-    SampleGrid<std::uint8_t> seen(fine);
+    SampleGrid<std::uint8_t> seen(kFine);
     for (std::size_t start = 0; start < _height.size(); ++start) {
         const auto isWet = [&](std::size_t i) { return _flow.surface[i] > _height[i] + 0.3f; };
         if (seen[start] || _sea[start] || !isWet(start))

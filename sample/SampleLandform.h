@@ -3,20 +3,9 @@
 #include "sample/SampleErosion.h"
 #include "sample/SampleGrid.h"
 #include "sample/SampleNoise.h"
+#include "sample/SamplePlan.h"
 
-#include <cmath>
 #include <cstdint>
-#include <vector>
-
-/// A place given in land points.
-struct SamplePoint {
-    float x = 0, y = 0;
-};
-
-inline float SampleDistance(SamplePoint a, SamplePoint b) {
-    const float dx = a.x - b.x, dy = a.y - b.y;
-    return std::sqrt(dx * dx + dy * dy);
-}
 
 /// The rough shape of the world, before it is brought to single land points: where land is, how
 /// high it stands above the sea, and where water gathers.
@@ -43,18 +32,9 @@ class SampleLandform {
     const SampleGrid<float> &lakeDepth() const { return _lakeDepth; }
     SamplePoint volcano() const { return _volcano; }
 
-    static constexpr float volcanoRadius = 62;
+    static constexpr float kVolcanoRadius = 62;
 
   private:
-    struct Lobe {
-        float x, y, width, height;
-    };
-    struct Range {
-        std::vector<SamplePoint> crest;
-        float width, strength;
-    };
-
-    void layOut(std::uint64_t seed);
     float continent(float x, float y) const;
     float mountains(float x, float y) const;
     void shapeCoast();
@@ -66,8 +46,7 @@ class SampleLandform {
     void fillHollows();
 
     SampleNoise _shape, _detail, _bend;
-    std::vector<Lobe> _lobes;
-    std::vector<Range> _ranges;
+    SamplePlan _plan;
     SamplePoint _volcano;
     SampleGrid<float> _coast;  // every 4 land points
     SampleGrid<float> _height; // every 2 land points, as the rest

@@ -18,13 +18,13 @@ SampleNoise::SampleNoise(std::uint64_t seed) {
 
 float SampleNoise::gradient(int x, int y, float dx, float dy) const {
     // Sixteen directions, evenly spread, so that no axis shows in the relief.
-    static constexpr float directions[16][2] = {
+    static constexpr float kDirections[16][2] = {
         {1, 0},  {0.9239f, 0.3827f},   {0.7071f, 0.7071f},   {0.3827f, 0.9239f},
         {0, 1},  {-0.3827f, 0.9239f},  {-0.7071f, 0.7071f},  {-0.9239f, 0.3827f},
         {-1, 0}, {-0.9239f, -0.3827f}, {-0.7071f, -0.7071f}, {-0.3827f, -0.9239f},
         {0, -1}, {0.3827f, -0.9239f},  {0.7071f, -0.7071f},  {0.9239f, -0.3827f}};
     const std::size_t column = static_cast<std::size_t>(x & 255);
-    const auto &d = directions[_order[_order[column] + static_cast<std::size_t>(y & 255)] & 15];
+    const auto &d = kDirections[_order[_order[column] + static_cast<std::size_t>(y & 255)] & 15];
     return d[0] * dx + d[1] * dy;
 }
 

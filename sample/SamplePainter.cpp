@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr float openSeaFloor = -1000;
+constexpr float kOpenSeaFloor = -1000;
 
 } // namespace
 
@@ -37,7 +37,7 @@ void SamplePainter::layGround(SampleGrid<float> &ground) const {
         for (int x = 0; x < ground.side(); ++x) {
             const float px = static_cast<float>(x), py = static_cast<float>(y);
             if (_landform.isOpenSea(px, py)) {
-                ground(x, y) = openSeaFloor;
+                ground(x, y) = kOpenSeaFloor;
                 continue;
             }
             const float coast = _landform.coastAt(px, py);
@@ -72,8 +72,8 @@ SampleTerrain SamplePainter::paint(bool older) const {
             terrain.height(x, y) = SampleHeightIndex(std::max(0.0f, seaLevel + height + 0.5f));
             SampleLand &land = terrain.land(x, y);
             if (height < 0) {
-                land = height == openSeaFloor ? SampleLand::deepSea
-                                              : seaAt(x, y, _landform.coastAt(px, py));
+                land = height == kOpenSeaFloor ? SampleLand::deepSea
+                                               : seaAt(x, y, _landform.coastAt(px, py));
                 if (land == SampleLand::deepSea)
                     terrain.height(x, y) = 0;
                 continue;
@@ -208,7 +208,7 @@ SampleLand SamplePainter::temperateAt(const Site &site, float region) {
 /// Ash and lava around the volcano; an older world lacks what the last eruption laid down.
 SampleLand SamplePainter::volcanicAt(const Site &site, SampleLand usual, bool older) const {
     const float ragged = 9 * site.patch + 3 * site.speckle;
-    if (!older && SampleDistance({site.x, site.y}, _eruption) < eruptionRadius - 8 + 1.5f * ragged)
+    if (!older && SampleDistance({site.x, site.y}, _eruption) < kEruptionRadius - 8 + 1.5f * ragged)
         return site.hollow > 2 || site.patch > 0.2f ? SampleLand::volcano1
                                                     : SampleLand::obsidianPlain;
     const float d = SampleDistance({site.x, site.y}, _landform.volcano()) + ragged;

@@ -16,7 +16,7 @@ class SamplePainter {
 
     /// Where the last eruption buried the land, as a centre and a radius in land points.
     SamplePoint eruption() const { return _eruption; }
-    static constexpr float eruptionRadius = 26;
+    static constexpr float kEruptionRadius = 26;
 
   private:
     struct Site {

@@ -9,10 +9,10 @@
 
 namespace {
 
-constexpr std::uint32_t currentVersion = 2072;
-constexpr std::uint32_t olderVersion = 1893;
-constexpr std::uint32_t firstOfJanuary2003 = 1041379200;
-constexpr std::uint32_t secondsInAYear = 31557600;
+constexpr std::uint32_t kCurrentVersion = 2072;
+constexpr std::uint32_t kOlderVersion = 1893;
+constexpr std::uint32_t kFirstOfJanuary2003 = 1041379200;
+constexpr std::uint32_t kSecondsInAYear = 31557600;
 
 /// Adds the files of an archive until one cannot be written.
 class ArchiveFiller {
@@ -42,16 +42,16 @@ class ArchiveFiller {
 
 /// 256 colours, blue first, alpha last.
 std::vector<std::byte> paletteRecord(std::uint32_t identifier, SampleRandom &random) {
-    constexpr std::uint32_t colours = 256;
+    constexpr std::uint32_t kColours = 256;
     const std::uint32_t from = random.below(0x1000000), to = random.below(0x1000000);
     ZPMutableDataCursor record;
     record.writeLittleInt32(identifier);
-    record.writeLittleInt32(colours);
-    for (std::uint32_t i = 0; i < colours; ++i) {
+    record.writeLittleInt32(kColours);
+    for (std::uint32_t i = 0; i < kColours; ++i) {
         for (int shift = 0; shift < 24; shift += 8) {
             const std::uint32_t a = from >> shift & 0xFF, b = to >> shift & 0xFF;
             record.writeByte(
-                static_cast<std::uint8_t>((a * (colours - 1 - i) + b * i) / (colours - 1)));
+                static_cast<std::uint8_t>((a * (kColours - 1 - i) + b * i) / (kColours - 1)));
         }
         record.writeByte(0xFF);
     }
@@ -87,7 +87,7 @@ std::vector<std::byte> namesRecord(std::uint32_t identifier,
 
 std::vector<std::byte> SampleVersionRecord(const SampleOptions &options) {
     ZPMutableDataCursor record;
-    record.writeLittleInt32(options.older ? olderVersion : currentVersion);
+    record.writeLittleInt32(options.older ? kOlderVersion : kCurrentVersion);
     return record.takeData();
 }
 
@@ -96,10 +96,10 @@ SampleFileEntry SampleStampedEntry(const SampleOptions &options, std::uint32_t i
     SampleFileEntry entry;
     entry.identifier = identifier;
     entry.version = 0x00020001 + random.below(3);
-    entry.mtime = firstOfJanuary2003 + random.below(5 * secondsInAYear);
+    entry.mtime = kFirstOfJanuary2003 + random.below(5 * kSecondsInAYear);
     entry.iteration = 1 + random.below(900);
     if (!options.older) {
-        entry.mtime += 6 * secondsInAYear;
+        entry.mtime += 6 * kSecondsInAYear;
         entry.iteration += 1000;
     }
     return entry;

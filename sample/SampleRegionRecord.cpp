@@ -14,53 +14,53 @@ struct LandType {
     std::uint8_t red, green, blue;
 };
 
-constexpr LandType landTypes[] = {{"Barren Rock", 206, 176, 124},
-                                  {"Grassland", 179, 184, 144},
-                                  {"Ice", 235, 237, 242},
-                                  {"Lush Grass", 163, 178, 44},
-                                  {"Marsh Sparse Swamp", 181, 154, 80},
-                                  {"Mud Rich Dirt", 177, 152, 136},
-                                  {"Obsidian Plain", 153, 137, 166},
-                                  {"Packed Dirt", 199, 185, 162},
-                                  {"Patchy Dirt", 172, 158, 96},
-                                  {"Patchy Grassland", 162, 182, 32},
-                                  {"Yellow Sand", 230, 193, 144},
-                                  {"Grey Sand", 225, 224, 210},
-                                  {"Rock Strewn Sand", 224, 205, 182},
-                                  {"Sedimentary Rock", 214, 180, 152},
-                                  {"Semi-Barren Rock", 186, 197, 159},
-                                  {"Snow", 229, 229, 229},
-                                  {"Running Water", 142, 166, 189},
-                                  {"Fresh Standing Water", 163, 176, 189},
-                                  {"Shallow Sea", 166, 198, 225},
-                                  {"Shallow Still Sea", 152, 172, 190},
-                                  {"Deep Sea", 120, 158, 190},
-                                  {"Forest Floor", 144, 153, 70},
-                                  {"Faux Running Water", 194, 209, 224},
-                                  {"Sea Slime", 147, 155, 142},
-                                  {"Argila", 195, 184, 162},
-                                  {"Volcano 1", 168, 155, 155},
-                                  {"Volcano 2", 185, 185, 184},
-                                  {"Blue Ice", 204, 226, 230},
-                                  {"Moss", 202, 179, 140},
-                                  {"Dark Moss", 181, 155, 110},
-                                  {"Vorrik", 202, 181, 144},
-                                  {"Desolate Lands", 200, 189, 166},
-                                  {"Road", 223, 214, 197}};
+constexpr LandType kLandTypes[] = {{"Barren Rock", 206, 176, 124},
+                                   {"Grassland", 179, 184, 144},
+                                   {"Ice", 235, 237, 242},
+                                   {"Lush Grass", 163, 178, 44},
+                                   {"Marsh Sparse Swamp", 181, 154, 80},
+                                   {"Mud Rich Dirt", 177, 152, 136},
+                                   {"Obsidian Plain", 153, 137, 166},
+                                   {"Packed Dirt", 199, 185, 162},
+                                   {"Patchy Dirt", 172, 158, 96},
+                                   {"Patchy Grassland", 162, 182, 32},
+                                   {"Yellow Sand", 230, 193, 144},
+                                   {"Grey Sand", 225, 224, 210},
+                                   {"Rock Strewn Sand", 224, 205, 182},
+                                   {"Sedimentary Rock", 214, 180, 152},
+                                   {"Semi-Barren Rock", 186, 197, 159},
+                                   {"Snow", 229, 229, 229},
+                                   {"Running Water", 142, 166, 189},
+                                   {"Fresh Standing Water", 163, 176, 189},
+                                   {"Shallow Sea", 166, 198, 225},
+                                   {"Shallow Still Sea", 152, 172, 190},
+                                   {"Deep Sea", 120, 158, 190},
+                                   {"Forest Floor", 144, 153, 70},
+                                   {"Faux Running Water", 194, 209, 224},
+                                   {"Sea Slime", 147, 155, 142},
+                                   {"Argila", 195, 184, 162},
+                                   {"Volcano 1", 168, 155, 155},
+                                   {"Volcano 2", 185, 185, 184},
+                                   {"Blue Ice", 204, 226, 230},
+                                   {"Moss", 202, 179, 140},
+                                   {"Dark Moss", 181, 155, 110},
+                                   {"Vorrik", 202, 181, 144},
+                                   {"Desolate Lands", 200, 189, 166},
+                                   {"Road", 223, 214, 197}};
 
-constexpr const char *dayNames[] = {"Moonday", "Plowday",   "Tideday",
-                                    "Lampday", "Hearthday", "Marketday"};
-constexpr const char *monthNames[] = {"Frostwane", "Seedfall",  "Greenmantle", "Highsun",
-                                      "Goldsheaf", "Stagmonth", "Rainturn",    "Leafdown",
-                                      "Firstrime", "Longnight", "Wolfmoon",    "Thawbreak"};
-constexpr std::uint32_t daysPerMonth = 30;
+constexpr const char *kDayNames[] = {"Moonday", "Plowday",   "Tideday",
+                                     "Lampday", "Hearthday", "Marketday"};
+constexpr const char *kMonthNames[] = {"Frostwane", "Seedfall",  "Greenmantle", "Highsun",
+                                       "Goldsheaf", "Stagmonth", "Rainturn",    "Leafdown",
+                                       "Firstrime", "Longnight", "Wolfmoon",    "Thawbreak"};
+constexpr std::uint32_t kDaysPerMonth = 30;
 
 struct TimeOfDay {
     float start; // share of the day
     bool isNight;
     const char *name;
 };
-constexpr TimeOfDay times[] = {
+constexpr TimeOfDay kTimes[] = {
     {0.0f, true, "Midnight"},      {0.0625f, true, "Late Night"}, {0.1875f, true, "Before Dawn"},
     {0.25f, false, "Dawn"},        {0.3125f, false, "Morning"},   {0.5f, false, "Noon"},
     {0.5625f, false, "Afternoon"}, {0.75f, false, "Dusk"},        {0.8125f, true, "Evening"}};
@@ -69,10 +69,10 @@ struct Weather {
     float percent;
     const char *name;
 };
-constexpr Weather weathers[] = {
+constexpr Weather kWeathers[] = {
     {52.5f, "Clear"}, {24.0f, "Cloudy"}, {15.5f, "Rain"}, {5.0f, "Storm"}, {3.0f, "Ash Fall"}};
 
-constexpr std::uint32_t sceneryGroups = 24;
+constexpr std::uint32_t kSceneryGroups = 24;
 
 void writeCount(ZPMutableDataCursor &record, std::size_t count) {
     record.writeLittleInt32(static_cast<std::uint32_t>(count));
@@ -88,19 +88,19 @@ void writeString(ZPMutableDataCursor &record, std::string_view text, bool align)
 }
 
 void writeCalendar(ZPMutableDataCursor &record) {
-    writeCount(record, std::size(times));
-    for (const TimeOfDay &time : times) {
+    writeCount(record, std::size(kTimes));
+    for (const TimeOfDay &time : kTimes) {
         record.writeLittleFloat32(time.start);
         record.writeLittleInt32(time.isNight ? 1 : 0);
         writeString(record, time.name, true);
     }
-    writeCount(record, std::size(dayNames));
-    for (const char *name : dayNames)
+    writeCount(record, std::size(kDayNames));
+    for (const char *name : kDayNames)
         writeString(record, name, true);
-    writeCount(record, std::size(monthNames));
-    for (std::uint32_t i = 0; i < std::size(monthNames); ++i) {
-        record.writeLittleInt32(i * daysPerMonth);
-        writeString(record, monthNames[i], true);
+    writeCount(record, std::size(kMonthNames));
+    for (std::uint32_t i = 0; i < std::size(kMonthNames); ++i) {
+        record.writeLittleInt32(i * kDaysPerMonth);
+        writeString(record, kMonthNames[i], true);
     }
 }
 
@@ -126,10 +126,10 @@ void writeAnimationGroup(ZPMutableDataCursor &record, std::uint32_t weather, flo
 }
 
 void writeWeather(ZPMutableDataCursor &record) {
-    writeCount(record, std::size(weathers));
-    for (std::uint32_t i = 0; i < std::size(weathers); ++i) {
-        record.writeLittleFloat32(weathers[i].percent);
-        writeString(record, weathers[i].name, true);
+    writeCount(record, std::size(kWeathers));
+    for (std::uint32_t i = 0; i < std::size(kWeathers); ++i) {
+        record.writeLittleFloat32(kWeathers[i].percent);
+        writeString(record, kWeathers[i].name, true);
         writeCount(record, i + 1);
         for (std::uint32_t model = 0; model <= i; ++model) {
             for (const float value :
@@ -146,9 +146,9 @@ void writeWeather(ZPMutableDataCursor &record) {
 }
 
 void writeScenery(ZPMutableDataCursor &record) {
-    constexpr std::uint32_t referenceSets = 4;
-    writeCount(record, referenceSets);
-    for (std::uint32_t set = 0; set < referenceSets; ++set) {
+    constexpr std::uint32_t kReferenceSets = 4;
+    writeCount(record, kReferenceSets);
+    for (std::uint32_t set = 0; set < kReferenceSets; ++set) {
         record.writeLittleInt32(0x20000040 + set);
         writeCount(record, set + 1);
         for (std::uint32_t i = 0; i <= set; ++i) {
@@ -157,9 +157,9 @@ void writeScenery(ZPMutableDataCursor &record) {
                 record.writeLittleFloat32(value);
         }
     }
-    writeCount(record, sceneryGroups);
-    for (std::uint32_t group = 0; group < sceneryGroups; ++group) {
-        record.writeLittleInt32(group % referenceSets);
+    writeCount(record, kSceneryGroups);
+    for (std::uint32_t group = 0; group < kSceneryGroups; ++group) {
+        record.writeLittleInt32(group % kReferenceSets);
         writeCount(record, 1 + group % 3);
         for (std::uint32_t i = 0; i <= group % 3; ++i)
             record.writeLittleInt32(0x12000000 + group * 4 + i);
@@ -167,15 +167,15 @@ void writeScenery(ZPMutableDataCursor &record) {
 }
 
 void writeLandTypes(ZPMutableDataCursor &record) {
-    writeCount(record, std::size(landTypes));
-    for (std::uint32_t i = 0; i < std::size(landTypes); ++i) {
-        writeString(record, landTypes[i].name, true);
-        for (const std::uint8_t part : {landTypes[i].blue, landTypes[i].green, landTypes[i].red})
+    writeCount(record, std::size(kLandTypes));
+    for (std::uint32_t i = 0; i < std::size(kLandTypes); ++i) {
+        writeString(record, kLandTypes[i].name, true);
+        for (const std::uint8_t part : {kLandTypes[i].blue, kLandTypes[i].green, kLandTypes[i].red})
             record.writeByte(part);
         record.writeByte(0xFF);
         writeCount(record, 3);
         for (std::uint32_t k = 0; k < 3; ++k)
-            record.writeLittleInt32((i % 8 * 3 + k) % sceneryGroups);
+            record.writeLittleInt32((i % 8 * 3 + k) % kSceneryGroups);
     }
 }
 
@@ -189,8 +189,8 @@ void writeTextures(ZPMutableDataCursor &record) {
             record.writeLittleInt32(0x05001700 + blend * 16 + i);
         }
     }
-    writeCount(record, std::size(landTypes));
-    for (std::uint32_t i = 0; i < std::size(landTypes); ++i)
+    writeCount(record, std::size(kLandTypes));
+    for (std::uint32_t i = 0; i < std::size(kLandTypes); ++i)
         for (const std::uint32_t word :
              {i, 0x05001C00 + i, 2u, 90u, 110u, 5u, 10u, 3u, 2u, 0x05001D00 + i, 1u})
             record.writeLittleInt32(word);
@@ -218,7 +218,7 @@ std::vector<std::byte> SampleRegionRecord() {
     record.writeLittleFloat64(3600.0);
     record.writeLittleInt32(10);
     record.writeLittleFloat32(7620);
-    record.writeLittleInt32(daysPerMonth * static_cast<std::uint32_t>(std::size(monthNames)));
+    record.writeLittleInt32(kDaysPerMonth * static_cast<std::uint32_t>(std::size(kMonthNames)));
     record.writeLittleInt32(1);
     record.writeLittleInt32(0);
     writeCalendar(record);

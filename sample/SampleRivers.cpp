@@ -6,7 +6,7 @@
 namespace {
 
 /// Water that makes a brook a river worth showing.
-constexpr float leastDischarge = 1300;
+constexpr float kLeastDischarge = 1300;
 
 float widthOf(float discharge) {
     return std::min(3.4f, 0.45f + 0.0075f * std::sqrt(discharge));
@@ -15,7 +15,7 @@ float widthOf(float discharge) {
 } // namespace
 
 SampleRivers::SampleRivers(const SampleLandform &landform, const SampleClimate &climate)
-    : _discharge(landform.height().spacing()), _bed(1, dry), _rapid(1) {
+    : _discharge(landform.height().spacing()), _bed(1, kDry), _rapid(1) {
     const SampleFlow &flow = landform.flow();
     const int spacing = landform.height().spacing();
     SampleGrid<float> rain(spacing);
@@ -31,10 +31,10 @@ SampleRivers::SampleRivers(const SampleLandform &landform, const SampleClimate &
     // Sources are river points that no river flows into; upstream points come last in the order.
     std::vector<std::uint8_t> fed(rain.size(), 0), traced(rain.size(), 0);
     for (const std::uint32_t i : flow.order)
-        if (_discharge[i] >= leastDischarge)
+        if (_discharge[i] >= kLeastDischarge)
             fed[flow.receiver[i]] = 1;
     for (const std::uint32_t i : flow.order)
-        if (_discharge[i] >= leastDischarge && !fed[i])
+        if (_discharge[i] >= kLeastDischarge && !fed[i])
             traceFrom(i, landform, traced);
 }
 

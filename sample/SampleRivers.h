@@ -12,7 +12,7 @@ class SampleRivers {
   public:
     SampleRivers(const SampleLandform &landform, const SampleClimate &climate);
 
-    bool isRiver(int x, int y) const { return _bed(x, y) < dry; }
+    bool isRiver(int x, int y) const { return _bed(x, y) < kDry; }
     /// Height of the water of a river point above the sea.
     float bed(int x, int y) const { return _bed(x, y); }
     /// Whether the water falls so steeply there that it foams.
@@ -31,7 +31,7 @@ class SampleRivers {
     void draw(const std::vector<Node> &course);
     void stamp(const Node &node);
 
-    static constexpr float dry = 1e9f;
+    static constexpr float kDry = 1e9f;
 
     SampleGrid<float> _discharge;
     SampleGrid<float> _bed;

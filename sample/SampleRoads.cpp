@@ -4,35 +4,37 @@
 #include <bit>
 #include <cmath>
 #include <limits>
+#include <map>
+#include <optional>
 #include <queue>
 
 namespace {
 
-constexpr int spacing = 4;
-constexpr float impassable = 1e9f;
+constexpr int kSpacing = 4;
+constexpr float kImpassable = 1e9f;
 /// What a step on a road costs, beside one on level open ground.
-constexpr float roadCost = 0.4f;
+constexpr float kRoadCost = 0.4f;
 
 /// Finds ways over the land and remembers the roads laid so far.
 class RoadFinder {
   public:
     RoadFinder(const SampleLandform &landform, const SampleRivers &rivers)
-        : _height(spacing), _cost(spacing), _spent(spacing), _from(spacing) {
+        : _height(kSpacing), _cost(kSpacing), _spent(kSpacing), _from(kSpacing) {
         const SampleNoise wander(1);
         for (int y = 0; y < _cost.side(); ++y)
             for (int x = 0; x < _cost.side(); ++x) {
-                const float px = static_cast<float>(x * spacing),
-                            py = static_cast<float>(y * spacing);
+                const float px = static_cast<float>(x * kSpacing),
+                            py = static_cast<float>(y * kSpacing);
                 _height(x, y) = landform.height().linear(px, py);
                 const bool wet =
                     landform.sea().nearest(px, py) || landform.coastAt(px, py) < 0.006f ||
                     landform.lakeDepth().nearest(px, py) > 0 ||
-                    SampleDistance({px, py}, landform.volcano()) < SampleLandform::volcanoRadius;
+                    SampleDistance({px, py}, landform.volcano()) < SampleLandform::kVolcanoRadius;
                 // Ground that is dearer here and there keeps roads across plains from being
                 // straight.
                 const float ground = 1 + 1.6f * std::fabs(wander.layered(px / 44, py / 44, 3));
                 _cost(x, y) =
-                    wet ? impassable
+                    wet ? kImpassable
                         : ground + 3 * SampleStep(2500, 30000, rivers.dischargeAt(px, py));
             }
     }
@@ -59,13 +61,37 @@ class RoadFinder {
             return {};
         std::vector<SamplePoint> way = {to};
         for (int cell = goal; cell != start; cell = _from[at(cell)]) {
-            if (_cost[at(cell)] < impassable)
-                _cost[at(cell)] = roadCost;
+            if (_cost[at(cell)] < kImpassable)
+                _cost[at(cell)] = kRoadCost;
             if (cell != goal)
                 way.push_back(placeOf(cell));
         }
         way.push_back(from);
         return way;
+    }
+
+    /// A number for the land that a place stands on, the same for all places that ways can join.
+    int landMassAt(SamplePoint place) {
+        const int start = cellAt(place);
+        if (_landMass[at(start)] == 0)
+            floodLandMass(start, ++_landMasses);
+        return _landMass[at(start)];
+    }
+
+    /// The place by the sea that lies farthest from a town on the same land, within a day's walk.
+    std::optional<SamplePoint> farthestLanding(SamplePoint town) {
+        constexpr float kADaysWalk = 220;
+        const int landMass = landMassAt(town);
+        std::optional<SamplePoint> farthest;
+        float most = 0;
+        for (int cell = 0; cell < static_cast<int>(_cost.size()); ++cell)
+            if (const float distance = SampleDistance(placeOf(cell), town);
+                _landMass[at(cell)] == landMass && distance > most && distance < kADaysWalk &&
+                isByWater(cell)) {
+                most = distance;
+                farthest = placeOf(cell);
+            }
+        return farthest;
     }
 
   private:
@@ -77,15 +103,37 @@ class RoadFinder {
                static_cast<std::uint32_t>(cell);
     }
     int cellAt(SamplePoint place) const {
-        return static_cast<int>(place.y / spacing + 0.5f) * _cost.side() +
-               static_cast<int>(place.x / spacing + 0.5f);
+        return static_cast<int>(place.y / kSpacing + 0.5f) * _cost.side() +
+               static_cast<int>(place.x / kSpacing + 0.5f);
     }
     SamplePoint placeOf(int cell) const {
-        return {static_cast<float>(cell % _cost.side() * spacing),
-                static_cast<float>(cell / _cost.side() * spacing)};
+        return {static_cast<float>(cell % _cost.side() * kSpacing),
+                static_cast<float>(cell / _cost.side() * kSpacing)};
     }
     float estimate(int cell, int goal) const {
-        return roadCost / spacing * SampleDistance(placeOf(cell), placeOf(goal));
+        return kRoadCost / kSpacing * SampleDistance(placeOf(cell), placeOf(goal));
+    }
+
+    bool isOpen(int x, int y) const { return _cost.contains(x, y) && _cost(x, y) < kImpassable; }
+
+    bool isByWater(int cell) const {
+        const int x = cell % _cost.side(), y = cell / _cost.side();
+        return !isOpen(x - 1, y) || !isOpen(x + 1, y) || !isOpen(x, y - 1) || !isOpen(x, y + 1);
+    }
+
+    void floodLandMass(int start, int number) {
+        std::vector<int> open = {start};
+        _landMass[at(start)] = number;
+        while (!open.empty()) {
+            const int x = open.back() % _cost.side(), y = open.back() / _cost.side();
+            open.pop_back();
+            for (int ny = y - 1; ny <= y + 1; ++ny)
+                for (int nx = x - 1; nx <= x + 1; ++nx)
+                    if (isOpen(nx, ny) && _landMass(nx, ny) == 0) {
+                        _landMass(nx, ny) = number;
+                        open.push_back(ny * _cost.side() + nx);
+                    }
+        }
     }
 
     void visitNeighbours(int cell, int goal, Queue &open) {
@@ -97,12 +145,12 @@ class RoadFinder {
                     continue;
                 const int other = y * side + x;
                 // A town may touch the water; its own cell is always open.
-                if (_cost[at(other)] >= impassable && other != goal)
+                if (_cost[at(other)] >= kImpassable && other != goal)
                     continue;
                 const float length = dx != 0 && dy != 0 ? 1.4142f : 1.0f;
                 const float climb =
-                    std::fabs(_height[at(other)] - _height[at(cell)]) / (length * spacing);
-                const float ground = other == goal ? roadCost : _cost[at(other)];
+                    std::fabs(_height[at(other)] - _height[at(cell)]) / (length * kSpacing);
+                const float ground = other == goal ? kRoadCost : _cost[at(other)];
                 const float spent =
                     _spent[at(cell)] + length * (ground + 0.22f * climb + 0.05f * climb * climb);
                 if (spent < _spent[at(other)]) {
@@ -115,14 +163,18 @@ class RoadFinder {
 
     SampleGrid<float> _height, _cost, _spent;
     SampleGrid<int> _from;
+    /// 0 where nobody asked yet.
+    SampleGrid<int> _landMass{kSpacing};
+    int _landMasses = 0;
 };
 
-/// Pairs of towns to join: a tree of the shortest distances, then pairs that are close anyway.
+/// Pairs of towns of one land to join: a tree of the shortest distances, then pairs that are close
+/// anyway.
 std::vector<std::pair<std::size_t, std::size_t>> pairsToJoin(const std::vector<SampleTown> &towns) {
     std::vector<std::pair<std::size_t, std::size_t>> pairs;
     std::vector<std::size_t> joined = {0};
     while (joined.size() < towns.size()) {
-        float shortest = impassable;
+        float shortest = kImpassable;
         std::pair<std::size_t, std::size_t> best;
         for (const std::size_t a : joined)
             for (std::size_t b = 0; b < towns.size(); ++b) {
@@ -137,10 +189,10 @@ std::vector<std::pair<std::size_t, std::size_t>> pairsToJoin(const std::vector<S
         pairs.push_back(best);
         joined.push_back(best.second);
     }
-    constexpr float close = 380;
+    constexpr float kClose = 380;
     for (std::size_t a = 0; a < towns.size(); ++a)
         for (std::size_t b = a + 1; b < towns.size(); ++b)
-            if (SampleDistance(towns[a].centre(), towns[b].centre()) < close)
+            if (SampleDistance(towns[a].centre(), towns[b].centre()) < kClose)
                 pairs.push_back({a, b});
     return pairs;
 }
@@ -186,12 +238,20 @@ void drawRoad(SampleTerrain &terrain, std::vector<SamplePoint> way) {
 
 void SampleBuildRoads(SampleTerrain &terrain, const std::vector<SampleTown> &towns,
                       const SampleLandform &landform, const SampleRivers &rivers) {
-    if (towns.empty())
-        return;
     RoadFinder finder(landform, rivers);
-    for (const auto &[a, b] : pairsToJoin(towns)) {
-        const std::vector<SamplePoint> way = finder.findWay(towns[a].centre(), towns[b].centre());
-        if (!way.empty())
+    const auto build = [&](SamplePoint from, SamplePoint to) {
+        if (const std::vector<SamplePoint> way = finder.findWay(from, to); !way.empty())
             drawRoad(terrain, way);
+    };
+    std::map<int, std::vector<SampleTown>> townsByLandMass;
+    for (const SampleTown &town : towns)
+        townsByLandMass[finder.landMassAt(town.centre())].push_back(town);
+    for (const auto &[landMass, neighbours] : townsByLandMass) {
+        for (const auto &[a, b] : pairsToJoin(neighbours))
+            build(neighbours[a].centre(), neighbours[b].centre());
+        // A town that is alone on its island has a road to where the boats land.
+        if (neighbours.size() == 1)
+            if (const auto landing = finder.farthestLanding(neighbours.front().centre()))
+                build(neighbours.front().centre(), *landing);
     }
 }

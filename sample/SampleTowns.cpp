@@ -1,23 +1,17 @@
 #include "sample/SampleTowns.h"
 
 #include "io/ZPSystemLog.h"
+#include "sample/SampleNames.h"
 #include "sample/SampleRandom.h"
 
 #include <algorithm>
 #include <cmath>
-#include <iterator>
 #include <utility>
 
 namespace {
 
-constexpr const char *names[] = {"Caldwick",   "Thornholt",  "Saltreach",    "Ombrey",
-                                 "Quillon",    "Aldermoor",  "Vessel Hythe", "Bryn Estel",
-                                 "Harrowmere", "Copperfall", "Wend",         "Stonequay",
-                                 "Isk",        "Pale Ford",  "Larkenby",     "Gannet Rock",
-                                 "Old Tarrow", "Dunmarrow",  "Ashenholm",    "Kestrel End"};
-constexpr const char *accentedName = "Mírefall";
-constexpr std::size_t mostTowns = 16;
-constexpr float leastDistance = 165;
+constexpr std::size_t kMostTowns = 16;
+constexpr float kLeastDistance = 165;
 
 struct Candidate {
     float x, y, worth;
@@ -76,22 +70,17 @@ std::vector<SampleTown> SampleSettleTowns(std::uint64_t seed, const SampleLandfo
     std::stable_sort(candidates.begin(), candidates.end(),
                      [](const Candidate &a, const Candidate &b) { return a.worth > b.worth; });
 
-    std::vector<std::string> left(std::begin(names), std::end(names));
-    for (std::uint32_t i = static_cast<std::uint32_t>(left.size()) - 1; i > 0; --i)
-        std::swap(left[i], left[random.below(i + 1)]);
-    left.push_back(accentedName);
-
+    std::vector<std::string> names = SampleNamesOfPlaces(seed, kMostTowns);
     std::vector<SampleTown> towns;
     for (const Candidate &place : candidates) {
         const bool isApart = std::none_of(towns.begin(), towns.end(), [&](const SampleTown &town) {
-            return SampleDistance(town.centre(), {place.x, place.y}) < leastDistance;
+            return SampleDistance(town.centre(), {place.x, place.y}) < kLeastDistance;
         });
         if (!isApart)
             continue;
-        towns.push_back({std::move(left.back()), place.isPort, static_cast<int>(place.x),
+        towns.push_back({std::move(names[towns.size()]), place.isPort, static_cast<int>(place.x),
                          static_cast<int>(place.y)});
-        left.pop_back();
-        if (towns.size() == mostTowns)
+        if (towns.size() == kMostTowns)
             break;
     }
     return towns;

@@ -12,20 +12,20 @@
 
 namespace {
 
-constexpr std::uint16_t knownDungeonKeys[] = {
+constexpr std::uint16_t kKnownDungeonKeys[] = {
 #define WQ_KNOWN_DUNGEON(key, entrance, name) key,
 #include "data/KnownDungeonRows.inc"
 #undef WQ_KNOWN_DUNGEON
 };
 
-constexpr std::uint32_t blockCount = SampleBlocksPerSide * SampleBlocksPerSide;
-constexpr double absentShare = 0.05;
+constexpr std::uint32_t kBlockCount = SampleBlocksPerSide * SampleBlocksPerSide;
+constexpr double kAbsentShare = 0.05;
 
 // The window of land blocks that an older world does not know yet, and what the newer one lost.
-constexpr int unknownColumns = 6, unknownRows = 5;
-constexpr std::size_t lostSeaBlocks = 10;
-constexpr std::uint32_t lostDungeonCells = 12;
-constexpr int mostTries = 200000;
+constexpr int kUnknownColumns = 6, kUnknownRows = 5;
+constexpr std::size_t kLostSeaBlocks = 10;
+constexpr std::uint32_t kLostDungeonCells = 12;
+constexpr int kMostTries = 200000;
 
 std::uint16_t blockNumber(int column, int row) {
     return static_cast<std::uint16_t>((column << 8) | row);
@@ -82,7 +82,7 @@ void SampleWorld::chooseAbsentBlocks() {
         }
     std::sort(blocks.begin(), blocks.end(), std::greater<>());
     const std::size_t count =
-        std::min(blocks.size(), static_cast<std::size_t>(absentShare * blockCount));
+        std::min(blocks.size(), static_cast<std::size_t>(kAbsentShare * kBlockCount));
     for (std::size_t i = 0; i < count; ++i)
         _absent[blocks[i].second] = true;
 }
@@ -111,7 +111,7 @@ void SampleWorld::chooseObjectBlocks() {
 void SampleWorld::placeDungeons() {
     std::map<std::uint16_t, double> weights;
     SampleRandom random(SampleHash(_options.seed, 42));
-    for (const std::uint16_t key : knownDungeonKeys)
+    for (const std::uint16_t key : kKnownDungeonKeys)
         if (columnOf(key) < SampleBlocksPerSide && rowOf(key) < SampleBlocksPerSide)
             weights[key] = 0.15 + random.unit() * random.unit() * random.unit() * 6;
     for (const SampleTown &town : _towns)
@@ -141,15 +141,16 @@ void SampleWorld::unmakeLateYears() {
         return blockNumber(static_cast<int>(column), static_cast<int>(row));
     };
     std::bitset<65536> lost;
-    for (int tries = 0; tries < mostTries && lost.count() < lostSeaBlocks; ++tries) {
+    for (int tries = 0; tries < kMostTries && lost.count() < kLostSeaBlocks; ++tries) {
         const std::uint16_t block = anyBlock(0, 0);
         if (_absent[block])
             lost[block] = true;
     }
-    for (int tries = 0; tries < mostTries; ++tries)
-        if (const std::uint16_t block = anyBlock(unknownColumns, unknownRows); isWildCoast(block)) {
-            for (int column = 0; column < unknownColumns; ++column)
-                for (int row = 0; row < unknownRows; ++row)
+    for (int tries = 0; tries < kMostTries; ++tries)
+        if (const std::uint16_t block = anyBlock(kUnknownColumns, kUnknownRows);
+            isWildCoast(block)) {
+            for (int column = 0; column < kUnknownColumns; ++column)
+                for (int row = 0; row < kUnknownRows; ++row)
                     _absent[blockNumber(columnOf(block) + column, rowOf(block) + row)] = true;
             break;
         }
@@ -167,24 +168,24 @@ void SampleWorld::unmakeLateYears() {
                                             return dungeon.landBlock < number;
                                         });
     if (place != _dungeons.end() && place->landBlock == block)
-        place->cellCount += lostDungeonCells;
+        place->cellCount += kLostDungeonCells;
     else
-        _dungeons.insert(place, {block, lostDungeonCells, 0});
+        _dungeons.insert(place, {block, kLostDungeonCells, 0});
 }
 
 /// Whether the window of blocks with this south-west corner is known, half land, half sea, and
 /// nobody lives there.
 bool SampleWorld::isWildCoast(std::uint16_t corner) const {
     int coast = 0;
-    for (int column = columnOf(corner); column < columnOf(corner) + unknownColumns; ++column)
-        for (int row = rowOf(corner); row < rowOf(corner) + unknownRows; ++row) {
+    for (int column = columnOf(corner); column < columnOf(corner) + kUnknownColumns; ++column)
+        for (int row = rowOf(corner); row < rowOf(corner) + kUnknownRows; ++row) {
             const std::uint16_t block = blockNumber(column, row);
             if (_absent[block] || _objects[block])
                 return false;
             coast += !isDeepSea(column, row);
         }
-    return coast * 10 > unknownColumns * unknownRows * 3 &&
-           coast * 10 < unknownColumns * unknownRows * 8;
+    return coast * 10 > kUnknownColumns * kUnknownRows * 3 &&
+           coast * 10 < kUnknownColumns * kUnknownRows * 8;
 }
 
 SampleChanges SampleCompareWorlds(const SampleWorld &older, const SampleWorld &newer) {

@@ -1,0 +1,59 @@
+// Whole runs of plotterra-sample, beside files that are not its own.
+
+#include "tests/ProgramRun.h"
+#include "tests/TestSupport.h"
+
+#include <fstream>
+#include <gmock/gmock.h>
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+namespace {
+
+const std::string kProgram = PLOTTERRA_SAMPLE_PROGRAM;
+
+ProgramRun make(const std::filesystem::path &directory, std::vector<std::string> options = {}) {
+    std::vector<std::string> words = {kProgram, "--cells", "10"};
+    words.insert(words.end(), options.begin(), options.end());
+    words.push_back(directory);
+    return runProgram(words);
+}
+
+} // namespace
+
+TEST(SampleProgram, ReplacesItsOwnWorldsAndNothingElse) {
+    const TemporaryFolder folder;
+    for (const char *name : {"client_portal.dat", "client_highres.dat", "client_cell_1.dat",
+                             "client_local_English.dat", "towns.txt"}) {
+        const std::filesystem::path installed = folder / name;
+        std::ofstream(installed) << "Sample worlds are what this is not.";
+        const ProgramRun run = make(folder.path());
+        EXPECT_EQ(run.status, 1) << name;
+        EXPECT_THAT(run.log, HasSubstr(installed.string() + " is not of a sample world"));
+        EXPECT_EQ(textOfFile(installed), "Sample worlds are what this is not.");
+        EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1);
+        std::filesystem::remove(installed);
+    }
+
+    std::ofstream(folder / "client_cell_1.dat") << "short";
+    EXPECT_EQ(make(folder.path(), {"--force"}).status, 0);
+    const std::string first = textOfFile(folder / "client_cell_1.dat");
+    const ProgramRun again = make(folder.path(), {"--seed", "4"});
+    EXPECT_EQ(again.status, 0);
+    EXPECT_THAT(again.log, IsEmpty()); // progress is for terminals
+    EXPECT_NE(textOfFile(folder / "client_cell_1.dat"), first);
+}
+
+TEST(SampleProgram, AnswersOnStandardOutput) {
+    const ProgramRun help = runProgram({kProgram, "--help"});
+    EXPECT_EQ(help.status, 0);
+    EXPECT_THAT(help.output, StartsWith("Usage: plotterra-sample [options] <directory>\n"));
+    const ProgramRun version = runProgram({kProgram, "--version"});
+    EXPECT_EQ(version.status, 0);
+    EXPECT_THAT(version.output, StartsWith("plotterra-sample "));
+    for (const std::vector<std::string> &words :
+         {std::vector{kProgram}, {kProgram, "--bogus", "/tmp"}, {kProgram, "--seed", "x", "/tmp"}})
+        EXPECT_EQ(runProgram(words).status, 2);
+}
