@@ -27,14 +27,14 @@ WQRowSegment WQLandImage<Pixel>::bareSegment(std::size_t landRow, Columns column
 
 template <class Pixel>
 void WQLandImage<Pixel>::readRows(std::size_t first, std::size_t count, const RowSink &sink) const {
-    if (_overlay == nullptr) {
+    if (_drawing == nullptr) {
         readBareRows(first, count, sink);
         return;
     }
     const std::size_t rowsPerBlock = std::max(kRowsPerBlock / _scale, std::size_t{1}) * _scale;
     for (std::size_t end = first + count; first < end;) {
         const std::size_t blockEnd = std::min(end, (first / rowsPerBlock + 1) * rowsPerBlock);
-        readRowsUnderOverlay(first, blockEnd - first, sink);
+        readDrawnRows(WQDrawnRows(*_drawing, first, blockEnd - first), sink);
         first = blockEnd;
     }
 }
@@ -51,12 +51,12 @@ void WQLandImage<Pixel>::readBareRows(std::size_t first, std::size_t count,
     }
 }
 
-/// What the overlay touches in some rows, widened to whole land points.
+/// What the drawing touches in some rows, widened to whole land points.
 template <class Pixel>
-std::vector<WQOverlay::Columns> WQLandImage<Pixel>::touchedColumns(std::size_t first,
-                                                                   std::size_t count) const {
+std::vector<WQDrawnRows::Columns>
+WQLandImage<Pixel>::touchedColumns(const WQDrawnRows &rows) const {
     std::vector<Columns> touched;
-    for (Columns columns : _overlay->touchedColumns(first, count)) {
+    for (Columns columns : rows.touchedColumns()) {
         columns = {columns.first / _scale * _scale, (columns.end + _scale - 1) / _scale * _scale};
         if (!touched.empty() && columns.first <= touched.back().end)
             touched.back().end = columns.end;
@@ -67,9 +67,9 @@ std::vector<WQOverlay::Columns> WQLandImage<Pixel>::touchedColumns(std::size_t f
 }
 
 template <class Pixel>
-void WQLandImage<Pixel>::readRowsUnderOverlay(std::size_t first, std::size_t count,
-                                              const RowSink &sink) const {
-    const auto touched = touchedColumns(first, count);
+void WQLandImage<Pixel>::readDrawnRows(const WQDrawnRows &rows, const RowSink &sink) const {
+    const auto touched = touchedColumns(rows);
+    const std::size_t first = rows.firstRow(), count = rows.rowCount();
     std::size_t touchedWidth = 0;
     for (const Columns &columns : touched)
         touchedWidth += columns.end - columns.first;
@@ -77,10 +77,10 @@ void WQLandImage<Pixel>::readRowsUnderOverlay(std::size_t first, std::size_t cou
         readBareRows(first, count, sink);
     } else if (touchedWidth > width() / kWideShare && count > _scale) {
         const std::size_t half = (count / _scale + 1) / 2 * _scale;
-        readRowsUnderOverlay(first, half, sink);
-        readRowsUnderOverlay(first + half, count - half, sink);
+        readDrawnRows(rows.part(first, half), sink);
+        readDrawnRows(rows.part(first + half, count - half), sink);
     } else {
-        readTouchedRows(first, count, touched, sink);
+        readTouchedRows(rows, touched, sink);
     }
 }
 
@@ -111,9 +111,9 @@ void WQLandImage<Pixel>::enlarge(std::size_t landRow, Columns columns, Pixel *pi
 }
 
 template <class Pixel>
-void WQLandImage<Pixel>::readTouchedRows(std::size_t first, std::size_t count,
-                                         std::span<const Columns> touched,
+void WQLandImage<Pixel>::readTouchedRows(const WQDrawnRows &rows, std::span<const Columns> touched,
                                          const RowSink &sink) const {
+    const std::size_t first = rows.firstRow(), count = rows.rowCount();
     std::vector<Part> parts;
     for (const Columns &columns : touched) {
         const Part &part = parts.emplace_back(columns, count);
@@ -124,8 +124,12 @@ void WQLandImage<Pixel>::readTouchedRows(std::size_t first, std::size_t count,
             else
                 enlarge((first + index) / _scale, columns, row.data());
         }
-        if constexpr (std::is_same_v<Pixel, WQPixel>)
-            _overlay->drawOnBlock({first, count, columns, part.pixels()});
+    }
+    if constexpr (std::is_same_v<Pixel, WQPixel>) {
+        std::vector<WQDrawnRows::Block> blocks;
+        for (const Part &part : parts)
+            blocks.push_back({part.columns, part.pixels()});
+        rows.drawOnBlocks(blocks);
     }
 
     // The drawing may differ between the rows that show one land row; where it does not, they still

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "io/ZPLargeArray.h"
-#include "map/overlay/WQOverlay.h"
+#include "map/overlay/WQDrawnRows.h"
 #include "map/png/WQImage.h"
 
 #include <memory>
@@ -17,7 +17,7 @@ class WQLandImage : public WQImage {
         : _scale(scale), _pixels(std::move(pixels)) {}
 
     /// Lays a drawing over the image, in place of any earlier one. Only a coloured image takes one.
-    void setOverlay(std::unique_ptr<const WQOverlay> overlay) { _overlay = std::move(overlay); }
+    void setDrawing(std::unique_ptr<const WQDrawing> drawing) { _drawing = std::move(drawing); }
 
     std::size_t width() const override { return kWQLandSize * _scale; }
     std::size_t height() const override { return kWQLandSize * _scale; }
@@ -30,7 +30,7 @@ class WQLandImage : public WQImage {
     /// its own is small.
     static constexpr std::size_t kLandRowsPerBand = 64;
 
-    using Columns = WQOverlay::Columns;
+    using Columns = WQDrawnRows::Columns;
 
     Pixel *pixelsOfLandRow(std::size_t rowFromNorth) const {
         return _pixels.data() + (kWQLandSize - 1 - rowFromNorth) * kWQLandSize;
@@ -43,14 +43,14 @@ class WQLandImage : public WQImage {
     void enlarge(std::size_t landRow, Columns columns, Pixel *pixels) const;
     WQRowSegment bareSegment(std::size_t landRow, Columns columns) const;
     void readBareRows(std::size_t first, std::size_t count, const RowSink &sink) const;
-    void readRowsUnderOverlay(std::size_t first, std::size_t count, const RowSink &sink) const;
-    void readTouchedRows(std::size_t first, std::size_t count, std::span<const Columns> touched,
+    void readDrawnRows(const WQDrawnRows &rows, const RowSink &sink) const;
+    void readTouchedRows(const WQDrawnRows &rows, std::span<const Columns> touched,
                          const RowSink &sink) const;
-    std::vector<Columns> touchedColumns(std::size_t first, std::size_t count) const;
+    std::vector<Columns> touchedColumns(const WQDrawnRows &rows) const;
 
     std::size_t _scale;
     ZPLargeArray<Pixel> _pixels;
-    std::unique_ptr<const WQOverlay> _overlay;
+    std::unique_ptr<const WQDrawing> _drawing;
 };
 
 using WQColorImage = WQLandImage<WQPixel>;

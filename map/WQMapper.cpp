@@ -114,7 +114,7 @@ std::unique_ptr<WQImage> WQMapper::newBaseMap() {
     ZPLog("Done that part.");
     ZPLog("minDiff: %g, maxDiff: %g", land.light.minimum, land.light.maximum);
     auto image = std::make_unique<WQColorImage>(_scale, std::move(land.pixels));
-    image->setOverlay(newOverlay());
+    image->setDrawing(WQDrawOverlays(overlayStyle()));
     return image;
 }
 

@@ -7,13 +7,11 @@
 #include "map/land/WQLandGrid.h"
 #include "map/land/WQLandShading.h"
 #include "map/land/WQMapViewport.h"
-#include "map/overlay/WQMapPoint.h"
-#include "map/overlay/WQOverlayStyle.h"
+#include "map/overlay/WQOverlayTable.h"
 
 #include <filesystem>
 #include <future>
 #include <memory>
-#include <optional>
 #include <vector>
 
 inline constexpr char WQMapperErrorDomain[] = "WQMapperErrorDomain";
@@ -38,17 +36,21 @@ class WQMapper {
     bool shouldUseAlpha() const { return _shouldUseAlpha; }
     void setShouldUseAlpha(bool use) { _shouldUseAlpha = use; }
     /// Draws the grid with compass, title and tribute.
-    bool shouldDrawGrid() const { return _shouldDrawGrid; }
-    void setShouldDrawGrid(bool draw) { _shouldDrawGrid = draw; }
+    bool shouldDrawGrid() const { return _overlayChoice.grid; }
+    void setShouldDrawGrid(bool draw) { _overlayChoice.grid = draw; }
     /// Pixels of the picture for each land point along each axis.
     std::uint64_t scale() const { return _scale; }
     /// 1 to 8; any other value is logged and changes nothing.
     void setScale(std::uint64_t scale);
     /// The places to mark, none where no list was set.
-    const std::optional<std::vector<WQMapPoint>> &coordinates() const { return _coordinates; }
-    void setCoordinates(std::vector<WQMapPoint> coordinates) {
-        _coordinates = std::move(coordinates);
+    const std::optional<std::vector<WQMapPoint>> &coordinates() const {
+        return _overlayChoice.coordinates;
     }
+    void setCoordinates(std::vector<WQMapPoint> coordinates) {
+        _overlayChoice.coordinates = std::move(coordinates);
+    }
+    /// All that is laid over the map, the two above among it.
+    WQOverlayChoice &overlayChoice() { return _overlayChoice; }
     /// Unit vector toward the light: x east, y north, z up.
     ZPVector3 lightVector() const { return _lightVector; }
     /// Keeps the direction of a vector that is not zero.
@@ -132,18 +134,18 @@ class WQMapper {
     WQTerrainShader terrainShader(bool marksChanges) const;
     WQShadedLand shadeLand();
     WQOverlayStyle overlayStyle() const;
-    std::unique_ptr<const WQOverlay> newOverlay() const;
 
     WQClientData &_clientData;
     WQClientData *_oldClientData = nullptr;
     bool _shouldUseAlpha = false;
-    bool _shouldDrawGrid = false;
     std::uint64_t _scale = 1;
-    std::optional<std::vector<WQMapPoint>> _coordinates;
+    WQOverlayChoice _overlayChoice;
     ZPVector3 _lightVector;
     double _fudgeFactor = 255.0;
     std::unique_ptr<WQDataFileComparison> _comparison;
     std::unique_ptr<WQLandGrid> _landGrid;
     WQMapViewport _viewport;
     std::future<void> _memoryRelease;
+    /// Finding fonts takes a while, so what was found is kept from one drawing to the next.
+    mutable WQTypesetter _typesetter;
 };

@@ -1,4 +1,3 @@
-#include "io/ZPStage.h"
 #include "map/WQMapper.h"
 #include "map/overlay/WQCompassOverlay.h"
 #include "map/overlay/WQFeaturesBoxOverlay.h"
@@ -9,24 +8,9 @@
 #include "map/overlay/WQTributeOverlay.h"
 
 WQOverlayStyle WQMapper::overlayStyle() const {
-    return {_scale, _lightVector, static_cast<float>(_fudgeFactor), WQLandColorTable::shared()};
-}
-
-/// Null where nothing is to be drawn over the land.
-std::unique_ptr<const WQOverlay> WQMapper::newOverlay() const {
-    if (!_shouldDrawGrid && !_coordinates)
-        return nullptr;
-    const ZPStage stage("overlays");
-    auto drawing = std::make_unique<WQDrawing>(_scale);
-    if (_shouldDrawGrid) {
-        drawGridLinesInContext(*drawing);
-        drawCompassInContext(*drawing);
-        drawTitleInContext(*drawing);
-        drawTributeInContext(*drawing);
-    }
-    if (_coordinates)
-        drawMarkersAtCoordinatesInContext(*drawing);
-    return drawing;
+    return {
+        _scale,         _lightVector, static_cast<float>(_fudgeFactor), WQLandColorTable::shared(),
+        _overlayChoice, _typesetter};
 }
 
 void WQMapper::drawGridLinesInContext(WQDrawing &context) const {
@@ -50,20 +34,19 @@ void WQMapper::drawFeaturesBoxInContext(WQDrawing &context) const {
 }
 
 void WQMapper::drawMarkersAtCoordinatesInContext(WQDrawing &context) const {
-    if (_coordinates)
-        WQMarkerOverlay(context, _scale).drawMarkersAtCoordinates(*_coordinates);
+    WQDrawMarkers(context, overlayStyle());
 }
 
 void WQMapper::drawMapPoint(const WQMapPoint &point, WQDrawing &inContext) const {
-    WQMarkerOverlay(inContext, _scale).drawMapPoint(point);
+    WQMarkerOverlay(inContext, overlayStyle()).drawMapPoint(point);
 }
 
 void WQMapper::drawMarkerAtCoordinate(WQMapLocation coordinate, WQDrawing &inContext) const {
-    WQMarkerOverlay(inContext, _scale).drawMarkerAtCoordinate(coordinate);
+    WQMarkerOverlay(inContext, overlayStyle()).drawMarkerAtCoordinate(coordinate);
 }
 
 void WQMapper::drawMarkerAtPoint(WQImagePoint point, WQDrawing &inContext) const {
-    WQMarkerOverlay(inContext, _scale).drawMarkerAtPoint(point);
+    WQMarkerOverlay(inContext, overlayStyle()).drawMarkerAtPoint(point);
 }
 
 void WQMapper::highlightLowBits(const WQLandGrid &landGrid, WQDrawing &inContext) const {

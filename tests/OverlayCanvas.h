@@ -1,5 +1,6 @@
 #pragma once
 
+#include "map/overlay/WQDrawnRows.h"
 #include "map/overlay/WQOverlayStyle.h"
 
 /// A drawing to lay overlays on, and the pixels that it makes of plain ground.
@@ -7,11 +8,13 @@ struct OverlayCanvas {
     static constexpr WQPixel kGround{40, 120, 200, 255};
 
     WQLandColorTable colors;
+    WQOverlayChoice choice;
+    WQTypesetter typesetter;
     WQOverlayStyle style;
     WQDrawing drawing;
 
     explicit OverlayCanvas(std::uint64_t scale)
-        : style{scale, {-0.5f, 0.5f, 0.707107f}, 255, colors}, drawing(scale) {}
+        : style{scale, {-0.5f, 0.5f, 0.707107f}, 255, colors, choice, typesetter}, drawing(scale) {}
 
     /// Rows count from the south here.
     std::vector<WQPixel> pixels(int x, int y, int width, int height,
@@ -19,7 +22,8 @@ struct OverlayCanvas {
         const auto [column, w, h] =
             std::array{std::size_t(x), std::size_t(width), std::size_t(height)};
         std::vector<WQPixel> pixels(w * h, ground);
-        drawing.drawOnBlock({drawing.size() - std::size_t(y) - h, h, {column, column + w}, pixels});
+        const WQDrawnRows::Block block{{column, column + w}, pixels};
+        WQDrawnRows(drawing, drawing.size() - std::size_t(y) - h, h).drawOnBlocks({&block, 1});
         return pixels;
     }
     WQPixel pixel(int x, int y) const { return pixels(x, y, 1, 1).front(); }

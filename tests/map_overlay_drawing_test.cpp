@@ -1,14 +1,12 @@
 #include "OverlayCanvas.h"
-#include "map/overlay/WQCompassOverlay.h"
 #include "map/overlay/WQGridOverlay.h"
 #include "map/overlay/WQMarkerOverlay.h"
-#include "map/overlay/WQTitleOverlay.h"
-#include "map/overlay/WQTributeOverlay.h"
-#include "map/overlay/WQTypesetter.h"
+#include "map/overlay/WQOverlayTable.h"
 
 #include <fstream>
 #include <future>
 #include <gmock/gmock.h>
+#include <list>
 #include <random>
 
 namespace {
@@ -21,47 +19,48 @@ std::vector<WQMapPoint> somePlaces() {
             {"", {150, 150}, "outside"},        {"", {3e30, -3e30}, "far out"}};
 }
 
-void drawAll(OverlayCanvas &canvas) {
-    WQDrawGridLines(canvas.drawing, canvas.style);
-    WQDrawCompass(canvas.drawing, canvas.style);
-    WQDrawTitle(canvas.drawing, canvas.style);
-    WQDrawTribute(canvas.drawing, canvas.style);
-    WQMarkerOverlay(canvas.drawing, canvas.style.scale).drawMarkersAtCoordinates(somePlaces());
-}
-
-/// Columns `first` to `end` of the rows from `firstRow` on, drawn in blocks of random height and
-/// width that hold only what is touched.
+/// Rows from `firstRow` on, drawn in parts of random height, in blocks of random width that hold
+/// only what is touched.
 void drawInBlocks(const WQDrawing &drawing, std::size_t firstRow, std::size_t rowCount,
                   std::size_t width, std::uint32_t seed, WQPixel ground, WQPixel *picture) {
     std::mt19937 random(seed);
-    std::vector<WQPixel> pixels;
     for (std::size_t row = firstRow, end = firstRow + rowCount; row < end;) {
         const std::size_t height = std::min<std::size_t>(1 + random() % 90, end - row);
-        for (auto [first, last] : drawing.touchedColumns(row, height)) {
+        const std::size_t above = random() % (row - firstRow + 1);
+        const WQDrawnRows rows =
+            WQDrawnRows(drawing, row - above, above + height).part(row, height);
+        std::vector<WQDrawnRows::Block> blocks;
+        std::list<std::vector<WQPixel>> memory;
+        for (auto [first, last] : rows.touchedColumns()) {
             EXPECT_LT(first, last);
             while (first < last) {
                 const std::size_t part = std::min<std::size_t>(1 + random() % 200, last - first);
-                pixels.assign(part * height, ground);
-                drawing.drawOnBlock({row, height, {first, first + part}, pixels});
-                for (std::size_t index = 0; index < height; ++index)
-                    std::copy_n(pixels.data() + index * part, part,
-                                picture + (row + index) * width + first);
+                auto &pixels = memory.emplace_back(part * height, ground);
+                blocks.push_back({{first, first + part}, pixels});
                 first += part;
             }
         }
+        rows.drawOnBlocks(blocks);
+        for (const auto &[columns, pixels] : blocks)
+            for (std::size_t index = 0, part = columns.end - columns.first; index < height; ++index)
+                std::copy_n(pixels.data() + index * part, part,
+                            picture + (row + index) * width + columns.first);
         row += height;
     }
 }
 
 TEST(OverlayDrawing, BlocksAndThreadsChangeNoPixel) {
     OverlayCanvas canvas(1);
-    drawAll(canvas);
-    const std::size_t size = canvas.drawing.size(), half = size / 2;
+    canvas.choice = {true, somePlaces()};
+    const auto drawing = WQDrawOverlays(canvas.style);
+    const std::size_t size = drawing->size(), half = size / 2;
     for (const WQPixel ground : {kGround, WQPixel{}}) {
-        const auto whole = canvas.pixels(0, 0, int(size), int(size), ground);
+        std::vector<WQPixel> whole(size * size, ground);
+        const WQDrawnRows::Block block{{0, size}, whole};
+        WQDrawnRows(*drawing, 0, size).drawOnBlocks({&block, 1});
         std::vector<WQPixel> picture(size * size, ground);
         const auto draw = [&](std::size_t first, std::size_t count, std::uint32_t seed) {
-            drawInBlocks(canvas.drawing, first, count, size, seed, ground, picture.data());
+            drawInBlocks(*drawing, first, count, size, seed, ground, picture.data());
         };
         auto north = std::async(std::launch::async, draw, 0, half, 1);
         draw(half, size - half, 2);
@@ -72,10 +71,11 @@ TEST(OverlayDrawing, BlocksAndThreadsChangeNoPixel) {
 
 TEST(OverlayDrawing, TouchesOnlyWhatItDraws) {
     OverlayCanvas canvas(8);
-    EXPECT_TRUE(canvas.drawing.touchedColumns(0, canvas.drawing.size()).empty());
+    const std::size_t size = canvas.drawing.size();
+    EXPECT_TRUE(WQDrawnRows(canvas.drawing, 0, size).touchedColumns().empty());
     WQDrawGridLines(canvas.drawing, canvas.style);
     // Between two rows of labels: 41 lines, and the frame on both sides.
-    const auto touched = canvas.drawing.touchedColumns(canvas.drawing.size() / 2 - 200, 100);
+    const auto touched = WQDrawnRows(canvas.drawing, size / 2 - 200, 100).touchedColumns();
     ASSERT_EQ(touched.size(), 43u);
     EXPECT_EQ(touched[1].end - touched[1].first, 1u);
 }
@@ -91,7 +91,7 @@ TEST(OverlayDrawing, MixesWithGroundOfAnyAlpha) {
     // Half of it over half of the ground: two thirds of the colour.
     EXPECT_EQ(pixelOn({0, 100, 0, 127}), (WQPixel{134, 100, 33, 191}));
 
-    WQMarkerOverlay(canvas.drawing, 1).drawMarkerAtCoordinate({0, 0});
+    WQMarkerOverlay(canvas.drawing, canvas.style).drawMarkerAtCoordinate({0, 0});
     for (const WQPixel &pixel : canvas.pixels(1000, 1000, 40, 40, {}))
         EXPECT_TRUE(pixel.green == 0 && pixel.blue == 0 && (pixel.alpha != 0 || pixel.red == 0));
 }
@@ -100,10 +100,9 @@ TEST(OverlayDrawing, LabelStaysInItsBox) {
     for (const unsigned scale : {1u, 8u}) {
         OverlayCanvas canvas(scale);
         const std::string label = "Quarry of Fens";
-        WQMarkerOverlay(canvas.drawing, scale).drawMapPoint({"", {10, 20}, label});
-        const WQText text = canvas.drawing.typesetter().set(label, {kWQSansFamilies, 12});
-        EXPECT_EQ(canvas.drawing.typesetter().set("not UTF-8: \xE9", {kWQSansFamilies, 12}).width(),
-                  0);
+        WQMarkerOverlay(canvas.drawing, canvas.style).drawMapPoint({"", {10, 20}, label});
+        const WQText text = canvas.typesetter.set(label, {kWQSansFamilies, 12});
+        EXPECT_EQ(canvas.typesetter.set("not UTF-8: \xE9", {kWQSansFamilies, 12}).width(), 0);
         ASSERT_GT(text.width(), 40);
         ASSERT_GT(text.height(), 11);
         const int x = 1119 * int(scale) + int(scale / 2), y = 1219 * int(scale) + int(scale / 2);
@@ -127,7 +126,7 @@ TEST(OverlayDrawing, LabelStaysInItsBox) {
 TEST(OverlayDrawing, TextIsOneLineHighAndKeepsOffNoise) {
     OverlayCanvas canvas(1);
     const auto set = [&](const std::string &text) {
-        return canvas.drawing.typesetter().set(text, {kWQSansFamilies, 12});
+        return canvas.typesetter.set(text, {kWQSansFamilies, 12});
     };
     const WQText text = set("Quarry");
     EXPECT_EQ(set("Quarry\r").width(), text.width());
@@ -153,7 +152,9 @@ TEST(OverlayDrawingDeathTest, WithoutFontsOnlyLabelsAreMissing) {
     const auto draw = [&] {
         setenv("FONTCONFIG_FILE", configuration.c_str(), 1);
         OverlayCanvas canvas(1);
-        drawAll(canvas);
+        WQDrawGridLines(canvas.drawing, canvas.style);
+        for (const WQMapPoint &place : somePlaces())
+            WQMarkerOverlay(canvas.drawing, canvas.style).drawMapPoint(place);
         const bool hasDisc = canvas.pixel(1589, 777) == WQPixel{255, 0, 0, 255};
         std::exit(hasDisc ? 0 : 1);
     };

@@ -169,7 +169,7 @@ TEST_P(OverlayGeometry, FeaturesBoxHasAnOutlineOfOnePixel) {
 }
 
 TEST_P(OverlayGeometry, MarkerIsAsLargeAtEveryScale) {
-    WQMarkerOverlay markers(canvas.drawing, canvas.style.scale);
+    WQMarkerOverlay markers(canvas.drawing, canvas.style);
     markers.drawMarkerAtCoordinate({57.0, -24.2});
     const int x = at(570), y = at(-242);
     for (const auto &[a, b] : {std::pair{3, 4}, {-4, 3}, {-3, -4}, {4, -3}}) {

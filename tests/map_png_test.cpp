@@ -21,33 +21,22 @@ WQPixel pixelAt(unsigned x, unsigned y) {
             static_cast<std::uint8_t>(x), 255};
 }
 
-/// Paints a frame of one pixel and a diagonal line, half transparent, over rows and columns.
-class Scribble : public WQOverlay {
-  public:
-    explicit Scribble(std::size_t size) : _size(size) {}
+constexpr WQPixel kInk{200, 100, 50, 128};
 
-    static bool touches(std::size_t column, std::size_t row) {
-        return column == 7 || row == 1000 || column == row;
-    }
+/// Whether the scribble is on a pixel: a column, a row and a diagonal line.
+bool isScribbled(std::size_t column, std::size_t row) {
+    return column == 7 || row == 1000 || column == row;
+}
 
-    std::vector<Columns> touchedColumns(std::size_t firstRow, std::size_t rowCount) const override {
-        if (firstRow <= 1000 && 1000 < firstRow + rowCount)
-            return {{0, _size}};
-        if (firstRow <= 8)
-            return {{0, std::max<std::size_t>(firstRow + rowCount, 8)}};
-        return {{7, 8}, {firstRow, std::min(firstRow + rowCount, _size)}};
-    }
-
-    void drawOnBlock(const Block &block) const override {
-        const std::size_t width = block.columns.end - block.columns.first;
-        for (std::size_t index = 0; index < block.pixels.size(); ++index)
-            if (touches(block.columns.first + index % width, block.firstRow + index / width))
-                block.pixels[index] = {200, 100, 50, 128};
-    }
-
-  private:
-    std::size_t _size;
-};
+std::unique_ptr<const WQDrawing> newScribble(std::size_t scale) {
+    auto drawing = std::make_unique<WQDrawing>(scale);
+    const auto size = static_cast<double>(drawing->size());
+    drawing->fillRectangle({7, 0, 1, size}, kInk);
+    drawing->fillRectangle({0, size - 1 - 1000, size, 1}, kInk);
+    for (double place = 0; place < size; ++place)
+        drawing->fillRectangle({place, size - 1 - place, 1, 1}, kInk);
+    return drawing;
+}
 
 std::unique_ptr<WQColorImage> sampleImage(std::size_t scale, bool hasOverlay) {
     ZPLargeArray<WQPixel> pixels(std::size_t{kWQLandSize} * kWQLandSize);
@@ -56,7 +45,7 @@ std::unique_ptr<WQColorImage> sampleImage(std::size_t scale, bool hasOverlay) {
             pixels.data()[y * std::size_t{kWQLandSize} + x] = pixelAt(x, y);
     auto image = std::make_unique<WQColorImage>(scale, std::move(pixels));
     if (hasOverlay)
-        image->setOverlay(std::make_unique<Scribble>(image->width()));
+        image->setDrawing(newScribble(scale));
     return image;
 }
 
@@ -80,8 +69,8 @@ TEST(PNGFile, DecodesToTheImageAtEveryScale) {
                     WQPixel expected =
                         pixelAt(static_cast<unsigned>(column / scale),
                                 static_cast<unsigned>(kWQLandSize - 1 - row / scale));
-                    if (hasOverlay && Scribble::touches(column, row))
-                        expected = {200, 100, 50, 128};
+                    if (hasOverlay && isScribbled(column, row))
+                        expected = kInk;
                     wrong += std::memcmp(picture.pixel(column, row), &expected, 4) != 0;
                 }
             EXPECT_EQ(wrong, 0u) << "scale " << scale << ", overlay " << hasOverlay;

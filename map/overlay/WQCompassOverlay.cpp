@@ -3,7 +3,6 @@
 #include "io/ZPPointText.h"
 #include "io/ZPSystemLog.h"
 #include "map/overlay/WQShape.h"
-#include "map/overlay/WQTypesetter.h"
 
 #include <cmath>
 
@@ -21,9 +20,9 @@ void drawStar(const std::vector<WQImagePoint> &corners, WQImagePoint center, WQD
     WQShape::stroked({corners}, 1).drawAtPoint(center, kBlack, context);
 }
 
-void drawLetters(WQImagePoint o, WQDrawing &context) {
+void drawLetters(WQImagePoint o, WQDrawing &context, WQTypesetter &typesetter) {
     const auto set = [&](const char *letter) {
-        return context.typesetter().set(letter, {kWQSansFamilies, 48, true});
+        return typesetter.set(letter, {kWQSansFamilies, 48, true});
     };
     const WQText n = set("N"), s = set("S"), e = set("E"), w = set("W");
     n.drawWithShadowAtPoint({std::floor(o.x - n.width() * 0.5), o.y + kCardinalReach}, context);
@@ -66,5 +65,5 @@ void WQDrawCompass(WQDrawing &context, const WQOverlayStyle &style) {
                       {-d, d}}})
         .drawAtPoint(center, kBlack, context);
 
-    drawLetters(center, context);
+    drawLetters(center, context, style.typesetter);
 }

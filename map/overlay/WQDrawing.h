@@ -1,12 +1,14 @@
 #pragma once
 
+#include "map/land/WQMapGeometry.h"
+#include "map/land/WQPixel.h"
 #include "map/overlay/WQMask.h"
-#include "map/overlay/WQOverlay.h"
 
 #include <cmath>
+#include <cstdint>
 #include <memory>
-
-class WQTypesetter;
+#include <span>
+#include <vector>
 
 /// A rectangle of the map image in pixels, origin at its south-west corner, y up.
 struct WQImageRect {
@@ -19,36 +21,34 @@ inline double WQNearestSubpixel(double value) {
     return std::round(value * 256) / 256;
 }
 
-/// A drawing as a list of opaque rectangles and masks, laid down in the order in which they were
-/// added. Whatever needs a path or a font is turned into a mask when it is added, once and by one
-/// thread; drawing then only blends coverage, so that it comes out the same in blocks of any size.
+/// What is laid over the land: a list of opaque rectangles and masks for a picture of the whole
+/// map, in the order in which they were added. Whatever needs a path or a font is turned into a
+/// mask before it is added, once and by one thread; see WQDrawnRows for how it gets on the picture.
 ///
-/// What lies outside the picture is clipped.
-class WQDrawing : public WQOverlay {
+/// Added to by one thread at a time; then read by any number. What lies outside the picture is
+/// clipped.
+class WQDrawing {
   public:
     /// A drawing for a picture of so many pixels for each land point along each axis.
     explicit WQDrawing(std::uint64_t scale);
-    ~WQDrawing() override;
     WQDrawing(const WQDrawing &) = delete;
     WQDrawing &operator=(const WQDrawing &) = delete;
 
-    /// Height and width of the picture.
-    std::uint64_t size() const { return _size; }
+    /// Height and width of the picture in pixels.
+    [[nodiscard]] std::uint64_t size() const { return _size; }
+    /// Whether a rectangle has pixels in common with the picture.
+    [[nodiscard]] bool shows(WQImageRect rectangle) const;
 
     /// Pixels that the rectangle covers in part are mixed with the ground.
     void fillRectangle(WQImageRect rectangle, WQPixel color);
 
     /// Lays a mask down with its origin on the pixel that holds this point; a point far outside
-    /// the picture adds nothing.
+    /// the picture adds nothing. The mask is shared and must not change any more.
     void addMask(std::shared_ptr<const WQMask> mask, WQImagePoint at, WQPixel color);
 
-    /// Sets this drawing's text; made at first use, since fonts take a while to load.
-    WQTypesetter &typesetter();
-
-    std::vector<Columns> touchedColumns(std::size_t firstRow, std::size_t rowCount) const override;
-    void drawOnBlock(const Block &block) const override;
-
   private:
+    friend class WQDrawnRows;
+
     /// A range along one axis in 1/256 of a pixel.
     struct Range {
         std::int32_t begin, end;
@@ -69,16 +69,9 @@ class WQDrawing : public WQOverlay {
 
     void add(Item item);
     std::vector<std::uint32_t> itemsInRows(std::size_t firstRow, std::size_t rowCount) const;
-    struct Pixels {
-        std::size_t firstRow, endRow, firstColumn, endColumn;
-    };
-    static Pixels commonPixels(const Item &item, const Block &block);
-    static void drawRectangle(const Item &item, const Block &block);
-    static void drawMask(const Item &item, const Block &block);
 
     std::uint64_t _size;
     std::vector<Item> _items;
     /// For each slice of rows the items that reach into it, in order.
     std::vector<std::vector<std::uint32_t>> _itemsBySlice;
-    std::unique_ptr<WQTypesetter> _typesetter;
 };

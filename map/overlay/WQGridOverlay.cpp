@@ -2,7 +2,6 @@
 
 #include "io/ZPPointText.h"
 #include "io/ZPSystemLog.h"
-#include "map/overlay/WQTypesetter.h"
 
 #include <cmath>
 #include <cstdlib>
@@ -104,7 +103,7 @@ void Grid::drawLabels() const {
     };
     std::vector<Label> labels;
     for (int i = -kOutermost; i <= kOutermost; i += kStep)
-        labels.push_back({_context.typesetter().set(ZPFormat("%d", std::abs(i)), font),
+        labels.push_back({_style.typesetter.set(ZPFormat("%d", std::abs(i)), font),
                           coordinate(static_cast<float>(i))});
 
     for (const auto &[text, center] : labels) {

@@ -1,13 +1,9 @@
 #include "map/overlay/WQMaskMaker.h"
 
 #include "io/ZPSystemLog.h"
-
-#include <dlfcn.h>
-#include <filesystem>
+#include "map/overlay/WQLetteringLibrary.h"
 
 namespace {
-
-constexpr char kLibrary[] = "plotterra-lettering.so";
 
 class EmptyMaskMaker : public WQMaskMaker {
   public:
@@ -23,22 +19,16 @@ class EmptyMaskMaker : public WQMaskMaker {
     }
 };
 
-/// The library stands beside the program, or where it was built.
-void *openLibrary() {
-    std::error_code ignored;
-    const auto program = std::filesystem::read_symlink("/proc/self/exe", ignored);
-    for (const auto &folder :
-         {program.parent_path(), std::filesystem::path(PLOTTERRA_LIBRARY_FOLDER)})
-        if (void *library = dlopen((folder / kLibrary).c_str(), RTLD_NOW | RTLD_LOCAL))
-            return library;
-    return nullptr;
-}
-
 WQMaskMaker *loadMaskMaker() {
-    if (void *library = openLibrary())
-        if (void *maker = dlsym(library, "WQLetteringMaskMaker"))
-            return reinterpret_cast<decltype(&WQLetteringMaskMaker)>(maker)();
-    ZPLog("Error: shapes and labels are missing on the map: %s", dlerror());
+    std::error_code error;
+    const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
+    std::vector<std::string> reasons;
+    if (error)
+        reasons.push_back("/proc/self/exe: " + error.message());
+    else if (WQMaskMaker *maker = WQLoadLettering(WQLetteringFolders(program), reasons))
+        return maker;
+    for (const std::string &reason : reasons)
+        ZPLog("Error: shapes and labels are missing on the map: %s", reason.c_str());
     static EmptyMaskMaker empty;
     return &empty;
 }

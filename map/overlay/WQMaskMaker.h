@@ -13,6 +13,9 @@ struct WQOutline {
     double radius = 0;
 };
 
+/// Text that takes more pixels from west to east is cut off; wider than any picture.
+inline constexpr int kWQGreatestTextWidth = 32767;
+
 struct WQFont {
     /// Families by preference, separated by commas.
     const char *families;
@@ -23,7 +26,7 @@ struct WQFont {
 /// A text as a mask, placed at the north-west corner of the box that its letters stand in, from the
 /// highest that the font has to the lowest, whichever letters there are.
 struct WQTextMask {
-    /// Of the box.
+    /// Of the box, in pixels.
     double width = 0, height = 0;
     std::shared_ptr<const WQMask> mask = std::make_shared<const WQMask>();
 };
@@ -32,8 +35,8 @@ struct WQTextMask {
 class WQTextSetter {
   public:
     virtual ~WQTextSetter() = default;
-    /// `text` is valid UTF-8.
-    virtual WQTextMask set(const std::string &text, const WQFont &font) = 0;
+    /// `text` is valid UTF-8 and short.
+    [[nodiscard]] virtual WQTextMask set(const std::string &text, const WQFont &font) = 0;
 };
 
 /// Makes masks of paths and texts, by way of cairo and Pango.
@@ -44,15 +47,13 @@ class WQTextSetter {
 class WQMaskMaker {
   public:
     /// Loaded at first use. Where it cannot be, that is logged, and masks come out empty.
-    static WQMaskMaker &shared();
+    [[nodiscard]] static WQMaskMaker &shared();
     virtual ~WQMaskMaker() = default;
 
-    /// The outline with its origin at (x, y) in the mask's pixel (0, 0), filled, or stroked with a
-    /// line of some width above 0.
-    virtual std::shared_ptr<const WQMask> maskOfOutline(const WQOutline &outline, double lineWidth,
-                                                        double x, double y) = 0;
-    virtual std::unique_ptr<WQTextSetter> newTextSetter() = 0;
+    /// The outline with its origin at (x, y) in the mask's pixel (0, 0), filled where the line
+    /// width is 0, else stroked. An empty mask, and a line in the log, where there is no memory for
+    /// it.
+    [[nodiscard]] virtual std::shared_ptr<const WQMask>
+    maskOfOutline(const WQOutline &outline, double lineWidth, double x, double y) = 0;
+    [[nodiscard]] virtual std::unique_ptr<WQTextSetter> newTextSetter() = 0;
 };
-
-/// What the library offers: a maker that lives as long as the process.
-extern "C" WQMaskMaker *WQLetteringMaskMaker();

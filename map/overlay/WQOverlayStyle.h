@@ -3,18 +3,26 @@
 #include "map/land/WQLandColorTable.h"
 #include "map/land/WQLight.h"
 #include "map/overlay/WQDrawing.h"
+#include "map/overlay/WQOverlayChoice.h"
+#include "map/overlay/WQTypesetter.h"
 
-/// What the overlays take from the map that they are drawn on.
+/// What the overlays need besides the drawing: the map that they are for, what is to be drawn, and
+/// who sets the text. Whoever makes a style keeps what it refers to.
 struct WQOverlayStyle {
+    /// Pixels for each land point along each axis.
     std::uint64_t scale = 1;
-    /// Unit vector toward the light.
+    /// Unit vector toward the light; x east, y north, z up.
     ZPVector3 light;
+    /// A factor to every colour; 255 leaves them as they are.
     float fudgeFactor = 255;
     const WQLandColorTable &colors;
+    const WQOverlayChoice &choice;
+    WQTypesetter &typesetter;
 
     WQImagePoint imagePoint(WQMapLocation location) const {
         return WQImagePointForMapLocation(location, scale);
     }
+    /// A coordinate as players write it, such as "24.2S 57.0E".
     WQImagePoint imagePoint(const char *coordinate) const {
         WQMapLocation location;
         WQMapCoordinateFromString(coordinate, &location);

@@ -1,7 +1,5 @@
 #include "map/overlay/WQTitleOverlay.h"
 
-#include "map/overlay/WQTypesetter.h"
-
 void WQDrawTitle(WQDrawing &context, const WQOverlayStyle &style) {
     context.fillRectangle(WQInsetByOnePixel(style.box("80N 70E", "100N 100E")),
                           style.blankingColor());
@@ -9,8 +7,7 @@ void WQDrawTitle(WQDrawing &context, const WQOverlayStyle &style) {
     const WQImagePoint anchor = style.imagePoint("89.8N 71E");
     const WQImagePoint origin{anchor.x + 2.0, anchor.y + -2.0};
     const auto letter = [&](const char *text, const WQFont &font, double right, double down) {
-        context.typesetter()
-            .set(text, font)
+        style.typesetter.set(text, font)
             .drawWithShadowAtPoint({origin.x + right, origin.y - down}, context);
     };
     letter("Ostvale", {kWQSerifFamilies, 240, true}, 0, 0);

@@ -5,12 +5,12 @@
 
 #include <string>
 
-// Each ends in what every machine can resolve.
+// Families by preference. What is freely had comes first, so that the picture does not depend on
+// what else a machine has; each list ends in what every machine can resolve.
 inline constexpr char kWQSansFamilies[] =
-    "Helvetica Neue, Helvetica, Arial, Liberation Sans, sans-serif";
-inline constexpr char kWQWideSansFamilies[] = "Verdana, DejaVu Sans, sans-serif";
-inline constexpr char kWQSerifFamilies[] =
-    "Georgia, Gelasio, DejaVu Serif, Liberation Serif, serif";
+    "Liberation Sans, Helvetica Neue, Helvetica, Arial, sans-serif";
+inline constexpr char kWQWideSansFamilies[] = "Liberation Sans, Verdana, DejaVu Sans, sans-serif";
+inline constexpr char kWQSerifFamilies[] = "Liberation Serif, Georgia, Gelasio, serif";
 
 /// A text that was set once and can be drawn at many places.
 class WQText {
@@ -18,9 +18,9 @@ class WQText {
     WQText() = default;
     explicit WQText(WQTextMask set) : _set(std::move(set)) {}
 
-    /// Of the box that the text's letters stand in.
-    double width() const { return _set.width; }
-    double height() const { return _set.height; }
+    /// Of the box that the text's letters stand in, in pixels.
+    [[nodiscard]] double width() const { return _set.width; }
+    [[nodiscard]] double height() const { return _set.height; }
 
     /// Draws the text with the box's south-west corner at this point, on whole pixels.
     void drawAtPoint(WQImagePoint point, WQPixel color, WQDrawing &context) const;
@@ -33,12 +33,15 @@ class WQText {
 
 /// Sets text in one line, in any script that the machine has a font for. One thread at a time.
 ///
-/// Text comes out empty, without any size, where it is not valid UTF-8 or where the machine has no
-/// font; a typesetter logs the latter once.
+/// Of a long text only the first 500 characters are set, and controls as blanks: labels come from
+/// files. Text comes out empty, without any size, where it is not valid UTF-8, where the machine
+/// has no font or no memory; a typesetter logs the latter two once.
 class WQTypesetter {
   public:
-    WQText set(const std::string &text, const WQFont &font);
+    /// `text` is UTF-8.
+    [[nodiscard]] WQText set(const std::string &text, const WQFont &font);
 
   private:
-    std::unique_ptr<WQTextSetter> _setter = WQMaskMaker::shared().newTextSetter();
+    /// Made at first use, since fonts take a while to load.
+    std::unique_ptr<WQTextSetter> _setter;
 };

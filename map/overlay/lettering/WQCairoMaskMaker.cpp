@@ -1,7 +1,9 @@
+#include "map/overlay/WQLetteringLibrary.h"
 #include "map/overlay/lettering/WQMaskSurface.h"
 #include "map/overlay/lettering/WQPangoTextSetter.h"
 
 #include <cmath>
+#include <cstring>
 #include <numbers>
 
 namespace {
@@ -55,7 +57,9 @@ std::shared_ptr<const WQMask> CairoMaskMaker::maskOfOutline(const WQOutline &out
 
 } // namespace
 
-WQMaskMaker *WQLetteringMaskMaker() {
+const char WQLetteringVersion[] = PLOTTERRA_LETTERING_VERSION;
+
+WQMaskMaker *WQLetteringMaskMaker(const char *programVersion) {
     static CairoMaskMaker maker;
-    return &maker;
+    return std::strcmp(programVersion, WQLetteringVersion) == 0 ? &maker : nullptr;
 }

@@ -5,11 +5,12 @@
 
 #include <algorithm>
 #include <pango/pangocairo.h>
+#include <sys/mman.h>
 
 namespace {
 
-/// Wider than any picture, and as much as a surface can have.
-constexpr int kGreatestWidth = 32767;
+/// More than Pango and its libraries ask for to set one short text, fonts included.
+constexpr std::size_t kMemoryForText = std::size_t{32} << 20;
 
 struct Free {
     void operator()(gpointer object) const { g_object_unref(object); }
@@ -19,6 +20,23 @@ struct Free {
 template <class T>
 using Handle = std::unique_ptr<T, Free>;
 
+/// Whether there is memory to set a text with. GLib, on which Pango stands, ends the process when
+/// it gets none, so it has to be known before.
+bool hasMemoryForText() {
+    void *memory = mmap(nullptr, kMemoryForText, PROT_READ | PROT_WRITE,
+                        MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    return memory != MAP_FAILED && munmap(memory, kMemoryForText) == 0;
+}
+
+Handle<PangoFontDescription> descriptionOfFont(const WQFont &font) {
+    Handle<PangoFontDescription> description(pango_font_description_new());
+    pango_font_description_set_family_static(description.get(), font.families);
+    pango_font_description_set_absolute_size(description.get(), font.sizeInPixels * PANGO_SCALE);
+    pango_font_description_set_weight(description.get(),
+                                      font.isBold ? PANGO_WEIGHT_BOLD : PANGO_WEIGHT_NORMAL);
+    return description;
+}
+
 } // namespace
 
 struct WQPangoTextSetter::Layout {
@@ -27,10 +45,11 @@ struct WQPangoTextSetter::Layout {
     Handle<PangoLayout> layout;
 
     Layout() {
-        // Fixed, so that no setting of somebody's desktop shows in the picture.
+        // Fixed, so that no setting of somebody's desktop shows in the picture. Full hinting, which
+        // moves outlines up and down only, keeps the small digits of the grid legible.
         const Handle<cairo_font_options_t> options(cairo_font_options_create());
         cairo_font_options_set_antialias(options.get(), CAIRO_ANTIALIAS_GRAY);
-        cairo_font_options_set_hint_style(options.get(), CAIRO_HINT_STYLE_SLIGHT);
+        cairo_font_options_set_hint_style(options.get(), CAIRO_HINT_STYLE_FULL);
         cairo_font_options_set_hint_metrics(options.get(), CAIRO_HINT_METRICS_ON);
         pango_cairo_context_set_font_options(context.get(), options.get());
         layout.reset(pango_layout_new(context.get()));
@@ -39,7 +58,11 @@ struct WQPangoTextSetter::Layout {
     }
 };
 
-WQPangoTextSetter::WQPangoTextSetter() : _layout(std::make_unique<Layout>()) {}
+WQPangoTextSetter::WQPangoTextSetter()
+    : _layout(hasMemoryForText() ? std::make_unique<Layout>() : nullptr) {
+    if (_layout == nullptr)
+        ZPLog("Error: not enough memory for fonts; the labels of the map are missing.");
+}
 
 WQPangoTextSetter::~WQPangoTextSetter() = default;
 
@@ -47,12 +70,13 @@ WQTextMask WQPangoTextSetter::set(const std::string &text, const WQFont &font) {
     WQTextMask result;
     if (_layout == nullptr)
         return result;
+    if (!hasMemoryForText()) {
+        ZPLog("Error: not enough memory to set text; labels of the map are missing.");
+        _layout.reset();
+        return result;
+    }
 
-    const Handle<PangoFontDescription> description(pango_font_description_new());
-    pango_font_description_set_family_static(description.get(), font.families);
-    pango_font_description_set_absolute_size(description.get(), font.sizeInPixels * PANGO_SCALE);
-    pango_font_description_set_weight(description.get(),
-                                      font.isBold ? PANGO_WEIGHT_BOLD : PANGO_WEIGHT_NORMAL);
+    const auto description = descriptionOfFont(font);
     // Asked for first, since a layout would warn and make do with boxes.
     const Handle<PangoFont> anyFont(
         pango_context_load_font(_layout->context.get(), description.get()));
@@ -64,9 +88,13 @@ WQTextMask WQPangoTextSetter::set(const std::string &text, const WQFont &font) {
 
     PangoLayout *layout = _layout->layout.get();
     pango_layout_set_font_description(layout, description.get());
-    // Of a file whose lines end in CR LF, each label keeps its CR, which is not for the eye.
-    const std::string visible = text.substr(0, text.find_last_not_of('\r') + 1);
-    pango_layout_set_text(layout, visible.c_str(), -1);
+    pango_layout_set_text(layout, text.data(), static_cast<int>(text.size()));
+    if (!_saidMissingGlyph && pango_layout_get_unknown_glyphs_count(layout) > 0) {
+        _saidMissingGlyph = true;
+        ZPLog("Error: no font of this machine has all characters of the label \"%s\", and perhaps "
+              "of others; boxes stand in their place.",
+              text.c_str());
+    }
 
     PangoRectangle ink, box;
     pango_layout_get_extents(layout, &ink, &box);
@@ -82,7 +110,7 @@ WQTextMask WQPangoTextSetter::set(const std::string &text, const WQFont &font) {
     WQMask bounds;
     bounds.firstColumn = ink.x - 1;
     bounds.firstRow = std::max(ink.y - 1, -lineHeight);
-    bounds.width = std::min(ink.width + 2, kGreatestWidth);
+    bounds.width = std::min(ink.width + 2, kWQGreatestTextWidth);
     bounds.height = std::min(ink.y + ink.height + 1, 2 * lineHeight) - bounds.firstRow;
     if (bounds.height <= 0)
         return result;

@@ -2,7 +2,8 @@
 
 #include "map/overlay/WQMaskMaker.h"
 
-/// Sets text with Pango. Fonts are looked for when one is made.
+/// Sets text with Pango. Fonts are looked for when one is made. What goes wrong with a text is said
+/// once, however many there are.
 class WQPangoTextSetter final : public WQTextSetter {
   public:
     WQPangoTextSetter();
@@ -12,6 +13,8 @@ class WQPangoTextSetter final : public WQTextSetter {
 
   private:
     struct Layout;
-    /// Null once it is known that there is no font.
+
+    /// Null once it is known that there is no font, or no memory.
     std::unique_ptr<Layout> _layout;
+    bool _saidMissingGlyph = false;
 };
