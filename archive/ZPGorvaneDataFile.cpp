@@ -8,7 +8,6 @@
 
 namespace {
 
-constexpr std::uint32_t kVersionIdentifier = 0xFFFF0001;
 /// Files of a sound archive share no blocks and together are shorter than it. Those of a damaged
 /// one may share some, but not so often that reading them all takes forever.
 constexpr std::uint64_t kMostReadings = 16;
@@ -47,7 +46,7 @@ void ZPGorvaneDataFile::quickLoadDataVersion() {
         return;
     try {
         const auto entry = ZPGorvaneDirectory::searchForFileWithIdentifier(
-            kVersionIdentifier, *this, _blockStorage->rootOffset());
+            ZPGorvaneVersion::kIdentifier, *this, _blockStorage->rootOffset());
         if (!entry)
             return;
         ZPError error;

@@ -6,6 +6,8 @@
 /// knows the layout.
 class ZPGorvaneVersion : public ZPGorvaneStoredObject {
   public:
+    /// Its identifier in every archive.
+    static constexpr std::uint32_t kIdentifier = 0xFFFF0001;
     static constexpr bool isIdentifierInData = false;
 
     ZPGorvaneVersion(ZPDataCursor &cursor, ZPGorvaneClientData *clientData)

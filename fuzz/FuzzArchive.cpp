@@ -58,7 +58,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t siz
     readFiles(cellDataFile);
     readRecords(clientData, cellDataFile);
     readRecords(clientData, *clientData.portalDataFile());
-    clientData.worldInfo();
+    (void)clientData.worldInfo();
     for (const std::uint8_t type : cellDataFile.usedFileTypes())
         FuzzExpect(!cellDataFile.fileEntriesByType(type).empty());
     cellDataFile.check();
@@ -68,7 +68,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t siz
         storage->logHeaderInfo();
     }
 
-    readOfFamily(WQRetailArchiveFamily, FuzzFolder() / "client_cell_1.dat");
-    readOfFamily(WQ2ArchiveFamily, FuzzFolder() / "client_cell_1.dat");
+    readOfFamily(kWQRetailArchiveFamily, FuzzFolder() / "client_cell_1.dat");
+    readOfFamily(kWQ2ArchiveFamily, FuzzFolder() / "client_cell_1.dat");
     return 0;
 }

@@ -57,19 +57,19 @@ std::unique_ptr<ZPGorvaneVersion> newVersion(std::span<const std::byte> data,
 
 } // namespace
 
-constexpr ZPGorvaneArchiveFamily WQArchiveFamily = {
+constexpr ZPGorvaneArchiveFamily kWQArchiveFamily = {
     &ZPGorvaneBlockStorage::initV3StorageWithFileAtPath, 24, &readFileEntry,
     &newVersion<WQVersion>};
-static_assert(WQArchiveFamily.directorySize() == 1740);
+static_assert(kWQArchiveFamily.directorySize() == 1740);
 
-constexpr ZPGorvaneArchiveFamily WQRetailArchiveFamily = {
+constexpr ZPGorvaneArchiveFamily kWQRetailArchiveFamily = {
     &retailStorageAtPath, 12, &readRetailFileEntry, &newVersion<ZPGorvaneVersion>};
-static_assert(WQRetailArchiveFamily.directorySize() == 996);
+static_assert(kWQRetailArchiveFamily.directorySize() == 996);
 
-constexpr ZPGorvaneArchiveFamily WQ2ArchiveFamily = {
+constexpr ZPGorvaneArchiveFamily kWQ2ArchiveFamily = {
     &ZPGorvaneBlockStorage::initV2StorageWithFileAtPath, 16, &readSecondGameFileEntry,
     &newVersion<ZPGorvaneVersion>};
-static_assert(WQ2ArchiveFamily.directorySize() == 1244);
+static_assert(kWQ2ArchiveFamily.directorySize() == 1244);
 
 void WQWriteFileEntryToBuffer(const ZPGorvaneFileEntry &entry, ZPData &buffer) {
     for (const std::uint32_t word : {entry.version, entry.identifier, entry.fileOffset,

@@ -1,37 +1,8 @@
 #include "game/WQClientData.h"
 
-#include "game/WQRetailClientData.h"
 #include "io/ZPSystemLog.h"
 
-namespace {
-
-template <class ClientData>
-void registerClass(const char *name, ZPGorvaneGame game) {
-    ZPGorvaneClientData::registerClientDataClass(
-        {name,
-         [](const std::filesystem::path &basePath) -> std::unique_ptr<ZPGorvaneClientData> {
-             return std::make_unique<ClientData>(basePath);
-         }},
-        game);
-}
-
-/// Registers before main. Both classes do it here, where WQClientData itself is defined: a file of
-/// a static library that nobody names would be left out of the program.
-[[maybe_unused]] const bool classesAreRegistered = [] {
-    registerClass<WQClientData>("WQClientData", ZPGorvaneGame::first);
-    registerClass<WQRetailClientData>("WQRetailClientData", ZPGorvaneGame::firstRetail);
-    return true;
-}();
-
-template <class Record>
-std::unique_ptr<Record> recordOfClass(std::unique_ptr<ZPGorvaneStoredObject> object) {
-    auto *record = dynamic_cast<Record *>(object.get());
-    if (record != nullptr)
-        (void)object.release();
-    return std::unique_ptr<Record>(record);
-}
-
-} // namespace
+WQClientData::WQClientData() : ZPGorvaneClientData(std::filesystem::path()) {}
 
 WQClientData::WQClientData(std::filesystem::path path)
     : ZPGorvaneClientData(std::move(path)),
@@ -76,7 +47,8 @@ WQDataFile *WQClientData::dataFileOfType(std::uint32_t type) const {
 
 void WQClientData::loadAllFileEntries() {
     for (auto *dataFile : {portalDataFile(), highresDataFile(), localDataFile(), cellDataFile()})
-        dataFile->loadFileEntriesIfNecessary();
+        if (dataFile != nullptr)
+            dataFile->loadFileEntriesIfNecessary();
 }
 
 // -- records
@@ -86,7 +58,7 @@ WQClientData::_newPortalObjectFromData(std::span<const std::byte> data, std::uin
     const WQRecordClass *recordClass = objectClassForPortalIdentifier(identifier);
     if (recordClass == nullptr)
         return nullptr;
-    auto record = recordClass->newWithData(*recordClass, data, this);
+    auto record = recordClass->newRecord(data, this);
     if (record == nullptr)
         return nullptr;
     if (!recordClass->isIdentifierInData)
@@ -99,8 +71,7 @@ WQClientData::_newPortalObjectFromData(std::span<const std::byte> data, std::uin
 
 std::unique_ptr<ZPGorvaneStoredObject>
 WQClientData::_newCellObjectFromData(std::span<const std::byte> data, std::uint32_t identifier) {
-    const WQRecordClass &recordClass = WQRecordClassForCellIdentifier(identifier);
-    return recordClass.newWithData(recordClass, data, this);
+    return WQRecordClassForCellIdentifier(identifier).newRecord(data, this);
 }
 
 std::unique_ptr<ZPGorvaneStoredObject>
@@ -119,32 +90,33 @@ WQClientData::newObjectForFileEntry(const ZPGorvaneFileEntry &entry,
 }
 
 std::unique_ptr<ZPGorvaneStoredObject>
-WQClientData::newObjectWithIdentifier(std::uint32_t identifier, WQDataFile &inDataFile) {
-    const ZPGorvaneFileEntry *entry = inDataFile.fileEntryWithIdentifier(identifier);
-    return entry != nullptr ? newObjectForFileEntry(*entry, inDataFile) : nullptr;
+WQClientData::newObjectWithIdentifier(std::uint32_t identifier, WQDataFile *inDataFile) {
+    const ZPGorvaneFileEntry *entry =
+        inDataFile != nullptr ? inDataFile->fileEntryWithIdentifier(identifier) : nullptr;
+    return entry != nullptr ? newObjectForFileEntry(*entry, *inDataFile) : nullptr;
 }
 
 std::unique_ptr<ZPGorvaneStoredObject>
 WQClientData::newPortalObjectWithIdentifier(std::uint32_t identifier) {
-    return newObjectWithIdentifier(identifier, *_portalDataFile);
+    return newObjectWithIdentifier(identifier, portalDataFile());
 }
 
 std::unique_ptr<ZPGorvaneStoredObject>
 WQClientData::newHighresObjectWithIdentifier(std::uint32_t identifier) {
-    return newObjectWithIdentifier(identifier, *_highresDataFile);
+    return newObjectWithIdentifier(identifier, highresDataFile());
 }
 
 std::unique_ptr<ZPGorvaneStoredObject>
 WQClientData::newCellObjectWithIdentifier(std::uint32_t identifier) {
-    return newObjectWithIdentifier(identifier, *_cellDataFile);
+    return newObjectWithIdentifier(identifier, cellDataFile());
 }
 
 // -- tables
 
 const WQWorldInfo *WQClientData::worldInfo() {
-    if (_worldInfo == nullptr)
-        _worldInfo = recordOfClass<WQWorldInfo>(newPortalObjectWithIdentifier(0x13000000));
-    return _worldInfo.get();
+    // The class that the table of classes has for it.
+    return static_cast<const WQWorldInfo *>(
+        loadTableIfNecessary(_worldInfo, kWQWorldInfoIdentifier));
 }
 
 const ZPGorvaneStoredObject *WQClientData::loadTableIfNecessary(Table &table,
@@ -155,82 +127,80 @@ const ZPGorvaneStoredObject *WQClientData::loadTableIfNecessary(Table &table,
 }
 
 const ZPGorvaneStoredObject *WQClientData::titleTable() {
-    return loadTableIfNecessary(_titleTable, 0x22000041);
+    return loadTableIfNecessary(_titleTable, kWQTitleTableIdentifier);
 }
 
 const ZPGorvaneStoredObject *WQClientData::skillTable() {
-    return loadTableIfNecessary(_skillTable, 0x0E000004);
+    return loadTableIfNecessary(_skillTable, kWQSkillTableIdentifier);
 }
 
 const ZPGorvaneStoredObject *WQClientData::componentTable() {
-    return loadTableIfNecessary(_componentTable, 0x0E00000F);
+    return loadTableIfNecessary(_componentTable, kWQComponentTableIdentifier);
 }
 
 const ZPGorvaneStoredObject *WQClientData::spellTable() {
-    return loadTableIfNecessary(_spellTable, 0x0E00000E);
+    return loadTableIfNecessary(_spellTable, kWQSpellTableIdentifier);
 }
 
 const ZPGorvaneStoredObject *WQClientData::speciesTable() {
-    return loadTableIfNecessary(_speciesTable, 0x2200000E);
+    return loadTableIfNecessary(_speciesTable, kWQSpeciesTableIdentifier);
 }
 
 const ZPGorvaneStoredObject *WQClientData::raceTable() {
-    return loadTableIfNecessary(_raceTable, 0x2200000B);
+    return loadTableIfNecessary(_raceTable, kWQRaceTableIdentifier);
 }
 
 const ZPGorvaneStoredObject *WQClientData::genderTable() {
-    return loadTableIfNecessary(_genderTable, 0x2200000A);
+    return loadTableIfNecessary(_genderTable, kWQGenderTableIdentifier);
 }
 
 const ZPGorvaneStoredObject *WQClientData::materialTable() {
-    return loadTableIfNecessary(_materialTable, 0x27000000);
+    return loadTableIfNecessary(_materialTable, kWQMaterialTableIdentifier);
 }
 
 const ZPGorvaneStoredObject *WQClientData::contractTable() {
-    return loadTableIfNecessary(_contractTable, 0x0E00001D);
+    return loadTableIfNecessary(_contractTable, kWQContractTableIdentifier);
 }
 
 // -- look-ups of one type
 
-std::unique_ptr<WQUndecodedPortalObject>
+std::unique_ptr<ZPGorvaneStoredObject>
 WQClientData::newPortalObjectOfType(std::uint8_t type, std::uint32_t identifier) {
-    if (identifier >> 24 != type)
-        return nullptr;
-    return recordOfClass<WQUndecodedPortalObject>(newPortalObjectWithIdentifier(identifier));
+    return WQTypeOfIdentifier(identifier) == type ? newPortalObjectWithIdentifier(identifier)
+                                                  : nullptr;
 }
 
 WQRecordCache::Access WQClientData::objectOfType(std::uint8_t type, std::uint32_t identifier,
                                                  WQRecordCache &inCache, bool isPinned) {
-    if (identifier >> 24 != type)
+    if (WQTypeOfIdentifier(identifier) != type)
         return {};
     const std::lock_guard guard(inCache.lock());
     if (auto access = inCache.objectForKey(identifier))
         return access;
-    auto record = newPortalObjectOfType(type, identifier);
+    auto record = newPortalObjectWithIdentifier(identifier);
     if (record == nullptr)
         return {};
-    const std::size_t cost = record->data().size();
+    const std::size_t cost = _portalDataFile->fileEntryWithIdentifier(identifier)->fileSize;
     return inCache.setObject(std::move(record), identifier, cost, isPinned);
 }
 
 WQRecordCache::Access WQClientData::paletteWithIdentifier(std::uint32_t identifier) {
-    return objectOfType(0x04, identifier, _paletteCache, true);
+    return objectOfType(kWQPaletteType, identifier, _paletteCache, true);
 }
 
 WQRecordCache::Access WQClientData::paletteGroupWithIdentifier(std::uint32_t identifier) {
-    return objectOfType(0x0F, identifier, _paletteGroupCache, true);
+    return objectOfType(kWQPaletteGroupType, identifier, _paletteGroupCache, true);
 }
 
 WQRecordCache::Access WQClientData::soundWithIdentifier(std::uint32_t identifier) {
-    return objectOfType(0x0A, identifier, _soundCache, false);
+    return objectOfType(kWQSoundType, identifier, _soundCache, false);
 }
 
-std::unique_ptr<WQUndecodedPortalObject>
-WQClientData::imageWithIdentifier(std::uint32_t identifier) {
-    return newPortalObjectOfType(0x06, identifier);
+std::unique_ptr<ZPGorvaneStoredObject> WQClientData::imageWithIdentifier(std::uint32_t identifier) {
+    return newPortalObjectOfType(kWQImageType, identifier);
 }
 
-std::unique_ptr<WQUndecodedPortalObject>
+std::unique_ptr<ZPGorvaneStoredObject>
 WQClientData::soundTableWithIdentifier(std::uint32_t identifier) {
-    return newPortalObjectOfType(0x20, identifier);
+    return newPortalObjectOfType(kWQSoundTableType, identifier);
 }

@@ -1,16 +1,16 @@
 #include "game/WQDataFile.h"
 
 #include "game/WQArchiveFamilies.h"
+#include "game/WQIdentifier.h"
 
 WQDataFile::WQDataFile(const std::filesystem::path &path)
-    : ZPGorvaneDataFile(WQArchiveFamily, path) {}
+    : ZPGorvaneDataFile(kWQArchiveFamily, path) {}
 
 WQDataFile::WQDataFile(std::unique_ptr<ZPGorvaneBlockStorage> blockStorage)
-    : ZPGorvaneDataFile(WQArchiveFamily, std::move(blockStorage)) {}
+    : ZPGorvaneDataFile(kWQArchiveFamily, std::move(blockStorage)) {}
 
 std::span<const ZPGorvaneFileEntry> WQDataFile::fileEntriesByLandBlock(std::uint16_t number) const {
-    constexpr std::uint16_t kArchiveRecords = 0xFFFF;
-    if (_type != cell || number == kArchiveRecords)
+    if (_type != cell || number == kWQArchiveRecordsNumber)
         return {};
-    return entriesInOrder().entriesWithPrefix(number, 16);
+    return entriesInOrder().entriesWithPrefix(number, kWQCellBits);
 }

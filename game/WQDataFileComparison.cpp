@@ -200,7 +200,8 @@ void WQDataFileComparison::_appendLandBlocks(std::span<const std::uint32_t> land
                                              std::string &toString) {
     const WQKnownDungeonDictionary &names = WQKnownDungeonNames();
     for (const std::uint32_t number : landBlocks) {
-        const std::string place = WQStringFromMapCoordinate(WQMapCoordinateForCellID(number << 16));
+        const std::string place =
+            WQStringFromMapCoordinate(WQMapCoordinateForCellID(WQIdentifierOfCell(number, 0)));
         if (const auto name = names.find(number); name != names.end())
             toString += ZPFormat("%04x  %s -- %.*s\n", number, place.c_str(),
                                  static_cast<int>(name->second.size()), name->second.data());

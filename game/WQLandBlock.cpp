@@ -87,9 +87,9 @@ bool WQLandBlock::saveToPath(const std::filesystem::path &path, ZPError *error) 
     std::string text = ZPFormat("identifier: %08x\n", identifier());
     text += ZPFormat("object block present: %08x\n", _objectBlockPresent);
     text += ZPFormat("isPassable? %u\n", isPassable() ? 1u : 0u);
-    text +=
-        ZPFormat("Coords: %s (%08x %04x %s)\n", WQStringFromMapCoordinate(corner).c_str(),
-                 identifier(), identifier() >> 16, ZPStringFromPoint(corner.x, corner.y).c_str());
+    text += ZPFormat("Coords: %s (%08x %04x %s)\n", WQStringFromMapCoordinate(corner).c_str(),
+                     identifier(), static_cast<unsigned>(number()),
+                     ZPStringFromPoint(corner.x, corner.y).c_str());
 
     // Terrain like a map, the north row first; heights in the order in which they are stored.
     const auto appendTopology = [&](const char *heading, const char *linePrefix, int digits,

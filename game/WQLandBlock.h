@@ -1,5 +1,6 @@
 #pragma once
 
+#include "game/WQIdentifier.h"
 #include "game/WQStoredObject.h"
 
 #include <array>
@@ -61,8 +62,9 @@ class WQLandBlock final : public WQCellObject {
     /// Grows with the place of the block.
     std::uint16_t markerIndex() const;
     void logMarker(char group, std::uint16_t marker) const;
-    std::uint8_t column() const { return static_cast<std::uint8_t>(identifier() >> 24); }
-    std::uint8_t row() const { return static_cast<std::uint8_t>(identifier() >> 16); }
+    std::uint16_t number() const { return WQLandBlockNumberOfIdentifier(identifier()); }
+    std::uint8_t column() const { return WQColumnOfLandBlock(number()); }
+    std::uint8_t row() const { return WQRowOfLandBlock(number()); }
 
     std::uint32_t _objectBlockPresent;
     Topology _topology;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "game/WQIdentifier.h"
+
 #include <bitset>
 #include <cstdint>
 #include <span>
@@ -10,13 +12,13 @@
 class WQLandBlockSet {
   public:
     WQLandBlockSet() = default;
-    /// The blocks that files of a cell archive belong to: the top 16 bits of each identifier.
+    /// The blocks that files of a cell archive belong to.
     explicit WQLandBlockSet(std::span<const std::uint32_t> fileIdentifiers) {
         for (const std::uint32_t identifier : fileIdentifiers)
-            _blocks.set(identifier >> 16);
+            _blocks.set(WQLandBlockNumberOfIdentifier(identifier));
     }
 
-    bool contains(std::uint32_t number) const {
+    [[nodiscard]] bool contains(std::uint32_t number) const {
         return number < _blocks.size() && _blocks.test(number);
     }
     std::size_t size() const { return _blocks.count(); }

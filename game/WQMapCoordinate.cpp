@@ -1,5 +1,6 @@
 #include "game/WQMapCoordinate.h"
 
+#include "game/WQIdentifier.h"
 #include "io/ZPPointText.h"
 #include "io/ZPSystemLog.h"
 
@@ -12,7 +13,7 @@
 
 namespace {
 
-constexpr std::string_view digits = "0123456789";
+constexpr std::string_view kDigits = "0123456789";
 
 /// Takes items off the front of a text; every item may have white space before it. What was not
 /// there leaves the text as it is.
@@ -61,10 +62,10 @@ float outOfRangeValue(std::string_view mantissa, std::string_view exponent) {
     if (exponent.starts_with('+') || exponent.starts_with('-'))
         exponent.remove_prefix(1);
     // No text is long enough to make up for an exponent of this size.
-    constexpr std::int64_t limit = std::numeric_limits<std::int64_t>::max() / 4;
-    std::int64_t power = limit;
+    constexpr std::int64_t kLimit = std::numeric_limits<std::int64_t>::max() / 4;
+    std::int64_t power = kLimit;
     std::from_chars(exponent.data(), exponent.data() + exponent.size(), power);
-    power = exponent.empty() ? 0 : std::min(power, limit);
+    power = exponent.empty() ? 0 : std::min(power, kLimit);
     if (isNegative)
         power = -power;
 
@@ -80,10 +81,10 @@ std::optional<float> Scanner::scanFloat() {
     const bool isSigned = hasSignAt(0);
     const std::size_t start = isSigned ? 1 : 0;
 
-    std::size_t end = start + lengthOfRun(start, digits);
+    std::size_t end = start + lengthOfRun(start, kDigits);
     std::size_t digitCount = end - start;
     if (end < _rest.size() && _rest[end] == '.') {
-        const std::size_t fraction = lengthOfRun(end + 1, digits);
+        const std::size_t fraction = lengthOfRun(end + 1, kDigits);
         digitCount += fraction;
         end += 1 + fraction;
     }
@@ -96,7 +97,7 @@ std::optional<float> Scanner::scanFloat() {
     if (end < _rest.size() && (_rest[end] == 'e' || _rest[end] == 'E')) {
         const std::size_t exponentStart = end + 1;
         const std::size_t signLength = hasSignAt(exponentStart) ? 1 : 0;
-        const std::size_t length = lengthOfRun(exponentStart + signLength, digits);
+        const std::size_t length = lengthOfRun(exponentStart + signLength, kDigits);
         if (length > 0) {
             exponent = _rest.substr(exponentStart, signLength + length);
             end = exponentStart + signLength + length;
@@ -176,11 +177,15 @@ std::string WQPreciseStringFromMapCoordinate(WQMapLocation location) {
 }
 
 WQMapLocation WQMapCoordinateForCellID(std::uint32_t cellID) {
-    const std::uint32_t cell = cellID & 0xFFFF;
-    WQMapLocation location{(cellID >> 24) * 0.8 - 101.9, (cellID >> 16 & 0xFF) * 0.8 - 101.9};
-    if (cell >= 1 && cell <= 64) {
-        location.x += (cell - 1) / 8 * 0.1;
-        location.y += (cell - 1) % 8 * 0.1;
+    constexpr double kBlockWidth = 0.8, kCellWidth = 0.1;
+    constexpr int kCellsPerSide = 8;
+    const std::uint16_t block = WQLandBlockNumberOfIdentifier(cellID);
+    WQMapLocation location{WQColumnOfLandBlock(block) * kBlockWidth - kWQMapEdge,
+                           WQRowOfLandBlock(block) * kBlockWidth - kWQMapEdge};
+    const int place = WQCellOfIdentifier(cellID) - 1;
+    if (place >= 0 && place < kCellsPerSide * kCellsPerSide) {
+        location.x += place / kCellsPerSide * kCellWidth;
+        location.y += place % kCellsPerSide * kCellWidth;
     }
     return location;
 }

@@ -4,8 +4,12 @@
 #include <string>
 #include <string_view>
 
-/// A place in map units, x growing to the east and y to the north. A land block is 0.8 units wide;
-/// the world spans -101.9 to 102.1 on both axes.
+/// Where the world begins in the south and in the west, in map units south and west of their
+/// origin.
+inline constexpr double kWQMapEdge = 101.9;
+
+/// A place in map units, x growing to the east and y to the north. A land block is 0.8 units wide
+/// and the world 204.
 struct WQMapLocation {
     double x = 0;
     double y = 0;

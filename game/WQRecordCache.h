@@ -1,13 +1,13 @@
 #pragma once
 
-#include "game/WQUndecodedObject.h"
+#include "archive/ZPGorvaneStoredObject.h"
 
 #include <list>
 #include <mutex>
 #include <unordered_map>
 #include <utility>
 
-/// Portal records by identifier, of which those that nobody uses may be evicted, the least recently
+/// Records by identifier, of which those that nobody uses may be evicted, the least recently
 /// used first. A record is in use while an Access to it lives.
 ///
 /// Safe from several threads. The lock is public: whoever wants to build a missing record only once
@@ -15,14 +15,25 @@
 class WQRecordCache {
     struct Entry {
         std::uint32_t identifier;
-        std::unique_ptr<const WQUndecodedPortalObject> record;
+        std::unique_ptr<const ZPGorvaneStoredObject> record;
         std::size_t cost;
         std::size_t accessCount;
+        bool isPinned;
+        /// Another record took its place; it stays for as long as it is in use.
+        bool isReplaced;
     };
     /// The most recently used in front.
     using Entries = std::list<Entry>;
 
   public:
+    /// Told of each record that is evicted, just before, under the cache's lock. Leaves the cache
+    /// alone and does not throw.
+    class Delegate {
+      public:
+        virtual ~Delegate() = default;
+        virtual void cache(WQRecordCache &cache, const ZPGorvaneStoredObject &willEvictObject) = 0;
+    };
+
     /// Holds a record of a cache in use; must not outlive the cache. May be empty.
     class Access {
       public:
@@ -37,8 +48,8 @@ class WQRecordCache {
         ~Access();
 
         explicit operator bool() const { return _cache != nullptr; }
-        const WQUndecodedPortalObject &operator*() const { return *_entry->record; }
-        const WQUndecodedPortalObject *operator->() const { return _entry->record.get(); }
+        const ZPGorvaneStoredObject &operator*() const { return *_entry->record; }
+        const ZPGorvaneStoredObject *operator->() const { return _entry->record.get(); }
 
       private:
         friend class WQRecordCache;
@@ -48,7 +59,9 @@ class WQRecordCache {
         Entries::iterator _entry;
     };
 
-    explicit WQRecordCache(std::string name) : _name(std::move(name)) {}
+    /// The delegate, if any, must outlive the cache. The end of the cache itself is no eviction.
+    explicit WQRecordCache(std::string name, Delegate *delegate = nullptr)
+        : _name(std::move(name)), _delegate(delegate) {}
     WQRecordCache(const WQRecordCache &) = delete;
     WQRecordCache &operator=(const WQRecordCache &) = delete;
 
@@ -56,12 +69,13 @@ class WQRecordCache {
     std::recursive_mutex &lock() { return _lock; }
 
     /// Empty when the record is not in the cache.
-    Access objectForKey(std::uint32_t identifier);
-    /// Takes a record that is not in the cache yet. A pinned one stays in use, and so in the cache,
-    /// for as long as the cache lives.
-    Access setObject(std::unique_ptr<const WQUndecodedPortalObject> record, std::uint32_t forKey,
+    [[nodiscard]] Access objectForKey(std::uint32_t identifier);
+    /// Takes a record, in place of one that is there under the same key. A pinned one stays in use,
+    /// and so in the cache, until it is replaced or the cache ends. `cost` is in bytes.
+    Access setObject(std::unique_ptr<const ZPGorvaneStoredObject> record, std::uint32_t forKey,
                      std::size_t cost, bool isPinned);
 
+    // With replaced records that are still in use.
     std::size_t count() const;
     std::size_t totalCost() const;
     /// 0, as at first: no limit. What is in use may exceed it.
@@ -70,9 +84,13 @@ class WQRecordCache {
     void removeUnusedObjects();
 
   private:
+    void release(Entries::iterator entry);
+    void replace(Entries::iterator entry);
+    void evict(Entries::iterator entry);
     void evictDownToCost(std::size_t limit);
 
     std::string _name;
+    Delegate *_delegate;
     mutable std::recursive_mutex _lock;
     Entries _entries;
     std::unordered_map<std::uint32_t, Entries::iterator> _entriesByIdentifier;

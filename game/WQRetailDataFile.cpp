@@ -3,4 +3,4 @@
 #include "game/WQArchiveFamilies.h"
 
 WQRetailDataFile::WQRetailDataFile(const std::filesystem::path &path)
-    : ZPGorvaneDataFile(WQRetailArchiveFamily, path) {}
+    : ZPGorvaneDataFile(kWQRetailArchiveFamily, path) {}

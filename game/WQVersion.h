@@ -2,7 +2,7 @@
 
 #include "archive/ZPGorvaneVersion.h"
 
-/// The version record of the first game's archives, identifier 0xFFFF0001 in each:
+/// The version record of the first game's archives, kWQVersionIdentifier in each:
 ///
 ///     0   u32   data version, little endian
 class WQVersion : public ZPGorvaneVersion {

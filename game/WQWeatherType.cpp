@@ -1,26 +1,16 @@
 #include "game/WQWeatherType.h"
 
-#include "game/WQClientData.h"
 #include "game/WQRecordList.h"
 
-namespace {
-
-bool hasNinthField(const ZPGorvaneClientData *clientData) {
-    const auto *client = WQClientData::fromClientData(clientData);
-    const auto *version = client != nullptr ? client->portalDataFile()->dataVersion() : nullptr;
-    // The lowest bit of a data version tells variants of the same format apart.
-    return version != nullptr && (version->version() & 0xFFFE) >= 1394;
-}
-
-} // namespace
-
-WQWeatherModel::WQWeatherModel(ZPDataCursor &cursor, const ZPGorvaneClientData *clientData)
+WQWeatherModel::WQWeatherModel(ZPDataCursor &cursor, std::uint32_t portalDataVersion)
     : v1(cursor.readLittleFloat32()), v2(cursor.readLittleFloat32()),
       v3(cursor.readLittleFloat32()), v4(cursor.readLittleFloat32()),
       v5(cursor.readLittleFloat32()), v6(cursor.readLittleFloat32()),
       modelIdentifier(cursor.readLittleInt32()),
       particleEffectIdentifier(cursor.readLittleInt32()) {
-    if (hasNinthField(clientData))
+    // The lowest bit of a data version tells variants of the same format apart.
+    constexpr std::uint32_t kFormatBits = 0xFFFE;
+    if ((portalDataVersion & kFormatBits) >= kFirstVersionWithNinthField)
         v9 = cursor.readLittleInt32();
 }
 
@@ -35,7 +25,7 @@ WQWeatherAnimationGroup::WQWeatherAnimationGroup(ZPDataCursor &cursor)
       f7(cursor.readLittleFloat32()), v3(cursor.readLittleInt32()), v4(cursor.readLittleInt32()),
       weatherAnimationItems(WQReadList(cursor, [&] { return WQWeatherAnimationItem(cursor); })) {}
 
-WQWeatherType::WQWeatherType(ZPDataCursor &cursor, const ZPGorvaneClientData *clientData)
+WQWeatherType::WQWeatherType(ZPDataCursor &cursor, std::uint32_t portalDataVersion)
     : percent(cursor.readLittleFloat32()), name(cursor.wq_readLength16StringAndAlign(true)),
-      weatherModels(WQReadList(cursor, [&] { return WQWeatherModel(cursor, clientData); })),
+      weatherModels(WQReadList(cursor, [&] { return WQWeatherModel(cursor, portalDataVersion); })),
       weatherAnimationGroups(WQReadList(cursor, [&] { return WQWeatherAnimationGroup(cursor); })) {}

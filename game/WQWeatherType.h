@@ -5,11 +5,12 @@
 
 #include <optional>
 
-class ZPGorvaneClientData;
-
-/// 6 x f32, u32 model, u32 particle effect and, from data version 1394 on, u32 `v9`.
+/// 6 x f32, u32 model, u32 particle effect and, from a certain data version on, u32 `v9`.
 struct WQWeatherModel {
-    WQWeatherModel(ZPDataCursor &cursor, const ZPGorvaneClientData *clientData);
+    static constexpr std::uint32_t kFirstVersionWithNinthField = 1394;
+
+    /// The version is that of the portal archive that the record comes from, 0 where it has none.
+    WQWeatherModel(ZPDataCursor &cursor, std::uint32_t portalDataVersion);
 
     float v1, v2, v3, v4, v5, v6;
     std::uint32_t modelIdentifier;
@@ -41,7 +42,7 @@ struct WQWeatherAnimationGroup {
 
 /// f32, string16 aligned, then two lists with a u32 count each.
 struct WQWeatherType {
-    WQWeatherType(ZPDataCursor &cursor, const ZPGorvaneClientData *clientData);
+    WQWeatherType(ZPDataCursor &cursor, std::uint32_t portalDataVersion);
 
     float percent;
     std::string name;

@@ -1,7 +1,18 @@
 #include "game/WQWorldInfo.h"
 
+#include "archive/ZPGorvaneClientData.h"
 #include "game/WQRecordList.h"
 #include "io/ZPSystemLog.h"
+
+namespace {
+
+std::uint32_t portalDataVersion(ZPGorvaneClientData *clientData) {
+    const auto *portal = clientData != nullptr ? clientData->dataFileWithName("portal") : nullptr;
+    const auto *version = portal != nullptr ? portal->dataVersion() : nullptr;
+    return version != nullptr ? version->version() : 0;
+}
+
+} // namespace
 
 WQWorldInfo::WQWorldInfo(ZPDataCursor &cursor, ZPGorvaneClientData *clientData)
     : WQPortalObject(cursor, clientData) {
@@ -42,7 +53,8 @@ void WQWorldInfo::readCalendarAndWeather(ZPDataCursor &cursor) {
     _fields.unknown12 = cursor.readLittleInt32();
     _fields.unknown13 = cursor.readLittleFloat64();
     _fields.unknown14 = cursor.readLittleFloat64();
-    _weatherTypes = WQReadList(cursor, [&] { return WQWeatherType(cursor, clientData()); });
+    const std::uint32_t version = portalDataVersion(clientData());
+    _weatherTypes = WQReadList(cursor, [&] { return WQWeatherType(cursor, version); });
 }
 
 void WQWorldInfo::readReferenceSets(ZPDataCursor &cursor) {

@@ -1,8 +1,9 @@
 #pragma once
 
-#include "game/WQCalendar.h"
 #include "game/WQLandInfo.h"
+#include "game/WQMonth.h"
 #include "game/WQStoredObject.h"
+#include "game/WQTimeOfDay.h"
 #include "game/WQWeatherType.h"
 
 #include <array>

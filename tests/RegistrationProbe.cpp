@@ -1,8 +1,15 @@
-#include "game/WQClientData.h"
+// Knows of the registry alone: which games are there when main begins?
 
+#include "archive/ZPGorvaneClientData.h"
 #include "io/ZPSystemLog.h"
 
 int main() {
     ZPLog("main");
-    return WQClientData("/nonexistent").portalDataFile() != nullptr ? 0 : 1;
+    const auto *first = ZPGorvaneClientData::clientDataClassForGorvaneGame(ZPGorvaneGame::first);
+    const auto *retail =
+        ZPGorvaneClientData::clientDataClassForGorvaneGame(ZPGorvaneGame::firstRetail);
+    return first != nullptr && retail != nullptr &&
+                   first->initWithBasePath("/nonexistent") != nullptr
+               ? 0
+               : 1;
 }

@@ -64,7 +64,7 @@ class Damage : public testing::Test {
             EXPECT_TRUE(!bytes || bytes->size() == entry.fileSize);
             found.records += clientData.newObjectForFileEntry(entry, dataFile) != nullptr;
         }
-        clientData.worldInfo();
+        (void)clientData.worldInfo();
         dataFile.check();
         found.log = testing::internal::GetCapturedStderr();
         testing::internal::GetCapturedStdout();

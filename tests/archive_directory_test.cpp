@@ -30,7 +30,7 @@ class Directory : public testing::Test {
         _file.putChain({offset, offset + 0x400}, bytes);
     }
     std::unique_ptr<ZPGorvaneDirectory> read(bool loadSubdirectories = true) {
-        return readFamily(WQArchiveFamily, 3, loadSubdirectories);
+        return readFamily(kWQArchiveFamily, 3, loadSubdirectories);
     }
     std::unique_ptr<ZPGorvaneDirectory> readFamily(const ZPGorvaneArchiveFamily &family,
                                                    unsigned version, bool loadSubdirectories) {
@@ -66,9 +66,9 @@ TEST_F(Directory, EntriesOfEachFamily) {
         unsigned version;
         ZPData record, fields;
     } cases[] = {
-        {WQArchiveFamily, 3, words({2, 17, 0x400, 12, 99, 77}), words({2, 17, 0x400, 12, 99, 77})},
-        {WQRetailArchiveFamily, 1, words({17, 0x400, 12}), words({0, 17, 0x400, 12, 0, 0})},
-        {WQ2ArchiveFamily, 2, words({17, 0x400, 12, 99}), words({0, 17, 0x400, 12, 99, 0})}};
+        {kWQArchiveFamily, 3, words({2, 17, 0x400, 12, 99, 77}), words({2, 17, 0x400, 12, 99, 77})},
+        {kWQRetailArchiveFamily, 1, words({17, 0x400, 12}), words({0, 17, 0x400, 12, 0, 0})},
+        {kWQ2ArchiveFamily, 2, words({17, 0x400, 12, 99}), words({0, 17, 0x400, 12, 99, 0})}};
     for (const auto &c : cases) {
         _file = BlockFileBytes(16);
         putNode(0x800, node({}, 1, c.record, c.family.directorySize()));

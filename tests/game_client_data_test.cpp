@@ -5,6 +5,7 @@
 
 #include "game/WQClientData.h"
 #include "game/WQRetailClientData.h"
+#include "game/WQUndecodedObject.h"
 #include "io/ZPSystemLog.h"
 
 #include <gtest/gtest.h>
@@ -30,6 +31,9 @@ TEST(ClientData, ClassesByIdentifier) {
         {0x39000002, "none"}, {0xFFFF0001, "WQVersion"},     {0xFFFF0002, "none"}};
     for (const auto &[identifier, name] : cases)
         EXPECT_EQ(portalClass(identifier), name) << std::hex << identifier;
+    for (const WQRecordClass &recordClass : WQPortalRecordClasses())
+        EXPECT_EQ(recordClass.isDecoded, recordClass.name == std::string("WQWorldInfo") ||
+                                             recordClass.name == std::string("WQVersion"));
     EXPECT_EQ(std::string("WQObjectBlock"), WQRecordClassForCellIdentifier(0x1234FFFE).name);
     EXPECT_EQ(std::string("WQLandBlock"), WQRecordClassForCellIdentifier(0x1234FFFF).name);
     EXPECT_EQ(std::string("WQDungeonBlock"), WQRecordClassForCellIdentifier(0x12340100).name);
@@ -37,19 +41,35 @@ TEST(ClientData, ClassesByIdentifier) {
     EXPECT_EQ(std::string("WQVersion"), WQRecordClassForCellIdentifier(0xFFFF0001).name);
 }
 
-TEST(ClientData, BothClassesAreRegisteredBeforeMain) {
+TEST(ClientData, RegistryAloneKnowsBothClassesBeforeMain) {
     const ProgramRun run = runProgram({PLOTTERRA_REGISTRATION_PROBE});
-    EXPECT_EQ(run.status, 0);
-    const std::string line = "+[ZPGorvaneClientData registerClientDataClass:forGorvaneGame:], "
-                             "clientDataClassesByGame: ";
-    const std::size_t first = run.log.find(line), second = run.log.find(line, first + 1);
-    EXPECT_LT(first, second);
-    EXPECT_LT(second, run.log.find("] main"));
-    EXPECT_LT(run.log.find("WQRetailClientData"), run.log.find("] main"));
+    EXPECT_EQ(run.status, 0) << run.log;
+    const std::string name = "+[ZPGorvaneClientData registerClientDataClass:forGorvaneGame:], "
+                             "clientDataClassesByGame: {";
+    const std::string first = " \"Ostvale\" = WQClientData;";
+    const std::string retail = " \"Ostvale (retail)\" = WQRetailClientData;";
+    const auto lines = run.logLines();
+    ASSERT_GE(lines.size(), 3u) << run.log;
+    EXPECT_TRUE(lines[0].ends_with("] " + name + first + " }")) << run.log;
+    EXPECT_TRUE(lines[1].ends_with("] " + name + first + retail + " }")) << run.log;
+    EXPECT_TRUE(lines[2].ends_with("] main")) << run.log;
     EXPECT_EQ(run.output, "basePath: /nonexistent\n");
     EXPECT_STREQ(ZPGorvaneClientData::clientDataClassForGorvaneGame(ZPGorvaneGame::first)->name,
                  "WQClientData");
     EXPECT_EQ(ZPGorvaneClientData::clientDataClassForGorvaneGame(ZPGorvaneGame::second), nullptr);
+}
+
+TEST(ClientData, WithoutADirectoryThereIsNothing) {
+    WQClientData clientData;
+    clientData.loadAllFileEntries();
+    EXPECT_EQ(clientData.cellDataFile(), nullptr);
+    EXPECT_EQ(clientData.dataFileWithName("portal"), nullptr);
+    EXPECT_EQ(clientData.dataFileOfType(1), nullptr);
+    EXPECT_EQ(clientData.worldInfo(), nullptr);
+    EXPECT_EQ(clientData.newCellObjectWithIdentifier(0x1234FFFF), nullptr);
+    EXPECT_FALSE(clientData.soundWithIdentifier(0x0A000001));
+    const WQDataFile dataFile("/nonexistent");
+    EXPECT_EQ(clientData.newObjectForFileEntry({}, dataFile), nullptr);
 }
 
 TEST(ClientData, WithoutArchivesEverythingIsThereAndEmpty) {
@@ -81,8 +101,7 @@ class ClientDataLookup : public testing::Test {
   protected:
     ClientDataLookup() {
         ArchiveBytes portal, cell;
-        for (const std::uint32_t identifier :
-             {0x04000001u, 0x0A000001u, 0x0A000002u, 0x0A000003u, 0x0E000004u, 0x07000001u})
+        for (const std::uint32_t identifier : {0x04000001u, 0x0A000001u, 0x0F000001u, 0x07000001u})
             portal.addFile(identifier, words({identifier, 1, 2}));
         portal.addFile(0x06000001, words({0x06000002})); // misnamed
         portal.addFile(0x06000003, hex("0300"));         // too short
@@ -103,10 +122,6 @@ class ClientDataLookup : public testing::Test {
 };
 
 TEST_F(ClientDataLookup, Records) {
-    const auto skills = _clientData->skillTable();
-    EXPECT_EQ(nameOf(skills), "WQSkillTable");
-    EXPECT_EQ(_clientData->skillTable(), skills);
-    EXPECT_EQ(_clientData->spellTable(), nullptr);
     EXPECT_EQ(nameOf(_clientData->newPortalObjectWithIdentifier(0x07000001).get()), "none");
     const auto version = _clientData->newPortalObjectWithIdentifier(0xFFFF0001);
     EXPECT_EQ(nameOf(version.get()), "WQVersion");
@@ -114,8 +129,9 @@ TEST_F(ClientDataLookup, Records) {
     EXPECT_EQ(_clientData->newHighresObjectWithIdentifier(0x04000001), nullptr);
 
     const auto image = _clientData->imageWithIdentifier(0x06000001);
-    ASSERT_NE(image, nullptr);
-    EXPECT_EQ(image->data(), words({0x06000002}));
+    const auto *undecoded = dynamic_cast<const WQUndecodedPortalObject *>(image.get());
+    ASSERT_NE(undecoded, nullptr);
+    EXPECT_EQ(undecoded->data(), words({0x06000002}));
     EXPECT_EQ(_clientData->imageWithIdentifier(0x04000001), nullptr);
     EXPECT_EQ(_clientData->imageWithIdentifier(0x06000003), nullptr);
     EXPECT_EQ(_clientData->imageWithIdentifier(0x06000004), nullptr);
@@ -136,6 +152,28 @@ TEST_F(ClientDataLookup, Records) {
               std::string::npos);
 }
 
+TEST_F(ClientDataLookup, Tables) {
+    const std::pair<const ZPGorvaneStoredObject *(WQClientData::*)(), std::uint32_t> tables[] = {
+        {&WQClientData::titleTable, 0x22000041},     {&WQClientData::skillTable, 0x0E000004},
+        {&WQClientData::componentTable, 0x0E00000F}, {&WQClientData::spellTable, 0x0E00000E},
+        {&WQClientData::speciesTable, 0x2200000E},   {&WQClientData::raceTable, 0x2200000B},
+        {&WQClientData::genderTable, 0x2200000A},    {&WQClientData::materialTable, 0x27000000},
+        {&WQClientData::contractTable, 0x0E00001D}};
+    ArchiveBytes portal;
+    for (const auto &[table, identifier] : tables) {
+        EXPECT_EQ(((*_clientData).*table)(), nullptr);
+        portal.addFile(identifier, words({identifier}));
+    }
+    portal.writeToPath(_folder / "client_portal.dat");
+    WQClientData clientData(_folder.path());
+    for (const auto &[table, identifier] : tables) {
+        const ZPGorvaneStoredObject *record = (clientData.*table)();
+        ASSERT_NE(record, nullptr) << std::hex << identifier;
+        EXPECT_EQ(record->identifier(), identifier);
+        EXPECT_EQ((clientData.*table)(), record);
+    }
+}
+
 TEST_F(ClientDataLookup, Caches) {
     EXPECT_FALSE(_clientData->paletteWithIdentifier(0x0A000001));
     WQRecordCache &palettes = _clientData->paletteCache(), &sounds = _clientData->soundCache();
@@ -153,23 +191,67 @@ TEST_F(ClientDataLookup, Caches) {
     EXPECT_EQ(palettes.count(), 1u);
     palettes.removeUnusedObjects(); // a palette stays in use
     EXPECT_EQ(palettes.count(), 1u);
+    EXPECT_EQ(nameOf(&*_clientData->paletteGroupWithIdentifier(0x0F000001)), "WQPaletteGroup");
 
-    auto first = _clientData->soundWithIdentifier(0x0A000001);
-    _clientData->soundWithIdentifier(0x0A000002);
-    EXPECT_EQ(_clientData->soundWithIdentifier(0x0A000001).operator->(), &*first);
-    EXPECT_EQ(sounds.totalCost(), 24u);
-    sounds.setTotalCostLimit(24);
-    auto third = _clientData->soundWithIdentifier(0x0A000003); // in place of the second
-    EXPECT_EQ(sounds.count(), 2u);
-    EXPECT_FALSE(sounds.objectForKey(0x0A000002));
-    auto second = _clientData->soundWithIdentifier(0x0A000002); // all in use: over the limit
-    EXPECT_EQ(sounds.count(), 3u);
-    first = {};
-    EXPECT_EQ(sounds.count(), 2u);
-    EXPECT_FALSE(sounds.objectForKey(0x0A000001));
-    sounds.removeUnusedObjects();
-    EXPECT_EQ(third->identifier(), 0x0A000003u);
-    EXPECT_EQ(sounds.count(), 2u);
+    const auto sound = _clientData->soundWithIdentifier(0x0A000001);
+    EXPECT_EQ(&*_clientData->soundWithIdentifier(0x0A000001), &*sound);
+    EXPECT_EQ(sounds.totalCost(), 12u);
+}
+
+/// Notes which records leave.
+struct Leaving : WQRecordCache::Delegate {
+    void cache(WQRecordCache &, const ZPGorvaneStoredObject &willEvictObject) override {
+        identifiers.push_back(willEvictObject.identifier());
+    }
+    std::vector<std::uint32_t> identifiers;
+};
+
+TEST(RecordCache, EvictsTheLeastRecentlyUsedOfThoseNotInUse) {
+    Leaving leaving;
+    WQRecordCache cache("", &leaving);
+    const auto put = [&](std::uint32_t key, bool isPinned = false) {
+        return cache.setObject(std::make_unique<ZPGorvaneStoredObject>(key), key, 10, isPinned);
+    };
+    for (const std::uint32_t key : {1u, 2u, 3u})
+        (void)put(key);
+    (void)cache.objectForKey(1);
+    cache.setTotalCostLimit(30);
+    auto fourth = put(4); // the second is the oldest use, not the oldest record
+    EXPECT_EQ(leaving.identifiers, std::vector{2u});
+    auto third = cache.objectForKey(3), first = cache.objectForKey(1);
+    put(5, true); // all in use: over the limit
+    EXPECT_EQ(cache.totalCost(), 40u);
+    third = {};
+    EXPECT_EQ(leaving.identifiers, (std::vector{2u, 3u}));
+    EXPECT_FALSE(cache.objectForKey(3));
+    first = {}, fourth = {};
+    cache.removeUnusedObjects();
+    EXPECT_EQ(leaving.identifiers, (std::vector{2u, 3u, 4u, 1u}));
+    EXPECT_EQ(cache.count(), 1u);
+    EXPECT_TRUE(cache.objectForKey(5));
+}
+
+TEST(RecordCache, AnotherRecordUnderTheSameKeyTakesThePlace) {
+    Leaving leaving;
+    WQRecordCache cache("", &leaving);
+    // The records differ in their identifiers; the key is the same.
+    const auto put = [&](std::uint32_t identifier, bool isPinned = false) {
+        return cache.setObject(std::make_unique<ZPGorvaneStoredObject>(identifier), 7, 10,
+                               isPinned);
+    };
+    const auto found = [&] { return cache.objectForKey(7)->identifier(); };
+    put(1);
+    auto second = put(2, true);
+    EXPECT_EQ(leaving.identifiers, std::vector{1u});
+    put(3);
+    EXPECT_EQ(found(), 3u);
+    EXPECT_EQ(second->identifier(), 2u); // in use until it is let go
+    EXPECT_EQ(cache.totalCost(), 20u);
+    second = {};
+    EXPECT_EQ(leaving.identifiers, (std::vector{1u, 2u}));
+    EXPECT_EQ(found(), 3u);
+    EXPECT_EQ(cache.totalCost(), 10u);
+    EXPECT_EQ(cache.count(), 1u);
 }
 
 TEST(RetailClientData, OpensItsTwoArchives) {

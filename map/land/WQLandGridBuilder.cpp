@@ -7,8 +7,6 @@
 
 namespace {
 
-constexpr std::uint32_t kLandBlockKind = 0xFFFF;
-constexpr std::uint32_t kObjectBlockKind = 0xFFFE;
 /// How many files ahead memory is asked for.
 constexpr std::size_t kFilesAhead = 8;
 constexpr unsigned kPointsPerBlock = kWQCellsPerLandBlock + 1;
@@ -37,11 +35,7 @@ class Strip {
 
 constexpr unsigned kBlocksPerStrip = 256 / Strip::kCount;
 
-std::uint32_t kindOfFile(const ZPGorvaneFileEntry &entry) {
-    return entry.identifier & 0xFFFF;
-}
-
-std::uint8_t flagsOfBlock(std::uint32_t number, const WQLandBlock &block,
+std::uint8_t flagsOfBlock(std::uint16_t number, const WQLandBlock &block,
                           const WQDataFileComparison *comparison) {
     unsigned flags = WQLandPoint::hasData;
     if (block.hasObjectBlock())
@@ -68,12 +62,12 @@ void Strip::fill(unsigned number, WQLandGrid &grid, const WQDataFile &cellDataFi
     for (std::size_t index = 0; index < entries.size(); ++index) {
         const ZPGorvaneFileEntry &entry = entries[index];
         if (index + kFilesAhead < entries.size() &&
-            kindOfFile(entries[index + kFilesAhead]) == kLandBlockKind)
+            WQKindOfCellFile(entries[index + kFilesAhead].identifier) == WQCellFileKind::landBlock)
             cellDataFile.prefetchFileEntry(entries[index + kFilesAhead]);
-        const std::uint32_t kind = kindOfFile(entry);
-        if (kind == kObjectBlockKind)
+        const WQCellFileKind kind = WQKindOfCellFile(entry.identifier);
+        if (kind == WQCellFileKind::objectBlock)
             ++counts.objectBlocks;
-        if (kind != kLandBlockKind)
+        if (kind != WQCellFileKind::landBlock)
             continue;
         ++counts.landBlocks;
         ZPError error;
@@ -90,12 +84,13 @@ void Strip::fill(unsigned number, WQLandGrid &grid, const WQDataFile &cellDataFi
 
 void Strip::fillBlock(const ZPGorvaneFileEntry &entry, const WQLandBlock &block, WQLandGrid &grid,
                       const WQDataFileComparison *comparison) {
-    const unsigned column = entry.identifier >> 24, row = entry.identifier >> 16 & 0xFF;
+    const std::uint16_t number = WQLandBlockNumberOfIdentifier(entry.identifier);
+    const unsigned column = WQColumnOfLandBlock(number), row = WQRowOfLandBlock(number);
     if (column >= kWQLandBlocksPerSide || row >= kWQLandBlocksPerSide) {
         ZPLog("Land block %08x is left out: it lies outside the world", entry.identifier);
         return;
     }
-    const std::uint8_t flags = flagsOfBlock(entry.identifier >> 16, block, comparison);
+    const std::uint8_t flags = flagsOfBlock(number, block, comparison);
     const bool isLastOfStrip = column % kBlocksPerStrip == kBlocksPerStrip - 1;
     for (unsigned j = 0; j < kPointsPerBlock; ++j) {
         const unsigned y = row * kWQCellsPerLandBlock + j;

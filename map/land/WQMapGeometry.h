@@ -18,14 +18,14 @@ struct WQImagePoint {
 
 /// The cell that a map location lies on, counted from the south-west corner of the world.
 inline WQImagePoint WQUnscaledPointForMapLocation(WQMapLocation location) {
-    return {(location.x + 101.9) * 10.0, (location.y + 101.9) * 10.0};
+    return {(location.x + kWQMapEdge) * 10.0, (location.y + kWQMapEdge) * 10.0};
 }
 
 /// One axis of `WQImagePointForMapLocation`: the middle of the square of `scale` pixels that shows
 /// a land point, and there the centre of a pixel, so that lines of one pixel come out crisp.
 inline double WQImageCoordinate(double value, std::uint64_t scale) {
-    return (value + 101.9) * 10.0 * static_cast<double>(scale) + static_cast<double>(scale / 2) +
-           0.5;
+    return (value + kWQMapEdge) * 10.0 * static_cast<double>(scale) +
+           static_cast<double>(scale / 2) + 0.5;
 }
 
 inline WQImagePoint WQImagePointForMapLocation(WQMapLocation location, std::uint64_t scale) {
