@@ -1,0 +1,79 @@
+// The page as a text: what stands where, and that nothing in it can pass for markup.
+
+#include "web/WQWebPage.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <openssl/evp.h>
+#include <openssl/sha.h>
+
+using testing::HasSubstr;
+using testing::Not;
+
+namespace {
+
+constexpr char kHostile[] = "</script><script>alert(1)</script>&amp;\"'><img onerror=alert(1)>";
+
+class WebPage : public testing::Test {
+  protected:
+    WebPage() {
+        land.grid = WQLandGrid::allocate();
+        content.land = &land;
+    }
+
+    /// What stands between the first two of these after `start`.
+    static std::string between(const std::string &text, const std::string &begin,
+                               const std::string &end, std::size_t start = 0) {
+        const std::size_t first = text.find(begin, start) + begin.size();
+        return text.substr(first, text.find(end, first) - first);
+    }
+
+    static std::string digestSource(const std::string &text) {
+        std::array<unsigned char, SHA256_DIGEST_LENGTH> digest;
+        SHA256(reinterpret_cast<const unsigned char *>(text.data()), text.size(), digest.data());
+        std::array<unsigned char, 64> base64{};
+        EVP_EncodeBlock(base64.data(), digest.data(), digest.size());
+        return std::string("'sha256-") + reinterpret_cast<char *>(base64.data()) + "'";
+    }
+
+    WQWebLand land;
+    WQWebContent content;
+};
+
+} // namespace
+
+TEST_F(WebPage, TextIsNeverMarkup) {
+    content.title = kHostile;
+    const std::vector<WQMapPoint> places{{"t", {1.5, -2}, kHostile}, {"", {0, 0}, "broken \xff"}};
+    content.places = places;
+    const std::string page = WQWebPageWithContent(content);
+    EXPECT_THAT(page, Not(HasSubstr("alert(1)</script>")));
+    EXPECT_THAT(page, Not(HasSubstr("<img")));
+    EXPECT_EQ(between(page, "<title>", "</title>"),
+              "&lt;/script&gt;&lt;script&gt;alert(1)&lt;/script&gt;&amp;amp;\"'&gt;&lt;img "
+              "onerror=alert(1)&gt;");
+    const std::string description = between(page, "id=\"description\">", "</script>");
+    EXPECT_THAT(description, Not(HasSubstr("<")));
+    EXPECT_THAT(description, HasSubstr(R"([1.5,-2.0,"\u003c/script>\u003cscript>alert(1))"));
+    EXPECT_THAT(description, HasSubstr("broken \xEF\xBF\xBD"));
+}
+
+TEST_F(WebPage, OnlyItsOwnScriptsAndStylesMayBeUsed) {
+    content.title = "{{land}}"; // stays as it is
+    const std::string page = WQWebPageWithContent(content);
+    EXPECT_EQ(between(page, "<title>", "</title>"), "{{land}}");
+    const std::string policy = between(page, "Content-Security-Policy\" content=\"", "\">");
+    EXPECT_THAT(policy, HasSubstr("default-src 'none'"));
+    EXPECT_THAT(policy, Not(HasSubstr("unsafe")));
+    EXPECT_THAT(policy, Not(HasSubstr("http")));
+    for (const char *tag : {"script", "style"}) {
+        const std::string begin = std::string("<") + tag + ">", end = std::string("</") + tag + ">";
+        std::size_t count = 0;
+        for (std::size_t at = page.find(begin); at != std::string::npos;
+             at = page.find(begin, at + 1), ++count)
+            EXPECT_THAT(policy, HasSubstr(digestSource(between(page, begin, end, at)))) << at;
+        EXPECT_EQ(count, 2u);
+    }
+    EXPECT_THAT(policy, HasSubstr(digestSource(between(page, "relief-library\">", "</script>"))));
+    EXPECT_THAT(page, HasSubstr("Redistribution and use in source and binary forms"));
+}

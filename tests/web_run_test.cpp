@@ -1,0 +1,65 @@
+// Runs of plotterra-web on the sample world, which the test suite makes first.
+
+#include "tests/ProgramRun.h"
+#include "tests/TestSupport.h"
+
+#include <fstream>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+using testing::HasSubstr;
+
+namespace {
+
+class WebRun : public testing::Test {
+  protected:
+    ProgramRun run(std::vector<std::string> words) const {
+        words.insert(words.begin(), PLOTTERRA_WEB_PROGRAM);
+        return runProgram(words);
+    }
+
+    TemporaryFolder folder;
+    const std::string world = PLOTTERRA_SAMPLE_WORLD, page = folder / "page.html";
+};
+
+} // namespace
+
+TEST_F(WebRun, SaysHowItIsUsed) {
+    const ProgramRun help = run({"--help"});
+    EXPECT_EQ(help.status, 0);
+    EXPECT_THAT(help.output, HasSubstr("--plot FILE"));
+    const ProgramRun version = run({"--version"});
+    EXPECT_EQ(version.status, 0);
+    EXPECT_THAT(version.output, HasSubstr("plotterra-web 3"));
+    const std::vector<std::string> wrong[] = {
+        {}, {world}, {"--bogus", world, page}, {world, page, "--old"}};
+    for (const auto &words : wrong)
+        EXPECT_EQ(run(words).status, 2) << testing::PrintToString(words);
+}
+
+TEST_F(WebRun, WritesThePageWithinItsMeasure) {
+    const ProgramRun result = run({"--title", "A <world>", world, page});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_LT(std::filesystem::file_size(page), 5000000u);
+    EXPECT_LT(result.peakMemory, 120000);
+    EXPECT_THAT(textOfFile(page), HasSubstr("<title>A &lt;world&gt;</title>"));
+    EXPECT_EQ(run({"--title", "A <world>", world, folder / "again.html"}).status, 0);
+    EXPECT_EQ(textOfFile(folder / "again.html"), textOfFile(page));
+}
+
+TEST_F(WebRun, WithoutLandNothingIsTouched) {
+    std::ofstream(page) << "older";
+    const std::string empty = folder / "empty";
+    std::filesystem::create_directory(empty);
+    const ProgramRun nothing = run({empty, page});
+    EXPECT_EQ(nothing.status, 1);
+    EXPECT_TRUE(nothing.logContains("client_cell_1.dat: no land block could be read"));
+    const ProgramRun noOlder = run({"--old", empty, world, page});
+    EXPECT_EQ(noOlder.status, 1);
+    EXPECT_EQ(textOfFile(page), "older");
+    const ProgramRun noPlace = run({world, folder / "missing/page.html"});
+    EXPECT_EQ(noPlace.status, 1);
+    EXPECT_TRUE(noPlace.logContains("No such file or directory"));
+    const auto left = std::filesystem::directory_iterator(folder.path());
+    EXPECT_EQ(std::distance(begin(left), end(left)), 2);
+}

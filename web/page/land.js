@@ -1,0 +1,75 @@
+// The land: a value for each land point, row by row from the south, each row from the west, and
+// flags for each land block by its number 0xXXYY (column from the west, row from the south).
+
+export const LAND_SIZE = 2041;
+export const BLOCKS = 255;
+export const CELLS = 8;
+export const ROAD = 32;
+export const DEEP_SEA = 20;
+export const LAND_FLAG = {data: 1, objects: 2, passable: 4, added: 8, removed: 16, changed: 32};
+
+/** Real height in units of the game that rises a cell: cells are 12 such units wide. */
+export const UNITS_PER_CELL = 12;
+
+/** Road where a road bit is set, else bits 2 to 7 of the terrain word, of which this is the low byte. */
+export function landTypeOfByte(low) {
+    return low & 3 ? ROAD : low >> 2;
+}
+
+export class Land {
+    /**
+     * `planes`: Uint8Arrays `heights` (height indexes), `low`, `high` (bytes of the terrain words)
+     * and `blocks`; `table`: the 256 real heights, empty where the land is flat.
+     */
+    constructor(planes, table) {
+        Object.assign(this, planes);
+        this.planes = planes;
+        this.table = Float32Array.from({length: 256}, (_, index) => table[index] || 0);
+        // The picture takes heights as whole numbers of 16 bits.
+        this.elevations = this.table.map(height => (Math.trunc(height) & 0xFFFF) / UNITS_PER_CELL);
+        this.present = presentPoints(this.blocks);
+    }
+
+    has(x, y) {
+        return x >= 0 && y >= 0 && x < LAND_SIZE && y < LAND_SIZE && this.present[y * LAND_SIZE + x] === 1;
+    }
+
+    typeAt(x, y) {
+        return landTypeOfByte(this.low[y * LAND_SIZE + x]);
+    }
+
+    heightAt(x, y) {
+        return this.table[this.heights[y * LAND_SIZE + x]];
+    }
+
+    /** Real height between the points, as the land's triangles have it nearly. */
+    heightBetween(x, y) {
+        const limit = LAND_SIZE - 1.001;
+        const cx = Math.min(Math.max(x, 0), limit), cy = Math.min(Math.max(y, 0), limit);
+        const i = Math.floor(cx), j = Math.floor(cy), fx = cx - i, fy = cy - j;
+        const south = this.heightAt(i, j) * (1 - fx) + this.heightAt(i + 1, j) * fx;
+        const north = this.heightAt(i, j + 1) * (1 - fx) + this.heightAt(i + 1, j + 1) * fx;
+        return south * (1 - fy) + north * fy;
+    }
+}
+
+/** A byte for each point: whether any of the blocks that it belongs to has land. */
+function presentPoints(blocks) {
+    const present = new Uint8Array(LAND_SIZE * LAND_SIZE);
+    for (let column = 0; column < BLOCKS; ++column)
+        for (let row = 0; row < BLOCKS; ++row)
+            if (blocks[column << 8 | row] & LAND_FLAG.data)
+                for (let j = 0; j <= CELLS; ++j) {
+                    const start = (row * CELLS + j) * LAND_SIZE + column * CELLS;
+                    present.fill(1, start, start + CELLS + 1);
+                }
+    return present;
+}
+
+/** The number of the block under a place given in points; undefined outside the world. */
+export function blockNumberAt(x, y) {
+    const column = Math.floor(x / CELLS), row = Math.floor(y / CELLS);
+    if (!(x >= 0 && y >= 0 && x <= LAND_SIZE - 1 && y <= LAND_SIZE - 1))
+        return undefined;
+    return Math.min(column, BLOCKS - 1) << 8 | Math.min(row, BLOCKS - 1);
+}

@@ -1,0 +1,30 @@
+// All that the page knows of the world: its lands, the names of land types, places and dungeons.
+import {pointOfUnit} from './coordinates.js';
+import {Land, ROAD} from './land.js';
+
+export class World {
+    /** `description` as WQWebPage writes it; `planes` as the painter gives them. */
+    constructor(description, planes) {
+        Object.assign(this, description);
+        this.newer = new Land(planes.newer, description.heights);
+        this.older = planes.older && new Land(planes.older, description.heights);
+        this.places = description.places.map(([x, y, name]) => ({name, x: pointOfUnit(x), y: pointOfUnit(y)}));
+        this.dungeons = description.dungeons.map(([block, name, entrances]) => (
+            {block, name, entrances: entrances.map(([x, y]) => ({x: pointOfUnit(x), y: pointOfUnit(y)}))}));
+        this.dungeonNames = new Map(this.dungeons.map(({block, name}) => [block, name]));
+    }
+
+    /** As the region record calls it; else after its colour. */
+    typeName(type) {
+        if (type !== ROAD && this.landTypes[type])
+            return spaced(this.landTypes[type]);
+        const name = this.colorNames[type];
+        return name ? spaced(name.replace(/Color$/, '')) : `type ${type}`;
+    }
+}
+
+/** `mudRichDirt` and `MudRichDirt` as `Mud rich dirt`. */
+function spaced(name) {
+    const words = name.replace(/([a-z\d])([A-Z])/g, '$1 $2').toLowerCase();
+    return words.charAt(0).toUpperCase() + words.slice(1);
+}
