@@ -4,16 +4,20 @@ add_library(plotterra_options INTERFACE)
 target_include_directories(plotterra_options INTERFACE ${PROJECT_SOURCE_DIR})
 target_compile_options(plotterra_options INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wformat=2
-    -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align -Werror
+    -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align
+    # What a compiler that nobody has tried yet warns of must not keep a user from building.
+    $<$<BOOL:${PLOTTERRA_WERROR}>:-Werror>
     # Nobody asks for errno after a square root, and code that sets it cannot be vectorised.
     -fno-math-errno
     # A fused multiply-add would colour pixels differently from machine to machine.
     -ffp-contract=off)
 
 if(PLOTTERRA_SANITIZE)
+    set(sanitize -fsanitize=${PLOTTERRA_SANITIZE})
     target_compile_options(plotterra_options INTERFACE
-        -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
-    target_link_options(plotterra_options INTERFACE -fsanitize=address,undefined)
+        ${sanitize} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(plotterra_options INTERFACE ${sanitize})
+    target_compile_definitions(plotterra_options INTERFACE PLOTTERRA_SANITIZED)
 endif()
 
 # One static library a layer, named plotterra_<layer>, of all sources in its folder but a program's

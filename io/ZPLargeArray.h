@@ -9,9 +9,10 @@
 
 /// An array of megabytes, zeroed by the system as its pages are touched: not a second time before,
 /// and by each thread for the part that it fills.
-template <class Element>
-requires std::is_trivially_copyable_v<Element> && std::is_trivially_destructible_v<Element>
-class ZPLargeArray {
+template <class Element> class ZPLargeArray {
+    static_assert(std::is_trivially_copyable_v<Element> &&
+                  std::is_trivially_destructible_v<Element>);
+
   public:
     ZPLargeArray() = default;
     /// Empty for a count of 0, and when there is not enough memory.
@@ -56,8 +57,7 @@ class ZPLargeArray {
     Element *end() const { return data() + size(); }
 
   private:
-    template <class>
-    requires true friend class ZPLargeArray;
+    template <class> friend class ZPLargeArray;
 
     std::span<Element> _elements;
 };

@@ -13,7 +13,7 @@ namespace {
 constexpr std::size_t kBlockSize = ArchiveBytes::kBlockSize;
 constexpr std::uint32_t kFileCount = 66;
 /// Where the undamaged archive keeps things: its chains lie in the order in which they were added.
-constexpr std::uint32_t kVersion = 0x200, kLandBlock = 0x300, kLongFile = 0x400;
+constexpr std::uint32_t kLandBlock = 0x300, kLongFile = 0x400;
 constexpr std::uint32_t kFirstChild = 0x900, kSecondChild = 0x1000, kRoot = 0x1700;
 
 ZPData landBlock(std::uint32_t identifier) {

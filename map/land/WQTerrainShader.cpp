@@ -6,8 +6,9 @@
 #include <limits>
 
 // The loops below run once for each of four million points. The compiler makes one copy of them for
-// each of these processors, all with the same operations in the same order.
-#if defined(__x86_64__) && !defined(__SANITIZE_ADDRESS__)
+// each of these processors, all with the same operations in the same order. The copy is chosen
+// before main, and before a sanitizer is ready for code that it instruments.
+#if defined(__x86_64__) && !defined(PLOTTERRA_SANITIZED)
 #define WQ_FOR_EACH_PROCESSOR __attribute__((target_clones("arch=x86-64-v4", "avx2", "default")))
 #else
 #define WQ_FOR_EACH_PROCESSOR
@@ -75,7 +76,7 @@ WQLightRange diffuseFactors(const WQLandPoint *__restrict points,
         const Floats clamped = shares > 0.0f ? shares : Floats{};
         std::memcpy(factors + x, &clamped, sizeof clamped);
     }
-    WQLightRange range;
+    WQLightRange range{}; // clang 16 loses a constructor that only such copies call
     for (std::size_t lane = 0; lane < kLanes; ++lane)
         if (minimum[lane] <= maximum[lane])
             range.include({WQDiffuseFactor(minimum[lane]), WQDiffuseFactor(maximum[lane])});
@@ -89,17 +90,15 @@ void colorPoints(const WQLandPoint *__restrict points, const float *__restrict f
                  const WQColorProduct *__restrict products, WQPixel emptyPixel,
                  WQPixel *__restrict pixels) {
     using Integers = std::int32_t __attribute__((vector_size(16)));
-    using Words = std::uint32_t __attribute__((vector_size(16)));
     using Bytes = std::uint8_t __attribute__((vector_size(16)));
-    // The low byte of each component, side by side.
-    constexpr Bytes kLowBytes =
-        std::endian::native == std::endian::little ? Bytes{0, 4, 8, 12} : Bytes{3, 7, 11, 15};
+    constexpr int kLowByte = std::endian::native == std::endian::little ? 0 : 3;
     for (std::size_t x = 0; x < kWQLandSize; ++x) {
         const WQColorProduct value = products[points[x].terrainWord & 0xFF] * factors[x] / 255.0f;
         const WQColorProduct clamped = value < 255.0f ? value : WQColorProduct{} + 255.0f;
         const Integers integers = __builtin_convertvector(clamped, Integers);
-        const Bytes bytes = __builtin_shuffle(std::bit_cast<Bytes>(integers), kLowBytes);
-        const auto shaded = std::bit_cast<WQPixel>(std::bit_cast<Words>(bytes)[0]);
+        const auto bytes = std::bit_cast<Bytes>(integers);
+        const auto shaded = std::bit_cast<WQPixel>(__builtin_shufflevector(
+            bytes, bytes, kLowByte, kLowByte + 4, kLowByte + 8, kLowByte + 12));
         pixels[x] = (wordOfPoint(points[x]) & kDataBit) != 0 ? shaded : emptyPixel;
     }
 }
