@@ -1,0 +1,61 @@
+// Where a ray meets the land, reckoned from the land itself.
+import {LAND_SIZE, UNITS_PER_CELL} from '../land.js';
+
+/** How the land is raised: heights in points of its places. */
+export class ReliefShape {
+    constructor(land) {
+        this.land = land;
+        this.rise = 1;
+        this.sea = -Infinity; // an elevation
+    }
+
+    heightOfElevation(elevation) {
+        return Math.max(elevation, this.sea) * this.rise;
+    }
+
+    /** Outside the world, that of its nearest edge. */
+    heightAt(x, y) {
+        return this.heightOfElevation(this.land.heightBetween(x, y) / UNITS_PER_CELL);
+    }
+
+    /**
+     * The place where a ray first meets the land, or the level of its highest point's foot outside
+     * the world; null where it meets nothing within `farthest`. `direction` has length 1.
+     */
+    meet(from, direction, farthest, highest) {
+        const top = this.heightOfElevation(highest);
+        let near = 0;
+        if (from.z > top) {
+            if (direction.z >= 0)
+                return null;
+            near = (top - from.z) / direction.z;
+        }
+        const above = distance => from.z + distance * direction.z -
+            this.heightAt(from.x + distance * direction.x, from.y + distance * direction.y);
+        for (let far = near; far < farthest; near = far) {
+            far = near + Math.max(0.4, near * 0.004);
+            if (above(far) > 0)
+                continue;
+            for (let halving = 0; halving < 12; ++halving) {
+                const middle = (near + far) / 2;
+                if (above(middle) > 0)
+                    near = middle;
+                else
+                    far = middle;
+            }
+            return {x: from.x + far * direction.x, y: from.y + far * direction.y};
+        }
+        return null;
+    }
+
+    /** Whether land stands between two points in space. */
+    hides(from, to) {
+        const steps = 64, [dx, dy, dz] = [to.x - from.x, to.y - from.y, to.z - from.z];
+        for (let step = 2; step < steps - 1; ++step) {
+            const t = step / steps, x = from.x + t * dx, y = from.y + t * dy;
+            if (x >= 0 && y >= 0 && x < LAND_SIZE && y < LAND_SIZE && this.heightAt(x, y) > from.z + t * dz)
+                return true;
+        }
+        return false;
+    }
+}

@@ -1,0 +1,107 @@
+// The land's skin: the flat map's own picture under the same settings, drawn by the same workers. One
+// picture of the whole land, and a closer one of what is in the middle of the window.
+import {LAND_SIZE} from '../land.js';
+
+const SIZE = 2048; // a power of two, so that the far land can be averaged
+const TILE = 512;
+/** A closer picture is drawn within so many points of the eye: distance and zoom. */
+const DETAILS = [[170, 3], [420, 2], [900, 1]];
+/** How far, in shares of its width, the middle may move before the closer picture is drawn anew. */
+const SLACK = 0.15;
+
+function newCanvas() {
+    const canvas = document.createElement('canvas');
+    canvas.width = canvas.height = SIZE;
+    return canvas;
+}
+
+export class ReliefSkin {
+    /** `onprogress` is told how much of the whole picture is there, `onchange` when to draw. */
+    constructor(painter, settings, onprogress, onchange) {
+        Object.assign(this, {painter, settings, onprogress, onchange});
+        this.whole = this.newTexture(newCanvas());
+        this.detail = this.newTexture(newCanvas());
+        this.spare = newCanvas();
+        this.window = null; // of the closer picture that is shown
+        this.wanted = null; // of the one that is asked for
+    }
+
+    newTexture(canvas) {
+        const texture = new THREE.CanvasTexture(canvas);
+        texture.wrapS = texture.wrapT = THREE.ClampToEdgeWrapping;
+        texture.generateMipmaps = true;
+        texture.minFilter = THREE.LinearMipmapLinearFilter;
+        texture.anisotropy = 8;
+        return texture;
+    }
+
+    /** Draws everything anew; `x`, `y`: what to begin with. */
+    repaint({x, y}) {
+        this.wanted = this.window = null;
+        this.paintWhole(x, y);
+    }
+
+    async paintWhole(x, y) {
+        const round = this.round = {}, isWanted = () => this.round === round;
+        const context = this.whole.image.getContext('2d'), view = this.settings.forPainting(0);
+        const areas = areasOf(0, 0, 0, LAND_SIZE).sort((a, b) => farFrom(a, x, y) - farFrom(b, x, y));
+        let done = 0;
+        await Promise.all(areas.map(async area => {
+            const image = await this.painter.draw(view, area, isWanted);
+            if (!image || !isWanted())
+                return;
+            context.putImageData(image, area.x, area.y);
+            this.onprogress(++done / areas.length);
+            if (done % 4 === 0 || done === areas.length)
+                this.show(this.whole);
+        }));
+    }
+
+    /** Sees to a closer picture for a view whose middle is at `x`, `y`. */
+    follow({x, y, distance}) {
+        const found = DETAILS.find(([most]) => distance < most);
+        if (!found) {
+            this.wanted = this.window = null;
+            return;
+        }
+        const zoom = found[1], width = SIZE / 2 ** zoom, slack = width * SLACK;
+        const middle = value => Math.max(width / 2, Math.min(LAND_SIZE - width / 2, Math.round(value)));
+        const [cx, cy] = [middle(x), middle(y)], {wanted} = this;
+        if (wanted && wanted.zoom === zoom && Math.abs(wanted.cx - cx) < slack && Math.abs(wanted.cy - cy) < slack)
+            return;
+        this.wanted = {zoom, cx, cy};
+        this.paintDetail(this.wanted, width);
+    }
+
+    async paintDetail(window, width) {
+        const scale = 2 ** window.zoom;
+        const left = Math.round((window.cx - width / 2) * scale), top = Math.round((LAND_SIZE - window.cy - width / 2) * scale);
+        const view = this.settings.forPainting(window.zoom), images = [];
+        await Promise.all(areasOf(window.zoom, left, top, SIZE).map(async area => {
+            images.push([area, await this.painter.draw(view, area, () => this.wanted === window)]);
+        }));
+        if (this.wanted !== window)
+            return;
+        const context = this.spare.getContext('2d');
+        for (const [area, image] of images)
+            context.putImageData(image, area.x - left, area.y - top);
+        [this.spare, this.detail.image] = [this.detail.image, this.spare];
+        this.window = {x: left / scale - 0.5, y: LAND_SIZE - 0.5 - (top + SIZE) / scale, width};
+        this.show(this.detail);
+    }
+
+    show(texture) {
+        texture.needsUpdate = true;
+        this.onchange();
+    }
+}
+
+function areasOf(zoom, left, top, size) {
+    const areas = [];
+    for (let y = top; y < top + size; y += TILE)
+        for (let x = left; x < left + size; x += TILE)
+            areas.push({zoom, x, y, width: Math.min(TILE, left + size - x), height: Math.min(TILE, top + size - y)});
+    return areas;
+}
+
+const farFrom = (area, x, y) => Math.hypot(area.x + area.width / 2 - x, LAND_SIZE - area.y - area.height / 2 - y);
