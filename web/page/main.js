@@ -5,6 +5,7 @@ import {GridLayer} from './graticule.js';
 import {LayerPanel} from './layers.js';
 import {Painter} from './painter.js';
 import {Readout} from './readout.js';
+import {ReliefSwitch} from './reliefswitch.js';
 import {Settings} from './settings.js';
 import {World} from './world.js';
 
@@ -28,6 +29,9 @@ async function start() {
     flat.map.on('mousemove', event => readout.show(placeOfLatLng(event.latlng)));
     flat.map.on('mouseout', () => readout.show(null));
     flat.map.on('click', event => readout.pin(placeOfLatLng(event.latlng)));
+    const relief = new ReliefSwitch({stage: find('stage'), world, painter, settings, flat, readout, labels: () => settings.get('places') ? world.places : []});
+    find('map').after(relief.button);
+    find('panel').append(relief.panel);
     find('loading').remove();
 }
 

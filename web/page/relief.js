@@ -89,13 +89,13 @@ export class Relief {
         const {settings, shape} = this;
         shape.rise = settings.get('exaggeration');
         shape.sea = settings.get('seaLevel') > 0 ? this.tree.lowest + settings.get('seaLevel') / UNITS_PER_CELL : -Infinity;
-        this.scene.setSeaColor(byteColors(this.world.colors, settings.values),
+        this.seaColor = this.scene.setSeaColor(byteColors(this.world.colors, settings.values),
             lightVector(settings.get('azimuth'), settings.get('altitude')));
     }
 
     repaint() {
         this.isStale = false;
-        this.skin.repaint(this.view);
+        this.skin.repaint(this.view, this.seaColor);
     }
 
     /** Real height from the lowest land to the highest. */

@@ -18,6 +18,10 @@ export const DEFAULTS = Object.freeze({
     places: true,
     dungeons: true,
     marks: true,
+    relief: false,
+    exaggeration: 1.5,
+    seaLevel: 0, // real height that the sea stands above the lowest land
+    haze: 1,
     types: Object.freeze([]), // land types that are picked; none: all
 });
 

@@ -5,7 +5,7 @@ import {LAND_SIZE} from '../land.js';
 
 export const FIELD_OF_VIEW = 45; // degrees, from the window's lower edge to its upper one
 export const MOST_TILT = 82;
-const LEAST_DISTANCE = 14, MOST_DISTANCE = 5000;
+const CLOSEST_VIEW = 14, FARTHEST_VIEW = 5000;
 const radians = degrees => degrees * Math.PI / 180;
 const TAN = Math.tan(radians(FIELD_OF_VIEW / 2));
 
@@ -35,7 +35,7 @@ export class ReliefView {
         Object.assign(this, values);
         this.x = clampTo(this.x, 0, LAND_SIZE - 1);
         this.y = clampTo(this.y, 0, LAND_SIZE - 1);
-        this.distance = clampTo(this.distance, LEAST_DISTANCE, MOST_DISTANCE);
+        this.distance = clampTo(this.distance, CLOSEST_VIEW, FARTHEST_VIEW);
         this.tilt = clampTo(this.tilt, 0, MOST_TILT);
         this.heading = (this.heading % 360 + 360) % 360;
     }

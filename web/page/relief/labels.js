@@ -3,8 +3,8 @@
 import {paintLabel} from '../graticule.js';
 
 const MOST_LABELS = 80;
-const STEM = 26; // pixels
-const HEIGHT = 16;
+const STEM_PIXELS = 26; // pixels
+const LABEL_PIXELS = 16;
 
 export class ReliefLabels {
     /** `scene`: see scene.js; draws on a canvas over it. */
@@ -32,14 +32,14 @@ export class ReliefLabels {
         const taken = [];
         for (const {name, foot, eyeDistance, point} of this.inView(places)) {
             const width = context.measureText(name).width + 8;
-            const box = {left: foot.x - width / 2, right: foot.x + width / 2, top: foot.y - STEM - HEIGHT / 2, bottom: foot.y - STEM + HEIGHT / 2};
-            if (taken.some(other => box.left < other.right && other.left < box.right && box.top < other.bottom && other.top < box.bottom))
+            const box = {left: foot.x - width / 2, right: foot.x + width / 2, top: foot.y - STEM_PIXELS - LABEL_PIXELS / 2, bottom: foot.y - STEM_PIXELS + LABEL_PIXELS / 2};
+            if (box.left < 0 || box.right > this.width || box.top < 0 || taken.some(other => box.left < other.right && other.left < box.right && box.top < other.bottom && other.top < box.bottom))
                 continue;
-            if (this.shape.hides(this.scene.camera.position, {...point, z: point.z + eyeDistance * 0.01}))
+            if (this.shape.hides(this.scene.camera.position, {...point, z: point.z + 1 + eyeDistance * 0.004}))
                 continue;
             taken.push(box);
             drawStem(context, foot);
-            paintLabel(context, name, foot.x, foot.y - STEM, 'center', Infinity);
+            paintLabel(context, name, foot.x, foot.y - STEM_PIXELS, 'center', Infinity);
             if (taken.length === MOST_LABELS)
                 break;
         }
@@ -66,7 +66,7 @@ function drawStem(context, foot) {
         context.strokeStyle = style;
         context.beginPath();
         context.moveTo(foot.x, foot.y);
-        context.lineTo(foot.x, foot.y - STEM + HEIGHT / 2);
+        context.lineTo(foot.x, foot.y - STEM_PIXELS + LABEL_PIXELS / 2);
         context.stroke();
     }
     context.beginPath();

@@ -19,8 +19,8 @@ export class ReliefShape {
     }
 
     /**
-     * The place where a ray first meets the land, or the level of its highest point's foot outside
-     * the world; null where it meets nothing within `farthest`. `direction` has length 1.
+     * The place where a ray first meets the land, which goes on level outside the world; null where
+     * it meets nothing within `farthest`. `direction` has length 1; no land is above `highest`.
      */
     meet(from, direction, farthest, highest) {
         const top = this.heightOfElevation(highest);
@@ -50,8 +50,9 @@ export class ReliefShape {
 
     /** Whether land stands between two points in space. */
     hides(from, to) {
-        const steps = 64, [dx, dy, dz] = [to.x - from.x, to.y - from.y, to.z - from.z];
-        for (let step = 2; step < steps - 1; ++step) {
+        const [dx, dy, dz] = [to.x - from.x, to.y - from.y, to.z - from.z];
+        const steps = Math.min(600, Math.ceil(Math.hypot(dx, dy) / 2));
+        for (let step = 1; step < steps; ++step) {
             const t = step / steps, x = from.x + t * dx, y = from.y + t * dy;
             if (x >= 0 && y >= 0 && x < LAND_SIZE && y < LAND_SIZE && this.heightAt(x, y) > from.z + t * dz)
                 return true;

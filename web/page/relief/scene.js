@@ -5,8 +5,9 @@ import {FIELD_OF_VIEW} from './camera.js';
 import {LAND_FRAGMENT, LAND_VERTEX, OUTER_SEA_FRAGMENT, OUTER_SEA_VERTEX, SKY_FRAGMENT, SKY_VERTEX} from './shaders.js';
 import {NODE_CELLS} from './tree.js';
 
-const HAZE = [0.79, 0.85, 0.9], ZENITH = [0.36, 0.55, 0.76], WATER = [0.25, 0.42, 0.55];
-const HAZE_DENSITY = 0.00045;
+const HAZE = [0.79, 0.85, 0.9], ZENITH = [0.36, 0.55, 0.76], WATER_COLOR = [0.25, 0.42, 0.55];
+/** The farther off the eye, the clearer the air: the land in the middle is always to be seen. */
+const hazeDensity = (haze, distance) => 0.9 * haze / (1500 + 2 * distance);
 const OUTER_SEA = 30000;
 
 export class ReliefScene {
@@ -25,7 +26,7 @@ export class ReliefScene {
         this.geometry = squareGeometry();
         this.common = {
             rise: {value: 1}, sea: {value: -1e9}, haze: {value: new THREE.Vector3(...HAZE)},
-            hazeDensity: {value: HAZE_DENSITY}, water: {value: new THREE.Vector3(...WATER)}};
+            hazeDensity: {value: 0}, water: {value: new THREE.Vector3(...WATER_COLOR)}};
         this.shared = {
             ...this.common, heights: {value: heightTexture(land, tree)},
             range: {value: new THREE.Vector2(tree.lowest, tree.highest - tree.lowest)},
@@ -69,10 +70,11 @@ export class ReliefScene {
         this.camera.updateProjectionMatrix();
     }
 
-    /** `light`: towards it; the sea around the world is as the flat map has it. */
+    /** `light`: towards it. The sea around the world is as the flat map has it; gives its colour. */
     setSeaColor(color, light) {
         const share = lightOfSlope(0, 0, light) / 255;
-        this.floorColor.set(color[DEEP_SEA * 12] * share, color[DEEP_SEA * 12 + 1] * share, color[DEEP_SEA * 12 + 2] * share);
+        this.floorColor.set(...[0, 1, 2].map(index => color[DEEP_SEA * 12 + index] * share));
+        return `rgb(${this.floorColor.toArray().map(component => Math.floor(component * 255))})`;
     }
 
     /** Draws what a shape looks like in a view; `haze`: 1 as usual, 0 none. */
@@ -80,7 +82,7 @@ export class ReliefScene {
         view.aim(this.camera);
         this.common.rise.value = shape.rise;
         this.common.sea.value = Math.max(-1e9, shape.sea);
-        this.common.hazeDensity.value = HAZE_DENSITY * haze;
+        this.common.hazeDensity.value = hazeDensity(haze, view.distance);
         const {window} = this.skin;
         this.shared.detailWindow.value.set(window ? window.x : 0, window ? window.y : 0, window ? window.width : 0);
         this.aimSky();

@@ -14,7 +14,8 @@ uniform vec2 range;       // the least elevation, and how far the greatest is fr
 uniform vec3 square;      // south-west corner, width of a cell
 uniform vec2 morph;       // distances between which points move to those of the coarser square
 varying vec2 place;
-varying float elevation, away;
+varying float elevation;
+varying vec3 seen; // from the eye
 ${HEIGHT_OF_ELEVATION}
 const float LAST = 2040.0;
 
@@ -30,9 +31,8 @@ void main() {
     float share = clamp((distance(vec3(fine, heightOf(own)), cameraPosition) - morph.x) / (morph.y - morph.x), 0.0, 1.0);
     place = mix(fine, coarse, share);
     elevation = mix(own, elevationAt(coarse), share);
-    vec4 seen = viewMatrix * vec4(place, heightOf(elevation), 1.0);
-    away = length(seen.xyz);
-    gl_Position = projectionMatrix * seen;
+    seen = (viewMatrix * vec4(place, heightOf(elevation), 1.0)).xyz;
+    gl_Position = projectionMatrix * vec4(seen, 1.0);
 }`;
 
 const IN_HAZE = `
@@ -55,7 +55,8 @@ uniform sampler2D skin, detail;
 uniform vec3 detailWindow; // south-west corner and width in points; no width: none
 uniform float sea;
 varying vec2 place;
-varying float elevation, away;
+varying float elevation;
+varying vec3 seen; // from the eye
 ${IN_HAZE}
 ${UNDER_WATER}
 void main() {
@@ -67,28 +68,27 @@ void main() {
         if (share > 0.0)
             color = mix(color, texture2D(detail, inside).rgb, share);
     }
-    gl_FragColor = vec4(inHaze(underWater(color, sea - elevation), away), 1.0);
+    gl_FragColor = vec4(inHaze(underWater(color, sea - elevation), length(seen)), 1.0);
 }`;
 
 /** The sea around the world. */
 export const OUTER_SEA_VERTEX = `
 uniform float floorElevation;
-varying float away;
+varying vec3 seen;
 ${HEIGHT_OF_ELEVATION}
 void main() {
-    vec4 seen = viewMatrix * vec4(position.xy, heightOf(floorElevation), 1.0);
-    away = length(seen.xyz);
-    gl_Position = projectionMatrix * seen;
+    seen = (viewMatrix * vec4(position.xy, heightOf(floorElevation), 1.0)).xyz;
+    gl_Position = projectionMatrix * vec4(seen, 1.0);
 }`;
 
 export const OUTER_SEA_FRAGMENT = `
 uniform float floorElevation, sea;
 uniform vec3 floorColor;
-varying float away;
+varying vec3 seen;
 ${IN_HAZE}
 ${UNDER_WATER}
 void main() {
-    gl_FragColor = vec4(inHaze(underWater(floorColor, sea - floorElevation), away), 1.0);
+    gl_FragColor = vec4(inHaze(underWater(floorColor, sea - floorElevation), length(seen)), 1.0);
 }`;
 
 /** Behind everything: haze at the horizon, the open sky above. */

@@ -2,8 +2,8 @@
 // picture of the whole land, and a closer one of what is in the middle of the window.
 import {LAND_SIZE} from '../land.js';
 
-const SIZE = 2048; // a power of two, so that the far land can be averaged
-const TILE = 512;
+const SKIN_SIZE = 2048; // a power of two, so that the far land can be averaged
+const SKIN_TILE = 512;
 /** A closer picture is drawn within so many points of the eye: distance and zoom. */
 const DETAILS = [[170, 3], [420, 2], [900, 1]];
 /** How far, in shares of its width, the middle may move before the closer picture is drawn anew. */
@@ -11,7 +11,7 @@ const SLACK = 0.15;
 
 function newCanvas() {
     const canvas = document.createElement('canvas');
-    canvas.width = canvas.height = SIZE;
+    canvas.width = canvas.height = SKIN_SIZE;
     return canvas;
 }
 
@@ -35,9 +35,16 @@ export class ReliefSkin {
         return texture;
     }
 
-    /** Draws everything anew; `x`, `y`: what to begin with. */
-    repaint({x, y}) {
+    /** Draws everything anew; `x`, `y`: what to begin with; `sea`: what stands beyond the edge. */
+    repaint({x, y}, sea) {
         this.wanted = this.window = null;
+        const context = this.whole.image.getContext('2d');
+        context.fillStyle = sea;
+        if (!this.round)
+            context.fillRect(0, 0, SKIN_SIZE, SKIN_SIZE);
+        // Averaged from afar, the margin runs into the land.
+        context.fillRect(LAND_SIZE, 0, SKIN_SIZE - LAND_SIZE, SKIN_SIZE);
+        context.fillRect(0, LAND_SIZE, SKIN_SIZE, SKIN_SIZE - LAND_SIZE);
         this.paintWhole(x, y);
     }
 
@@ -64,7 +71,7 @@ export class ReliefSkin {
             this.wanted = this.window = null;
             return;
         }
-        const zoom = found[1], width = SIZE / 2 ** zoom, slack = width * SLACK;
+        const zoom = found[1], width = SKIN_SIZE / 2 ** zoom, slack = width * SLACK;
         const middle = value => Math.max(width / 2, Math.min(LAND_SIZE - width / 2, Math.round(value)));
         const [cx, cy] = [middle(x), middle(y)], {wanted} = this;
         if (wanted && wanted.zoom === zoom && Math.abs(wanted.cx - cx) < slack && Math.abs(wanted.cy - cy) < slack)
@@ -77,7 +84,7 @@ export class ReliefSkin {
         const scale = 2 ** window.zoom;
         const left = Math.round((window.cx - width / 2) * scale), top = Math.round((LAND_SIZE - window.cy - width / 2) * scale);
         const view = this.settings.forPainting(window.zoom), images = [];
-        await Promise.all(areasOf(window.zoom, left, top, SIZE).map(async area => {
+        await Promise.all(areasOf(window.zoom, left, top, SKIN_SIZE).map(async area => {
             images.push([area, await this.painter.draw(view, area, () => this.wanted === window)]);
         }));
         if (this.wanted !== window)
@@ -86,7 +93,7 @@ export class ReliefSkin {
         for (const [area, image] of images)
             context.putImageData(image, area.x - left, area.y - top);
         [this.spare, this.detail.image] = [this.detail.image, this.spare];
-        this.window = {x: left / scale - 0.5, y: LAND_SIZE - 0.5 - (top + SIZE) / scale, width};
+        this.window = {x: left / scale - 0.5, y: LAND_SIZE - 0.5 - (top + SKIN_SIZE) / scale, width};
         this.show(this.detail);
     }
 
@@ -98,9 +105,9 @@ export class ReliefSkin {
 
 function areasOf(zoom, left, top, size) {
     const areas = [];
-    for (let y = top; y < top + size; y += TILE)
-        for (let x = left; x < left + size; x += TILE)
-            areas.push({zoom, x, y, width: Math.min(TILE, left + size - x), height: Math.min(TILE, top + size - y)});
+    for (let y = top; y < top + size; y += SKIN_TILE)
+        for (let x = left; x < left + size; x += SKIN_TILE)
+            areas.push({zoom, x, y, width: Math.min(SKIN_TILE, left + size - x), height: Math.min(SKIN_TILE, top + size - y)});
     return areas;
 }
 
