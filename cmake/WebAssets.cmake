@@ -44,6 +44,7 @@ set(land_modules land.js unpack.js colors.js light.js points.js surface.js tile.
 join_scripts(${generated}/worker.js ${land_modules} worker.js)
 join_scripts(${generated}/application.js ${land_modules}
     dom.js coordinates.js world.js settings.js painter.js flatmap.js graticule.js readout.js layers.js
+    places.js search.js changes.js plotfile.js marks.js link.js measure.js save.js shell.js
     relief/camera.js relief/tree.js relief/shaders.js relief/pick.js relief/skin.js relief/scene.js
     relief/labels.js relief/gestures.js relief.js reliefswitch.js main.js)
 

@@ -89,6 +89,21 @@ export class FlatMap {
         }
     }
 
+    /** The panes with tiles from the bottom up; `right` says where one is cut off. */
+    panes() {
+        const panes = [{element: this.map.getPane('tilePane')}];
+        if (this.olderLayer)
+            panes.push({element: this.map.getPane('older'), right: this.cutAt});
+        return panes;
+    }
+
+    /** Shows the older land up to `x` pixels from the window's left side. */
+    cutOlder(x) {
+        const {map} = this, from = map.containerPointToLayerPoint([0, 0]), to = map.containerPointToLayerPoint([x, map.getSize().y]);
+        this.cutAt = x;
+        map.getPane('older').style.clip = `rect(${from.y}px, ${to.x}px, ${to.y}px, ${from.x}px)`;
+    }
+
     /** The least zoom at which the world about fills the window. */
     wholeWorldZoom() {
         const {x, y} = this.map.getSize();
@@ -108,7 +123,7 @@ export class FlatMap {
     }
 
     moveTo(place, zoom = this.zoom()) {
-        this.map.setView(latLngOfPlace(place), zoom, {animate: false});
+        this.map.setView(latLngOfPlace(place), Math.round(Math.max(MIN_ZOOM, Math.min(MAX_ZOOM, zoom))), {animate: false});
     }
 
     flyTo(place, zoom = Math.max(this.zoom(), 2)) {

@@ -47,6 +47,7 @@ export const GridLayer = L.Layer.extend({
         L.DomUtil.setTransform(this.canvas, map.containerPointToLayerPoint([0, 0]), 1);
         Object.assign(this.canvas, {width: width * density, height: height * density});
         Object.assign(this.canvas.style, {width: `${width}px`, height: `${height}px`});
+        this.covered = [...document.querySelectorAll('.card:not([hidden])')].map(card => card.getBoundingClientRect());
         this.paint(this.canvas.getContext('2d'), width, height, density);
     },
 
@@ -76,10 +77,18 @@ export const GridLayer = L.Layer.extend({
         return {west: inside(north.lng), east: inside(south.lng), south: inside(south.lat), north: inside(north.lat)};
     },
 
+    /** At the window's edge, unless something stands there. */
+    paintEdgeLabel(context, text, x, y, align) {
+        const {x: width} = this._map.getSize();
+        const isCovered = this.covered.some(box => x > box.left - 30 && x < box.right + 30 && y > box.top - 10 && y < box.bottom + 10);
+        if (!isCovered && (align !== 'center' || x > 40 && x < width - 40))
+            paintLabel(context, text, x, y, align);
+    },
+
     paintBlocks(context, width, height) {
         const {west, east, south, north} = this.area(width, height);
         const top = this.pixelY(north), bottom = this.pixelY(south), left = this.pixelX(west), right = this.pixelX(east);
-        context.strokeStyle = 'rgba(30, 30, 30, 0.28)';
+        context.strokeStyle = 'rgba(30, 30, 30, 0.2)';
         context.lineWidth = 1;
         context.beginPath();
         for (let column = Math.ceil(west / CELLS); column <= Math.min(BLOCKS, east / CELLS); ++column)
@@ -118,10 +127,10 @@ export const GridLayer = L.Layer.extend({
         context.textBaseline = 'middle';
         for (const unit of columns)
             for (const y of [10, height - 10])
-                paintLabel(context, label(unit, 'W', 'E'), this.pixelX(pointOfUnit(unit)), y, 'center', width);
+                this.paintEdgeLabel(context, label(unit, 'W', 'E'), this.pixelX(pointOfUnit(unit)), y, 'center');
         for (const unit of rows) {
-            paintLabel(context, label(unit, 'S', 'N'), 6, this.pixelY(pointOfUnit(unit)), 'left', width);
-            paintLabel(context, label(unit, 'S', 'N'), width - 6, this.pixelY(pointOfUnit(unit)), 'right', width);
+            this.paintEdgeLabel(context, label(unit, 'S', 'N'), 6, this.pixelY(pointOfUnit(unit)), 'left');
+            this.paintEdgeLabel(context, label(unit, 'S', 'N'), width - 6, this.pixelY(pointOfUnit(unit)), 'right');
         }
     },
 });
@@ -131,9 +140,8 @@ function line(context, x1, y1, x2, y2) {
     context.lineTo(x2, y2);
 }
 
-export function paintLabel(context, text, x, y, align, width) {
-    if (align === 'center' && (x < 40 || x > width - 40))
-        return;
+/** Dark letters with a light edge, readable on any land. */
+export function paintLabel(context, text, x, y, align) {
     context.textAlign = align;
     context.lineWidth = 3;
     context.strokeStyle = 'rgba(255, 255, 255, 0.85)';

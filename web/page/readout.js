@@ -50,7 +50,8 @@ export class Readout {
             this.values[name].textContent = facts ? facts[name] : '–';
     }
 
-    pin(place) {
+    /** `name`: what stands there, if it has a name. */
+    pin(place, name) {
         const facts = factsOfPlace(this.world, place);
         if (!facts)
             return this.unpin();
@@ -60,7 +61,7 @@ export class Readout {
         const text = `${facts.coordinate}  block ${facts.block}  ${facts.type}  height ${facts.height}`;
         this.pinned.replaceChildren(
             make('button', {class: 'close', 'aria-label': 'Close', onclick: () => this.unpin()}, '×'),
-            make('dl', {}, ...rows), notes ? make('p', {class: 'notes'}, notes) : '',
+            name ? make('h3', {}, name) : '', make('dl', {}, ...rows), notes ? make('p', {class: 'notes'}, notes) : '',
             make('div', {class: 'buttons'},
                 make('button', {onclick: () => copyText(text)}, 'Copy'),
                 ...this.actions.map(([label, act]) => make('button', {onclick: () => act(this.place)}, label))));

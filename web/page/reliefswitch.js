@@ -1,6 +1,7 @@
 // The switch between the flat map and the relief, and what is set for the relief alone.
 import {make, notify} from './dom.js';
 import {Relief} from './relief.js';
+import {ReliefView} from './relief/camera.js';
 
 const SLIDERS = [
     ['exaggeration', 'Heights', 0.25, 8, 0.25, value => `× ${value}`],
@@ -11,7 +12,7 @@ export class ReliefSwitch {
     /** `parts`: `stage`, `world`, `painter`, `settings`, `flat`, `readout`, and `labels`, which gives places with names. */
     constructor(parts) {
         Object.assign(this, parts);
-        this.button = make('button', {class: 'relief-switch card', 'aria-pressed': 'false', title: 'Tilt the map',
+        this.button = make('button', {class: 'relief-switch', 'aria-pressed': 'false', title: 'Relief or flat map (R)',
             onclick: () => this.settings.set({relief: !this.settings.get('relief')})}, 'Relief');
         this.panel = make('section', {class: 'relief-settings', hidden: true, 'aria-label': 'Relief'}, make('h2', {}, 'Relief'));
         this.progress = make('progress', {max: '1', value: '0', class: 'relief-progress', hidden: true, 'aria-label': 'Land drawn so far'});
@@ -84,8 +85,14 @@ export class ReliefSwitch {
         this.flat.container.inert = true;
     }
 
+    /** How far off the eye is where a point is as wide as on the flat map at a zoom. */
+    distanceOfZoom(zoom) {
+        return ReliefView.distanceOfZoom(zoom, this.stage.clientHeight);
+    }
+
     async lay() {
-        const {x, y, zoom} = await this.relief.hide();
+        const seen = await this.relief.hide(), {x, y, zoom} = this.landing || seen;
+        this.landing = undefined;
         this.flat.container.inert = false;
         this.flat.moveTo({x, y}, Math.round(zoom));
     }

@@ -109,39 +109,67 @@ function drawAveraged(picture, painter, view) {
     });
 }
 
-/** Colours run into each other between points, but keep to their points longer than evenly. */
-const sharpened = t => t <= 0.2 ? 0 : t >= 0.8 ? 1 : (t - 0.2) / 0.6;
-
 function drawSmooth(picture, painter) {
-    const {land, light, colors} = painter;
+    const {land, light} = painter;
     const surface = new SurfaceRow(land, picture.scale, picture.x, picture.width);
-    const mixed = new Float32Array(3);
+    const mixer = new ColorMixer(land, painter.colors);
     for (let row = 0; row < picture.height; ++row) {
         const y = picture.placeOfRow(row);
         if (y < -0.5 || y >= LAND_SIZE - 0.5)
             continue;
         surface.sample(y);
-        const j = Math.max(0, Math.min(LAND_SIZE - 2, Math.floor(y))), fy = sharpened(y - j);
+        const nearest = Math.round(y) * LAND_SIZE;
         for (let column = 0; column < picture.width; ++column) {
             const x = picture.placeOfColumn(column);
             if (x < -0.5 || x >= LAND_SIZE - 0.5)
                 continue;
-            if (!land.present[Math.round(y) * LAND_SIZE + Math.round(x)]) {
+            if (land.present[nearest + Math.round(x)]) {
+                mixer.mix(x, y);
+                const share = lightOfSlope(surface.dx[column], surface.dy[column], light);
+                picture.set(column, row, mixer.red * share, mixer.green * share, mixer.blue * share);
+            } else {
                 painter.paintSea();
                 picture.set(column, row, painter.red, painter.green, painter.blue);
-                continue;
             }
-            const i = Math.max(0, Math.min(LAND_SIZE - 2, Math.floor(x))), fx = sharpened(x - i);
-            const at = j * LAND_SIZE + i;
-            const low = land.low, a = low[at] * 3, b = low[at + 1] * 3, c = low[at + LAND_SIZE] * 3, d = low[at + LAND_SIZE + 1] * 3;
-            const share = lightOfSlope(surface.dx[column], surface.dy[column], light);
-            for (let index = 0; index < 3; ++index) {
-                const south = colors[a + index] * (1 - fx) + colors[b + index] * fx;
-                const north = colors[c + index] * (1 - fx) + colors[d + index] * fx;
-                mixed[index] = (south * (1 - fy) + north * fy) * share;
-            }
-            picture.set(column, row, mixed[0], mixed[1], mixed[2]);
         }
+    }
+}
+
+/**
+ * Colours between points. Of the four around a place each counts by how near it is and by how much
+ * of the place its land type has: edges between types come out as curves, and at a point its own
+ * colour is all there is.
+ */
+class ColorMixer {
+    constructor(land, colors) {
+        Object.assign(this, {low: land.low, colors, red: 0, green: 0, blue: 0});
+    }
+
+    mix(x, y) {
+        const i = x < 0 ? 0 : x > LAND_SIZE - 1.001 ? LAND_SIZE - 2 : Math.floor(x);
+        const j = y < 0 ? 0 : y > LAND_SIZE - 1.001 ? LAND_SIZE - 2 : Math.floor(y);
+        const at = j * LAND_SIZE + i, {low, colors} = this;
+        const a = low[at], b = low[at + 1], c = low[at + LAND_SIZE], d = low[at + LAND_SIZE + 1];
+        if (a === b && a === c && a === d) {
+            this.red = colors[a * 3];
+            this.green = colors[a * 3 + 1];
+            this.blue = colors[a * 3 + 2];
+            return;
+        }
+        const fx = Math.max(0, Math.min(1, x - i)), fy = Math.max(0, Math.min(1, y - j));
+        let wa = (1 - fx) * (1 - fy), wb = fx * (1 - fy), wc = (1 - fx) * fy, wd = fx * fy;
+        const ga = wa + (b === a ? wb : 0) + (c === a ? wc : 0) + (d === a ? wd : 0);
+        const gb = wb + (a === b ? wa : 0) + (c === b ? wc : 0) + (d === b ? wd : 0);
+        const gc = wc + (a === c ? wa : 0) + (b === c ? wb : 0) + (d === c ? wd : 0);
+        const gd = wd + (a === d ? wa : 0) + (b === d ? wb : 0) + (c === d ? wc : 0);
+        wa *= ga * ga * ga * ga;
+        wb *= gb * gb * gb * gb;
+        wc *= gc * gc * gc * gc;
+        wd *= gd * gd * gd * gd;
+        const whole = 1 / (wa + wb + wc + wd);
+        this.red = (colors[a * 3] * wa + colors[b * 3] * wb + colors[c * 3] * wc + colors[d * 3] * wd) * whole;
+        this.green = (colors[a * 3 + 1] * wa + colors[b * 3 + 1] * wb + colors[c * 3 + 1] * wc + colors[d * 3 + 1] * wd) * whole;
+        this.blue = (colors[a * 3 + 2] * wa + colors[b * 3 + 2] * wb + colors[c * 3 + 2] * wc + colors[d * 3 + 2] * wd) * whole;
     }
 }
 
@@ -180,13 +208,16 @@ const blockColumn = place => Math.max(0, Math.min(BLOCKS - 1, Math.floor(place /
 function drawContours(picture, land, interval) {
     const width = picture.width + 1;
     const surface = new SurfaceRow(land, picture.scale, picture.x, width);
-    const levelsOfRow = row => {
+    const factor = UNITS_PER_CELL / interval;
+    const takeLevels = (row, into) => {
         surface.sample(picture.placeOfRow(row));
-        return Array.from(surface.elevation, elevation => Math.floor(elevation * UNITS_PER_CELL / interval + 1e-4));
+        for (let column = 0; column < width; ++column)
+            into[column] = Math.floor(surface.elevation[column] * factor + 1e-4);
     };
-    let levels = levelsOfRow(0);
+    let levels = new Int32Array(width), below = new Int32Array(width);
+    takeLevels(0, levels);
     for (let row = 0; row < picture.height; ++row) {
-        const below = levelsOfRow(row + 1);
+        takeLevels(row + 1, below);
         const y = picture.placeOfRow(row);
         for (let column = 0; column < picture.width && y >= -0.5 && y < LAND_SIZE - 0.5; ++column) {
             const x = picture.placeOfColumn(column), level = levels[column];
@@ -195,6 +226,6 @@ function drawContours(picture, land, interval) {
             const upper = Math.max(level, levels[column + 1], below[column]);
             picture.blend(column, row, upper % CONTOURS_PER_MAIN === 0 ? MAIN_CONTOUR : CONTOUR);
         }
-        levels = below;
+        [levels, below] = [below, levels];
     }
 }

@@ -39,7 +39,7 @@ export class ReliefLabels {
                 continue;
             taken.push(box);
             drawStem(context, foot);
-            paintLabel(context, name, foot.x, foot.y - STEM_PIXELS, 'center', Infinity);
+            paintLabel(context, name, foot.x, foot.y - STEM_PIXELS, 'center');
             if (taken.length === MOST_LABELS)
                 break;
         }

@@ -1,0 +1,111 @@
+// Measures a way over the land, with a profile of the heights along it.
+import {unitOfPoint} from './coordinates.js';
+import {make} from './dom.js';
+import {latLngOfPlace} from './flatmap.js';
+import {heightText} from './readout.js';
+
+const SAMPLES = 400;
+const WIDTH = 300, HEIGHT = 90;
+
+/** Distance in map units along places, and `count` samples `{place, distance, height}` on the way. */
+export function profileOfWay(land, places, count = SAMPLES) {
+    const lengths = places.slice(1).map((place, index) => Math.hypot(place.x - places[index].x, place.y - places[index].y));
+    const whole = lengths.reduce((sum, length) => sum + length, 0), samples = [];
+    for (let index = 0; index <= count && whole > 0; ++index) {
+        let left = whole * index / count, leg = 0;
+        while (leg < lengths.length - 1 && left > lengths[leg])
+            left -= lengths[leg++];
+        const share = lengths[leg] > 0 ? Math.min(1, left / lengths[leg]) : 0, from = places[leg], to = places[leg + 1];
+        const place = {x: from.x + (to.x - from.x) * share, y: from.y + (to.y - from.y) * share};
+        samples.push({place, distance: unitsOfPoints(whole * index / count), height: land.heightBetween(place.x, place.y)});
+    }
+    return {distance: unitsOfPoints(whole), samples};
+}
+
+const unitsOfPoints = points => unitOfPoint(points) - unitOfPoint(0);
+
+export class Measure {
+    constructor(flat, world) {
+        Object.assign(this, {flat, world});
+        this.places = [];
+        this.isActive = false;
+        this.line = L.polyline([], {color: '#d1122c', weight: 3, interactive: false});
+        this.spot = L.circleMarker([0, 0], {radius: 5, color: '#d1122c', fillOpacity: 1, interactive: false});
+        this.result = make('p', {class: 'result', role: 'status'});
+        this.chart = make('div', {class: 'profile'});
+        this.element = make('div', {},
+            make('p', {class: 'hint'}, 'Click along the way. Backspace takes the last point back.'), this.result, this.chart,
+            make('div', {class: 'buttons'}, make('button', {onclick: () => this.clear()}, 'Start anew')));
+        document.addEventListener('keydown', event => {
+            if (this.isActive && event.key === 'Backspace' && !event.target.matches('input, textarea')) {
+                this.places.pop();
+                this.draw();
+            }
+        });
+        this.draw();
+    }
+
+    activate(isActive) {
+        this.isActive = isActive;
+        this.flat.container.classList.toggle('measuring', isActive);
+        if (isActive)
+            this.line.addTo(this.flat.map);
+        else
+            [this.line, this.spot].forEach(layer => layer.remove());
+    }
+
+    add(place) {
+        this.places.push(place);
+        this.draw();
+    }
+
+    clear() {
+        this.places = [];
+        this.draw();
+    }
+
+    draw() {
+        this.line.setLatLngs(this.places.map(latLngOfPlace));
+        this.spot.remove();
+        const {distance, samples} = profileOfWay(this.world.newer, this.places);
+        const heights = samples.map(({height}) => height);
+        this.result.textContent = samples.length === 0 ? `${this.places.length} of at least 2 points` :
+            `${distance.toFixed(2)} map units, heights ${heightText(Math.round(Math.min(...heights)))} to ${heightText(Math.round(Math.max(...heights)))}, ` +
+            `up ${climb(heights)}, down ${climb(heights.slice().reverse())}`;
+        this.chart.replaceChildren(...samples.length === 0 ? [] : [this.drawProfile(samples, distance)]);
+    }
+
+    drawProfile(samples, distance) {
+        const heights = samples.map(({height}) => height), low = Math.min(...heights), high = Math.max(low + 1, ...heights);
+        const points = samples.map(({distance: at, height}) =>
+            `${(at / distance * WIDTH).toFixed(1)},${(HEIGHT - 4 - (height - low) / (high - low) * (HEIGHT - 8)).toFixed(1)}`);
+        const shape = (name, attributes) => {
+            const element = document.createElementNS('http://www.w3.org/2000/svg', name);
+            for (const [key, value] of Object.entries(attributes))
+                element.setAttribute(key, value);
+            return element;
+        };
+        const picture = shape('svg', {viewBox: `0 0 ${WIDTH} ${HEIGHT}`, role: 'img',
+            'aria-label': `Profile of heights from ${Math.round(low)} to ${Math.round(high)}`});
+        const cursor = shape('line', {y1: 0, y2: HEIGHT, x1: -9, x2: -9, class: 'cursor'});
+        picture.append(shape('polygon', {points: `0,${HEIGHT} ${points.join(' ')} ${WIDTH},${HEIGHT}`, class: 'ground'}),
+            shape('polyline', {points: points.join(' '), class: 'surface'}), cursor);
+        const caption = make('p', {class: 'detail'}, `0 to ${distance.toFixed(1)} map units`);
+        picture.addEventListener('pointermove', event => {
+            const box = picture.getBoundingClientRect(), share = Math.max(0, Math.min(1, (event.clientX - box.left) / box.width));
+            const sample = samples[Math.round(share * (samples.length - 1))];
+            cursor.setAttribute('x1', share * WIDTH);
+            cursor.setAttribute('x2', share * WIDTH);
+            caption.textContent = `${sample.distance.toFixed(2)} map units: height ${Math.round(sample.height)}`;
+            this.spot.setLatLng(latLngOfPlace(sample.place)).addTo(this.flat.map);
+        });
+        return make('figure', {}, picture, caption);
+    }
+}
+
+function climb(heights) {
+    let sum = 0;
+    for (let index = 1; index < heights.length; ++index)
+        sum += Math.max(0, heights[index] - heights[index - 1]);
+    return Math.round(sum);
+}
