@@ -7,39 +7,8 @@
 
 #include <cstdio>
 #include <future>
-#include <mutex>
-#include <tbb/blocked_range.h>
-#include <tbb/parallel_for.h>
 
 namespace {
-
-/// Progress is reported at multiples of this.
-constexpr std::size_t kFilesPerReport = 1000;
-/// Some 0.2 ms of work: enough to make handing it out cheap.
-constexpr std::size_t kFilesPerTask = 1000;
-/// How many files ahead memory is asked for.
-constexpr std::size_t kFilesAhead = 8;
-
-/// Reports on work that several threads do, in the order that one would have: a position is due
-/// when more files than that are done.
-class HashingProgress {
-  public:
-    explicit HashingProgress(std::size_t count) : _count(count) {}
-
-    void finishFiles(std::size_t number) {
-        const std::lock_guard guard(_lock);
-        _finished += number;
-        for (; _position < _finished; _position += kFilesPerReport)
-            ZPLog("hashed %8zu / %8zu = %5.1f %%", _position, _count,
-                  static_cast<double>(_position) * 100 / static_cast<double>(_count));
-    }
-
-  private:
-    const std::size_t _count;
-    std::mutex _lock;
-    std::size_t _finished = 0;
-    std::size_t _position = 0;
-};
 
 bool saveText(const std::string &text, const std::filesystem::path *path, ZPError *error) {
     if (path != nullptr)
@@ -71,14 +40,19 @@ void appendTitle(std::string &text, const char *title) {
 // -- comparing
 
 void WQDataFileComparison::buildComparison() {
-    std::future<void> release;
-    if (_dataFile1 != nullptr) {
-        _digests1 = buildSHA1DigestsByIDForDataFile(*_dataFile1);
-        // Beside the hashing of the other archive, since unmapping takes a while.
-        release = std::async(std::launch::async, [this] { _dataFile1->didReadAllFiles(); });
-    }
+    std::optional<WQFileHasher> hasher1, hasher2;
+    if (_dataFile1 != nullptr)
+        hasher1.emplace(*_dataFile1);
     if (_dataFile2 != nullptr)
-        _digests2 = buildSHA1DigestsByIDForDataFile(*_dataFile2);
+        hasher2.emplace(*_dataFile2);
+    std::future<void> release;
+    if (hasher1) {
+        _digests1 = buildDigests(*hasher1, hasher2 ? &*hasher2 : nullptr);
+        // Unmapping takes a while, and can go beside the rest. Without a thread it is left.
+        release = std::async([this] { _dataFile1->didReadAllFiles(); });
+    }
+    if (hasher2)
+        _digests2 = buildDigests(*hasher2, nullptr);
     if (!_digests1 || !_digests2)
         return;
     compareDigests();
@@ -112,44 +86,17 @@ void WQDataFileComparison::compareDigests() {
 
 WQFileDigestMap
 WQDataFileComparison::buildSHA1DigestsByIDForDataFile(const WQDataFile &dataFile) const {
+    WQFileHasher hasher(dataFile);
+    return buildDigests(hasher, nullptr);
+}
+
+WQFileDigestMap WQDataFileComparison::buildDigests(WQFileHasher &hasher,
+                                                   WQFileHasher *newer) const {
     static constexpr char kName[] = "-[WQDataFileComparison buildSHA1DigestsByIDForDataFile:]";
     ZPLog("[%p]  > %s", static_cast<const void *>(this), kName);
-    const ZPGorvaneFileEntryMap &entries = dataFile.fileEntriesByIdentifier();
-    auto digests = ZPLargeArray<WQFileDigest>::allocate(entries.size());
-    std::vector<std::uint32_t> unreadable;
-    std::mutex unreadableLock;
-    HashingProgress progress(entries.size());
-
-    const auto hashFiles = [&](const tbb::blocked_range<std::size_t> &range) {
-        ZPData scratch;
-        for (std::size_t index = range.begin(); index < range.end(); ++index) {
-            if (index + kFilesAhead < entries.size())
-                dataFile.prefetchFileEntry(entries[index + kFilesAhead]);
-            WQFileDigest &digest = digests.data()[index];
-            digest.identifier = entries[index].identifier;
-            if (const auto bytes = dataFile.readBytesForFileEntry(entries[index], scratch)) {
-                digest.digest = ZPSHA1DigestOfData(*bytes);
-            } else {
-                const std::lock_guard guard(unreadableLock);
-                unreadable.push_back(entries[index].identifier);
-            }
-        }
-        progress.finishFiles(range.size());
-    };
-    tbb::parallel_for(tbb::blocked_range<std::size_t>(0, entries.size(), kFilesPerTask), hashFiles,
-                      tbb::simple_partitioner());
-    const WQFileDigest *end = digests.end();
-    if (!unreadable.empty()) {
-        std::ranges::sort(unreadable);
-        end = std::remove_if(digests.begin(), digests.end(), [&](const WQFileDigest &digest) {
-            return std::ranges::binary_search(unreadable, digest.identifier);
-        });
-    }
-    const auto count = static_cast<std::size_t>(end - digests.begin());
-
-    ZPLog("hashed %8zu / %8zu = 100.0 %%", entries.size(), entries.size());
+    hasher.hashFiles(newer);
     ZPLog("[%p] <  %s", static_cast<const void *>(this), kName);
-    return {std::move(digests), count};
+    return hasher.takeDigests();
 }
 
 // -- reports

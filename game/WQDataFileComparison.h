@@ -1,7 +1,7 @@
 #pragma once
 
 #include "game/WQDataFile.h"
-#include "game/WQFileDigestMap.h"
+#include "game/WQFileHasher.h"
 #include "game/WQLandBlockSet.h"
 
 #include <filesystem>
@@ -21,10 +21,11 @@ class WQDataFileComparison {
     WQDataFileComparison(const WQDataFile *oldDataFile, const WQDataFile *newDataFile)
         : _dataFile1(oldDataFile), _dataFile2(newDataFile) {}
 
-    /// Reads and hashes every file of both archives on all cores, then compares.
+    /// Reads every file of both archives, gives each its digest and compares these, on all
+    /// processors.
     void buildComparison();
     /// The digests of one archive's readable files. Logs progress every 1000 files.
-    WQFileDigestMap buildSHA1DigestsByIDForDataFile(const WQDataFile &dataFile) const;
+    [[nodiscard]] WQFileDigestMap buildSHA1DigestsByIDForDataFile(const WQDataFile &dataFile) const;
 
     // Each writes a text as a whole or not at all, and is false when that fails. The summaries go
     // to standard output when there is no path.
@@ -53,6 +54,7 @@ class WQDataFileComparison {
     const std::optional<WQLandBlockSet> &landBlocksChanged() const { return _landBlocksChanged; }
 
   private:
+    WQFileDigestMap buildDigests(WQFileHasher &hasher, WQFileHasher *newer) const;
     void compareDigests();
 
     const WQDataFile *_dataFile1;

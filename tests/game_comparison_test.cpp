@@ -53,6 +53,19 @@ class Comparison : public testing::Test {
 
 const std::string kLong(700, 'x');
 
+void expectDigestsOf(const Files &files, const std::optional<WQFileDigestMap> &digests) {
+    ASSERT_TRUE(digests);
+    std::size_t readable = 0;
+    for (const auto &[identifier, contents] : files) {
+        std::optional<std::string> digest;
+        if (contents)
+            digest = ZPSHA1DigestString(std::as_bytes(std::span(*contents)));
+        EXPECT_EQ(digests->find(identifier), digest) << std::hex << identifier;
+        readable += contents.has_value();
+    }
+    EXPECT_EQ(digests->size(), readable);
+}
+
 TEST_F(Comparison, FindsWhatCameWentAndChanged) {
     const Files old = {
         {0x1234FFFF, "land"}, {0x1234FFFE, kLong}, {0x12340100, ""}, {0x1235FFFF, "sea"}};
@@ -69,6 +82,7 @@ TEST_F(Comparison, FindsWhatCameWentAndChanged) {
     } cases[] = {
         {"the same", old, {}, {}, {}},
         {"one byte, far into the chain", with({{0x1234FFFE, edited}}), {}, {}, {0x1234FFFE}},
+        {"longer, otherwise the same", with({{0x1235FFFF, "seas"}}), {}, {}, {0x1235FFFF}},
         {"an empty file filled", with({{0x12340100, "cell"}}), {}, {}, {0x12340100}},
         {"object block and cell came",
          with({{0x1235FFFE, "o"}, {0x00070100, "c"}, {0x00070101, "c"}}),
@@ -106,6 +120,8 @@ TEST_F(Comparison, FindsWhatCameWentAndChanged) {
             EXPECT_EQ(comparison.landBlocksAdded()->numbers(), blocks(added));
             EXPECT_EQ(comparison.landBlocksRemoved()->numbers(), blocks(removed));
             EXPECT_EQ(comparison.landBlocksChanged()->numbers(), blocks(c.changed));
+            expectDigestsOf(isSwapped ? c.files : old, comparison.digests1());
+            expectDigestsOf(isSwapped ? old : c.files, comparison.digests2());
         }
     }
 }
@@ -198,34 +214,42 @@ TEST_F(Comparison, AnyNumberOfThreadsSaysTheSame) {
         if (index % 50 != 7)
             contents = std::string(index % 600, static_cast<char>(index));
     }
-    const auto dataFile = archive(files);
+    // Beside it one that lacks a file in three, has others between them, and differs in some.
+    Files newerFiles;
+    for (const auto &[identifier, contents] : files) {
+        const std::uint32_t index = identifier >> 16;
+        if (index % 3 != 0)
+            newerFiles[identifier] = index % 40 == 1 ? "changed" : contents;
+        if (index % 5 == 0)
+            newerFiles[identifier - 1] = "new";
+    }
+    const auto dataFile = archive(files), newerDataFile = archive(newerFiles);
+    const char *name = "-[WQDataFileComparison buildSHA1DigestsByIDForDataFile:]";
+    const auto appendLines = [name](std::vector<std::string> &lines, std::size_t count,
+                                    const WQDataFileComparison &comparison) {
+        const auto *address = static_cast<const void *>(&comparison);
+        lines.push_back(ZPFormat("[%p]  > %s", address, name));
+        for (std::size_t done = 0; done < count; done += 1000)
+            lines.push_back(
+                ZPFormat("hashed %8zu / %8zu = %5.1f %%", done, count,
+                         100.0 * static_cast<double>(done) / static_cast<double>(count)));
+        lines.push_back(ZPFormat("hashed %8zu / %8zu = 100.0 %%", count, count));
+        lines.push_back(ZPFormat("[%p] <  %s", address, name));
+    };
     const tbb::global_control control(tbb::global_control::max_allowed_parallelism, 7);
-    std::string digestsOfOneThread;
     for (const int threads : {1, 2, 7}) {
         SCOPED_TRACE(threads);
         tbb::task_arena arena(threads);
-        WQDataFileComparison comparison(dataFile.get(), nullptr);
+        WQDataFileComparison comparison(dataFile.get(), newerDataFile.get());
         testing::internal::CaptureStderr();
         arena.execute([&comparison] { comparison.buildComparison(); });
         const std::string log = testing::internal::GetCapturedStderr();
-        const char *name = "-[WQDataFileComparison buildSHA1DigestsByIDForDataFile:]";
-        const std::vector<std::string> lines = {
-            ZPFormat("[%p]  > %s", static_cast<void *>(&comparison), name),
-            "hashed        0 /     3500 =   0.0 %",
-            "hashed     1000 /     3500 =  28.6 %",
-            "hashed     2000 /     3500 =  57.1 %",
-            "hashed     3000 /     3500 =  85.7 %",
-            "hashed     3500 /     3500 = 100.0 %",
-            ZPFormat("[%p] <  %s", static_cast<void *>(&comparison), name),
-        };
+        std::vector<std::string> lines;
+        appendLines(lines, files.size(), comparison);
+        appendLines(lines, newerFiles.size(), comparison);
         EXPECT_EQ(messages(log), lines);
-
-        EXPECT_EQ(comparison.digests1()->size(), 3430);
-        EXPECT_TRUE(comparison.saveFile1DigestsToURL(_folder / "digests"));
-        const std::string digests = textOfFile(_folder / "digests");
-        if (threads == 1)
-            digestsOfOneThread = digests;
-        EXPECT_EQ(digests, digestsOfOneThread);
+        expectDigestsOf(files, comparison.digests1());
+        expectDigestsOf(newerFiles, comparison.digests2());
     }
 }
 
