@@ -20,6 +20,15 @@ Entries copyOf(const std::vector<ZPGorvaneFileEntry> &source) {
     return entries;
 }
 
+/// An empty error stands for a header that was refused.
+std::string openingFaultOf(const ZPError &error) {
+    if (error.domain.empty())
+        return "it is no archive of this kind";
+    if (error.domain == kZPPOSIXErrorDomain && error.code == EAGAIN)
+        return "another program holds it";
+    return error.failureReason();
+}
+
 bool isAscending(const Entries &entries) {
     return std::ranges::adjacent_find(entries, std::ranges::greater_equal{},
                                       &ZPGorvaneFileEntry::identifier) == entries.end();
@@ -32,9 +41,11 @@ ZPGorvaneDataFile::ZPGorvaneDataFile(const ZPGorvaneArchiveFamily &family,
     : _family(family), _path(path) {
     ZPError error;
     _blockStorage = family.blockStorageAtPath(path, &error);
-    if (_blockStorage == nullptr)
-        ZPLog("error: %s %s", error.domain.empty() ? "(null)" : error.description().c_str(),
-              path.c_str());
+    if (_blockStorage != nullptr)
+        return;
+    _openingFault = openingFaultOf(error);
+    ZPLog("error: %s %s (%s)", error.domain.empty() ? "(null)" : error.description().c_str(),
+          path.c_str(), _openingFault.c_str());
 }
 
 ZPGorvaneDataFile::ZPGorvaneDataFile(const ZPGorvaneArchiveFamily &family,

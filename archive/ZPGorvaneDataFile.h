@@ -53,6 +53,8 @@ class ZPGorvaneDataFile {
 
     const ZPGorvaneArchiveFamily &family() const { return _family; }
     const std::filesystem::path &path() const { return _path; }
+    /// Why the archive could not be opened, in words; empty when it could.
+    const std::string &openingFault() const { return _openingFault; }
     /// Null when the archive could not be opened.
     const ZPGorvaneBlockStorage *blockStorage() const { return _blockStorage.get(); }
     ZPGorvaneClientData *clientData() const { return _clientData; }
@@ -92,6 +94,7 @@ class ZPGorvaneDataFile {
 
     const ZPGorvaneArchiveFamily &_family;
     std::filesystem::path _path;
+    std::string _openingFault;
     std::unique_ptr<ZPGorvaneBlockStorage> _blockStorage;
     ZPGorvaneClientData *_clientData = nullptr;
     std::unique_ptr<ZPGorvaneDirectory> _rootDirectory;

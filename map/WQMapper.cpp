@@ -5,11 +5,32 @@
 #include "map/land/WQLandGridBuilder.h"
 #include "map/png/WQPNGFile.h"
 
+#include <limits>
+
 namespace {
 
 /// The grid of land blocks that shares are reckoned by has 256 columns and rows, one more than the
 /// world has.
 constexpr double kTotalBlocks = 65536;
+
+/// Empty when the archive has files.
+std::string reasonForNoFiles(const WQDataFile &dataFile) {
+    const char *path = dataFile.path().c_str();
+    if (!dataFile.openingFault().empty())
+        return ZPFormat("%s cannot be opened: %s", path, dataFile.openingFault().c_str());
+    return dataFile.fileCount() == 0 ? ZPFormat("no files are found in %s", path) : std::string();
+}
+
+/// Empty when there is land to see.
+std::string reasonForNoLand(const WQDataFile &cellDataFile, const WQLandCounts &counts) {
+    const char *path = cellDataFile.path().c_str();
+    if (counts.drawnBlocks != 0 || cellDataFile.fileCount() == 0)
+        return reasonForNoFiles(cellDataFile);
+    return counts.landBlocks == 0 ? ZPFormat("none of the files in %s is a land block (%zu)", path,
+                                             cellDataFile.fileCount())
+                                  : ZPFormat("none of the land blocks in %s can be read (%u)", path,
+                                             counts.landBlocks);
+}
 
 bool saveImage(const WQImage *image, const std::filesystem::path &path, const char *kind,
                ZPError *error) {
@@ -65,26 +86,37 @@ bool WQMapper::setupLandBlockData(bool comparesWithOldData) {
         ZPLog("Error: there is no region record (13000000); the land is taken to be flat.");
 
     _comparison.reset();
-    if (comparesWithOldData && _oldClientData != nullptr) {
-        _comparison = std::make_unique<WQDataFileComparison>(_oldClientData->cellDataFile(),
-                                                             _clientData.cellDataFile());
-        const ZPStage stage("compare");
-        _comparison->buildComparison();
-    }
-
-    const ZPStage stage("read blocks");
+    _shortcomings.clear();
     WQDataFile &cellDataFile = *_clientData.cellDataFile();
     cellDataFile.loadFileEntriesIfNecessary();
+    if (comparesWithOldData && _oldClientData != nullptr)
+        compareWithOldData();
+
+    const ZPStage stage("read blocks");
     const WQLandCounts counts = WQFillLandGrid(*_landGrid, cellDataFile, _comparison.get());
     // Unmapping an archive of full size takes as long as shading the land, and can go beside it.
-    _memoryRelease =
-        std::async(std::launch::async, [file = &cellDataFile] { file->didReadAllFiles(); });
+    // Where no thread can be had it is left.
+    _memoryRelease = std::async([file = &cellDataFile] { file->didReadAllFiles(); });
     ZPLog("land block count: %u (%.1f %%), object block count: %u (%.1f %% of total area, %.1f %% "
           "of used land)",
           counts.landBlocks, counts.landBlocks * 100.0 / kTotalBlocks, counts.objectBlocks,
           counts.objectBlocks * 100.0 / kTotalBlocks,
-          counts.objectBlocks * 100.0 / counts.landBlocks);
+          counts.landBlocks != 0 ? counts.objectBlocks * 100.0 / counts.landBlocks
+                                 : std::numeric_limits<double>::quiet_NaN());
+    if (const std::string reason = reasonForNoLand(cellDataFile, counts); !reason.empty())
+        _shortcomings.push_back("The picture shows no land: " + reason);
     return true;
+}
+
+void WQMapper::compareWithOldData() {
+    const ZPStage stage("compare");
+    WQDataFile &oldCellDataFile = *_oldClientData->cellDataFile();
+    oldCellDataFile.loadFileEntriesIfNecessary();
+    if (const std::string reason = reasonForNoFiles(oldCellDataFile); !reason.empty())
+        _shortcomings.push_back("All land counts as added: " + reason);
+    _comparison =
+        std::make_unique<WQDataFileComparison>(&oldCellDataFile, _clientData.cellDataFile());
+    _comparison->buildComparison();
 }
 
 // -- pictures

@@ -70,9 +70,12 @@ class WQMapper {
     void falseColorWater() { WQLandColorTable::shared().falseColorWater(); }
     void dumpColors() const { WQLandColorTable::shared().dumpColors(); }
 
-    /// Compares with the old client data, if any, and reads the land; false when there is no memory
-    /// for it.
+    /// Compares with the old client data, if any, and reads the land, loading indexes if necessary;
+    /// false when there is no memory for it.
     bool setupLandBlockData();
+    /// What the land that was last set up lacks because of an archive, and which and why: a line
+    /// each, none as a rule.
+    const std::vector<std::string> &shortcomings() const { return _shortcomings; }
     void freeLandBlockData() { _landGrid.reset(); }
     /// Null unless the land is set up. Making a picture sets it up anew and uses it up.
     const WQLandGrid *landGrid() const { return _landGrid.get(); }
@@ -130,6 +133,7 @@ class WQMapper {
 
   private:
     bool setupLandBlockData(bool comparesWithOldData);
+    void compareWithOldData();
     void logImageSize(std::size_t bytesPerPixel) const;
     WQTerrainShader terrainShader(bool marksChanges) const;
     WQShadedLand shadeLand();
@@ -144,6 +148,7 @@ class WQMapper {
     double _fudgeFactor = 255.0;
     std::unique_ptr<WQDataFileComparison> _comparison;
     std::unique_ptr<WQLandGrid> _landGrid;
+    std::vector<std::string> _shortcomings;
     WQMapViewport _viewport;
     std::future<void> _memoryRelease;
     /// Finding fonts takes a while, so what was found is kept from one drawing to the next.

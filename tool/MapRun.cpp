@@ -67,25 +67,30 @@ void MapRun::drawAsAsked(const Options &options) {
     _clientData = loadClientData(options.inputPath);
     _mapper = std::make_unique<WQMapper>(*_clientData);
     configure(*_mapper, options);
-    if (options.heightMap)
-        saveHeightMap(options);
-    else
-        saveMap(options);
+    const bool isSaved = options.heightMap ? saveHeightMap(options) : saveMap(options);
     if (options.changesPath && _oldClientData != nullptr)
         saveChanges(options);
+    // At the very end, where it cannot be overlooked: the run looks like a success otherwise.
+    if (isSaved)
+        for (const std::string &shortcoming : _mapper->shortcomings())
+            ZPLog("%s", shortcoming.c_str());
 }
 
-void MapRun::saveHeightMap(const Options &options) {
+bool MapRun::saveHeightMap(const Options &options) {
     ZPError error;
-    if (!_mapper->saveHeightMapToURL(options.outputPath, &error))
+    const bool isSaved = _mapper->saveHeightMapToURL(options.outputPath, &error);
+    if (!isSaved)
         logFailure("saving height map", error);
+    return isSaved;
 }
 
-void MapRun::saveMap(const Options &options) {
+bool MapRun::saveMap(const Options &options) {
     ZPError error;
     _mapper->setOldClientData(_oldClientData.get());
-    if (!_mapper->saveMapToURL(options.outputPath, &error))
+    const bool isSaved = _mapper->saveMapToURL(options.outputPath, &error);
+    if (!isSaved)
         logFailure("saving map", error);
+    return isSaved;
 }
 
 void MapRun::saveChanges(const Options &options) {

@@ -15,8 +15,8 @@ class MapRun {
 
   private:
     void drawAsAsked(const Options &options);
-    void saveHeightMap(const Options &options);
-    void saveMap(const Options &options);
+    bool saveHeightMap(const Options &options);
+    bool saveMap(const Options &options);
     void saveChanges(const Options &options);
 
     std::unique_ptr<WQClientData> _oldClientData;

@@ -90,6 +90,7 @@ void Strip::fillBlock(const ZPGorvaneFileEntry &entry, const WQLandBlock &block,
         ZPLog("Land block %08x is left out: it lies outside the world", entry.identifier);
         return;
     }
+    ++counts.drawnBlocks;
     const std::uint8_t flags = flagsOfBlock(number, block, comparison);
     const bool isLastOfStrip = column % kBlocksPerStrip == kBlocksPerStrip - 1;
     for (unsigned j = 0; j < kPointsPerBlock; ++j) {
@@ -128,6 +129,7 @@ WQLandCounts WQFillLandGrid(WQLandGrid &grid, const WQDataFile &cellDataFile,
         strips[number].fillEastEdge(number, grid);
         counts.landBlocks += strips[number].counts.landBlocks;
         counts.objectBlocks += strips[number].counts.objectBlocks;
+        counts.drawnBlocks += strips[number].counts.drawnBlocks;
     }
     return counts;
 }

@@ -8,6 +8,8 @@
 struct WQLandCounts {
     std::uint32_t landBlocks = 0;
     std::uint32_t objectBlocks = 0;
+    /// The land blocks that could be read and lie in the world.
+    std::uint32_t drawnBlocks = 0;
 };
 
 /// Reads every land block of the cell archive into the grid, on all processors. Points that two

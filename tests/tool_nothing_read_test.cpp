@@ -1,0 +1,48 @@
+// Runs that read no land: the picture is made all the same, and the last line says what was wrong.
+
+#include "tests/ProgramRun.h"
+#include "tests/TestSupport.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+
+namespace {
+
+std::size_t countColors(const DecodedPNG &picture) {
+    std::size_t count = 1;
+    for (std::size_t offset = picture.bytesPerPixel; offset < picture.bytes.size();
+         offset += picture.bytesPerPixel)
+        count += !std::equal(picture.pixel(0, 0), picture.pixel(0, 0) + picture.bytesPerPixel,
+                             &picture.bytes[offset]);
+    return count;
+}
+
+} // namespace
+
+TEST(NothingRead, IsTheLastThingThatIsSaid) {
+    const TemporaryFolder folder;
+    const std::string world = PLOTTERRA_SAMPLE_WORLD, missing = folder / "missing";
+    const std::string reason =
+        missing + "/client_cell_1.dat cannot be opened: No such file or directory";
+    const std::string noLand = "The picture shows no land: " + reason;
+    const std::string allAdded = "All land counts as added: " + reason;
+    const auto lastLine = [&](std::vector<std::string> words) {
+        words.insert(words.begin(), PLOTTERRA_PROGRAM);
+        words.push_back(folder / "map");
+        const ProgramRun result = runProgram(words);
+        EXPECT_EQ(result.status, 0);
+        EXPECT_EQ(result.log.find("-nan"), std::string::npos);
+        return result.logLines().back();
+    };
+    for (const auto &words : std::vector<std::vector<std::string>>{
+             {missing}, {"-h", missing}, {"--old", missing, missing}}) {
+        EXPECT_EQ(lastLine(words), noLand);
+        EXPECT_EQ(countColors(decodePNG(folder / "map.png")), 1u);
+    }
+    EXPECT_EQ(lastLine({"--old", missing, "--save-changes", folder / "list", world}), allAdded);
+    EXPECT_NE(lastLine({"-h", "--old", missing, world}), allAdded);
+
+    // Without a picture there is nothing to say of it.
+    const ProgramRun unsaved = runProgram({PLOTTERRA_PROGRAM, missing, folder / "no folder/map"});
+    EXPECT_TRUE(unsaved.logLines().back().starts_with("error saving map: "));
+}
