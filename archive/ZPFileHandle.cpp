@@ -1,5 +1,7 @@
 #include "archive/ZPFileHandle.h"
 
+#include "archive/ZPReadAhead.h"
+
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/file.h>
@@ -39,6 +41,10 @@ ZPFileHandle::~ZPFileHandle() {
     if (!_bytes.empty())
         munmap(const_cast<std::byte *>(_bytes.data()), _bytes.size());
     close(_descriptor);
+}
+
+void ZPFileHandle::readAhead() const {
+    ZPReadAhead(_descriptor, _bytes.size());
 }
 
 void ZPFileHandle::releasePages() const {

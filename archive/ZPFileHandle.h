@@ -21,6 +21,9 @@ class ZPFileHandle {
     /// The whole file as it was when it was opened; valid while the handle lives.
     std::span<const std::byte> bytes() const { return _bytes; }
 
+    /// See ZPReadAhead.
+    void readAhead() const;
+
     /// Gives back the memory that reading took; what is read later is mapped again.
     void releasePages() const;
 

@@ -20,11 +20,15 @@ Entries copyOf(const std::vector<ZPGorvaneFileEntry> &source) {
     return entries;
 }
 
+bool isLockedByAnother(const ZPError &error) {
+    return error.domain == kZPPOSIXErrorDomain && error.code == EAGAIN;
+}
+
 /// An empty error stands for a header that was refused.
 std::string openingFaultOf(const ZPError &error) {
     if (error.domain.empty())
         return "it is no archive of this kind";
-    if (error.domain == kZPPOSIXErrorDomain && error.code == EAGAIN)
+    if (isLockedByAnother(error))
         return "another program holds it";
     return error.failureReason();
 }
@@ -44,8 +48,8 @@ ZPGorvaneDataFile::ZPGorvaneDataFile(const ZPGorvaneArchiveFamily &family,
     if (_blockStorage != nullptr)
         return;
     _openingFault = openingFaultOf(error);
-    ZPLog("error: %s %s (%s)", error.domain.empty() ? "(null)" : error.description().c_str(),
-          path.c_str(), _openingFault.c_str());
+    ZPLog("error: %s %s%s", error.domain.empty() ? "(null)" : error.description().c_str(),
+          path.c_str(), isLockedByAnother(error) ? ": another program holds the archive" : "");
 }
 
 ZPGorvaneDataFile::ZPGorvaneDataFile(const ZPGorvaneArchiveFamily &family,
@@ -81,6 +85,8 @@ void ZPGorvaneDataFile::loadFileEntriesIfNecessary() {
     ZPTimer timer;
     timer.start();
     if (_blockStorage != nullptr) {
+        if (const ZPFileHandle *file = _blockStorage->fileHandle())
+            file->readAhead();
         try {
             _rootDirectory =
                 ZPGorvaneDirectory::initWithDataFile(*this, _blockStorage->rootOffset(), true);

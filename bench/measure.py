@@ -11,13 +11,15 @@ from pathlib import Path
 class Run:
     seconds: float
     peak_bytes: int = 0
+    major_faults: int = 0
     output_bytes: int = 0
     stages: dict = field(default_factory=dict)
     text: str = ""
 
 
 def run(command, folder, output=None, cpu=None):
-    """Runs a command to its end: whole-process wall time, peak resident memory, the stages that
+    """Runs a command to its end: whole-process wall time, peak resident memory, how often it
+    waited for a page to be read, the stages that
     it reports, what it prints, and the size of the file that it makes."""
     stages = folder / "stages"
     printed = folder / "printed"
@@ -40,6 +42,7 @@ def run(command, folder, output=None, cpu=None):
     return Run(
         seconds,
         usage.ru_maxrss * 1024,
+        usage.ru_majflt,
         Path(output).stat().st_size if output else 0,
         read_stages(stages),
         printed.read_text(),

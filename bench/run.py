@@ -6,6 +6,7 @@ import shutil
 from pathlib import Path
 
 import tables
+from cold import ColdRuns
 from measure import Case, OtherWork, measure_all, paired, run, time_ratio
 
 # Peers that take seconds are measured this often at most.
@@ -44,6 +45,19 @@ class Bench:
 
     def older(self, world):
         return ("--old", self.worlds / f"{world}-older")
+
+    def cold_runs(self):
+        """Of the archives that a run walks through; of the others it reads the version alone."""
+        names = ("client_cell_1.dat", "client_portal.dat")
+        return [
+            ColdRuns(name, [self.worlds / world / file for world in worlds for file in names],
+                     lambda options=options: self.plotterra("full-size", *options))
+            for name, worlds, options in (
+                ("full-size, scale 1", ["full-size"], ()),
+                ("full-size, scale 1, compared", ["full-size-older", "full-size"],
+                 self.older("full-size")),
+            )
+        ]
 
     # -- peers
 
@@ -172,6 +186,17 @@ def size_ratio(case, peer):
     return case.output_bytes / peer.output_bytes
 
 
+def cold_targets(cold_runs):
+    targets = []
+    for cold in cold_runs:
+        if cold.rounds:
+            targets += [
+                at_most(f"cold, {cold.name}: share of reading and a warm run", cold.ratio, 1.1),
+                at_most(f"cold, {cold.name}: major faults", cold.most_faults, 499, "{:.0f}"),
+            ]
+    return targets
+
+
 def measure(bench, rounds):
     """Measures everything and gives the rows of the table of targets."""
     hashed_bytes = bench.prepare()
@@ -229,13 +254,21 @@ def main():
     arguments = parser.parse_args()
 
     bench = Bench(arguments.build.resolve())
+    rounds = max(arguments.runs, 1)
     others = OtherWork()
-    targets = measure(bench, max(arguments.runs, 1))
+    targets = measure(bench, rounds)
+    cold_runs = bench.cold_runs()
+    for cold in cold_runs:
+        cold.measure(rounds)
+    targets += cold_targets(cold_runs)
     print(f"{os.cpu_count()} processors, of which others kept {others.processors():.2f} busy; "
           f"{arguments.runs} runs of each case.")
     tables.print_cases(bench.own)
+    tables.print_cold(cold_runs)
     tables.print_peers(bench.peers)
     tables.print_targets(targets)
+    for line in dict.fromkeys(line for cold in cold_runs for line in cold.left_out):
+        print(f"\n{line}")
     for program in bench.missing:
         print(f"\n{program} is not installed and left out; scripts/bench --peers installs it.")
     for picture in bench.out.glob("*.v"):

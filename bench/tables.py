@@ -1,5 +1,7 @@
 """Prints what was measured as tables in Markdown."""
 
+from statistics import median
+
 from measure import time_ratio
 
 
@@ -69,6 +71,23 @@ def print_peers(peers):
     ]
     head = ["peer", "time", "peak memory", "file", "against", "ratio of time", "ratio of size"]
     print_table("Peers on the same work, in the same run.", head, rows)
+
+
+def print_cold(cold_runs):
+    rows = []
+    for cold in cold_runs:
+        if not cold.rounds:
+            continue
+        reading = median(one.reading for one in cold.rounds)
+        warm = median(one.warm.seconds for one in cold.rounds)
+        first = median(one.cold.seconds for one in cold.rounds)
+        faults = (f"{count} at {amount} KB" for amount, count in cold.faults.items())
+        rows.append([cold.name, milliseconds(reading), milliseconds(warm), milliseconds(first),
+                     f"{cold.ratio:.2f}", ", ".join(faults)])
+    head = ["Plotterra", "reading in order", "warm run", "cold run", "share of both",
+            "major faults, by what the system reads ahead"]
+    if rows:
+        print_table("First runs, with nothing of the archives in the page cache.", head, rows)
 
 
 def print_targets(targets):

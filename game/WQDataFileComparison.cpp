@@ -3,10 +3,10 @@
 #include "game/WQKnownDungeons.h"
 #include "game/WQMapCoordinate.h"
 #include "io/ZPAtomicFile.h"
+#include "io/ZPBackgroundWork.h"
 #include "io/ZPSystemLog.h"
 
 #include <cstdio>
-#include <future>
 
 namespace {
 
@@ -48,8 +48,8 @@ void WQDataFileComparison::buildComparison() {
     std::future<void> release;
     if (hasher1) {
         _digests1 = buildDigests(*hasher1, hasher2 ? &*hasher2 : nullptr);
-        // Unmapping takes a while, and can go beside the rest. Without a thread it is left.
-        release = std::async([this] { _dataFile1->didReadAllFiles(); });
+        // Unmapping takes a while, and can go beside the rest.
+        release = ZPDoInBackground([this] { _dataFile1->didReadAllFiles(); });
     }
     if (hasher2)
         _digests2 = buildDigests(*hasher2, nullptr);

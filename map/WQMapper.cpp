@@ -1,5 +1,6 @@
 #include "map/WQMapper.h"
 
+#include "io/ZPBackgroundWork.h"
 #include "io/ZPStage.h"
 #include "io/ZPSystemLog.h"
 #include "map/land/WQLandGridBuilder.h"
@@ -95,8 +96,7 @@ bool WQMapper::setupLandBlockData(bool comparesWithOldData) {
     const ZPStage stage("read blocks");
     const WQLandCounts counts = WQFillLandGrid(*_landGrid, cellDataFile, _comparison.get());
     // Unmapping an archive of full size takes as long as shading the land, and can go beside it.
-    // Where no thread can be had it is left.
-    _memoryRelease = std::async([file = &cellDataFile] { file->didReadAllFiles(); });
+    _memoryRelease = ZPDoInBackground([file = &cellDataFile] { file->didReadAllFiles(); });
     ZPLog("land block count: %u (%.1f %%), object block count: %u (%.1f %% of total area, %.1f %% "
           "of used land)",
           counts.landBlocks, counts.landBlocks * 100.0 / kTotalBlocks, counts.objectBlocks,
