@@ -8,16 +8,20 @@ namespace {
 
 struct Folder {
     Folder() {
-        const bool hasMemory = std::filesystem::is_directory("/dev/shm");
-        std::string name = hasMemory ? "/dev/shm" : std::filesystem::temp_directory_path().string();
-        name += "/plotterra-fuzz-XXXXXX";
-        if (mkdtemp(name.data()) == nullptr)
-            throw std::runtime_error("no folder can be made: " + name);
-        path = name;
+        if (!makeIn("/dev/shm") && !makeIn(std::filesystem::temp_directory_path()))
+            throw std::runtime_error("no folder can be made for temporary files");
     }
     ~Folder() {
         std::error_code ignored;
         std::filesystem::remove_all(path, ignored);
+    }
+
+    bool makeIn(const std::filesystem::path &parent) {
+        std::string name = parent / "plotterra-fuzz-XXXXXX";
+        if (mkdtemp(name.data()) == nullptr)
+            return false;
+        path = name;
+        return true;
     }
 
     std::filesystem::path path;

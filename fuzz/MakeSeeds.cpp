@@ -79,6 +79,20 @@ void writeLoops(const std::filesystem::path &path) {
     file.writeToPath(path);
 }
 
+/// Land blocks that share one chain: `blockCount` blocks, the last of which leads back to one of
+/// them, or is the last.
+void writeSharedChain(const std::filesystem::path &path, std::uint32_t entryCount,
+                      std::uint32_t blockCount, bool loops) {
+    ArchiveBytes archive;
+    const std::uint32_t chain = archive.addChain(ZPData(blockCount * 252, std::byte{20}));
+    if (loops)
+        archive.poke(chain + (blockCount - 1) * ArchiveBytes::kBlockSize,
+                     chain + blockCount / 2 * std::uint32_t{ArchiveBytes::kBlockSize});
+    for (std::uint32_t block = 0; block < entryCount; ++block)
+        archive.addEntry(block << 16 | 0xFFFF, {chain, blockCount * 252 + loops, 0, 1});
+    archive.writeToPath(path);
+}
+
 /// One file, in an archive of one of the older header versions.
 void writeOlder(unsigned version, const std::filesystem::path &path) {
     BlockFileBytes file(12, 512);
@@ -101,6 +115,23 @@ void write(const std::filesystem::path &path, std::string_view text) {
     std::ofstream(path, std::ios::binary) << text;
 }
 
+ZPData bytesOfFile(const std::filesystem::path &path) {
+    std::ifstream file(path, std::ios::binary);
+    const std::string bytes((std::istreambuf_iterator<char>(file)), {});
+    const auto view = std::as_bytes(std::span(bytes));
+    return {view.begin(), view.end()};
+}
+
+/// The input of a whole run.
+void writeRun(const std::filesystem::path &path, unsigned options, unsigned scale,
+              std::string_view plot, const ZPData &old, const ZPData &archive) {
+    ZPData head = {static_cast<std::byte>(options), static_cast<std::byte>(scale)};
+    ZPAppendLittleInt16(head, static_cast<std::uint16_t>(plot.size()));
+    ZPAppendLittleInt16(head, static_cast<std::uint16_t>(old.size()));
+    const auto text = std::as_bytes(std::span(plot));
+    write(path, joined({head, ZPData(text.begin(), text.end()), old, archive}));
+}
+
 } // namespace
 
 int main(int argumentCount, char **arguments) {
@@ -109,7 +140,8 @@ int main(int argumentCount, char **arguments) {
         return 1;
     }
     const std::filesystem::path corpus = arguments[1];
-    for (const char *name : {"archive", "region_record", "plot_file", "data_cursor"})
+    for (const char *name :
+         {"archive", "region_record", "plot_file", "drawing", "data_cursor", "work", "run"})
         std::filesystem::create_directories(corpus / name);
 
     writeWorld(corpus / "archive/world");
@@ -125,6 +157,22 @@ int main(int argumentCount, char **arguments) {
           "bergang;x\n\n"
           "dot;.5S 5.E;\r\nfar;1e39N 1e-50E;far\nbad;12.3;\n;;\nnan;nanN infE;\n");
     write(corpus / "plot_file/coordinate", "+12.345SS , 045.60e and more");
+
+    write(corpus / "drawing/labels",
+          "a;0N 0E;Ωμέγα שלום नमस्ते\tтест\n;101.9N 101.9W;\x01\x02\xE2\x80\xAE\n"
+          ";1N 1E;" +
+              std::string(3000, 'W') + "\n;3e30N 1E;far\n;.1N .1E;\n");
+
+    writeSharedChain(corpus / "work/long_file", 500, 100, false);
+    writeSharedChain(corpus / "work/long_loop", 500, 100, true);
+
+    const ZPData world = bytesOfFile(corpus / "archive/world");
+    const std::string_view town = "town;24.2S 57.0E;Norwick\n";
+    writeRun(corpus / "run/plain", 0, 0, "", {}, world);
+    writeRun(corpus / "run/everything", 0xEF, 0, town, bytesOfFile(corpus / "archive/version_2"),
+             world);
+    writeRun(corpus / "run/height_map", 0x10, 3, "", {}, bytesOfFile(corpus / "archive/loops"));
+    writeRun(corpus / "run/unchanged", 0xC0, 1, "", world, world);
 
     // Each operation once, over strings of all kinds.
     write(corpus / "data_cursor/strings",
