@@ -41,7 +41,7 @@ bool saveImage(const WQImage *image, const std::filesystem::path &path, const ch
     if (image != nullptr)
         ZPLog("%s: %s", path.c_str(), cause.description().c_str());
     return ZPFail(error,
-                  {WQMapperErrorDomain,
+                  {kWQMapperErrorDomain,
                    1,
                    {{NSLocalizedFailureReasonErrorKey,
                      ZPFormat("Failed to generate %s (CGImageDestinationFinalize()).", kind)}}});

@@ -14,7 +14,7 @@
 #include <memory>
 #include <vector>
 
-inline constexpr char WQMapperErrorDomain[] = "WQMapperErrorDomain";
+inline constexpr char kWQMapperErrorDomain[] = "WQMapperErrorDomain";
 
 /// The map renderer: its settings, and the pictures and the report that it makes of a data set.
 ///
@@ -72,13 +72,13 @@ class WQMapper {
 
     /// Compares with the old client data, if any, and reads the land, loading indexes if necessary;
     /// false when there is no memory for it.
-    bool setupLandBlockData();
+    [[nodiscard]] bool setupLandBlockData();
     /// What the land that was last set up lacks because of an archive, and which and why: a line
     /// each, none as a rule.
     const std::vector<std::string> &shortcomings() const { return _shortcomings; }
     void freeLandBlockData() { _landGrid.reset(); }
     /// Null unless the land is set up. Making a picture sets it up anew and uses it up.
-    const WQLandGrid *landGrid() const { return _landGrid.get(); }
+    [[nodiscard]] const WQLandGrid *landGrid() const { return _landGrid.get(); }
     ZPVector3 calculateNormal(const WQLandGrid &landGrid, unsigned atX, unsigned y) const {
         return WQTerrainShader::calculateNormal(landGrid, atX, y);
     }
@@ -92,16 +92,18 @@ class WQMapper {
     }
 
     /// The coloured map; null when there is no memory for it.
-    std::unique_ptr<WQImage> newBaseMap();
+    [[nodiscard]] std::unique_ptr<WQImage> newBaseMap();
     /// The height indexes as grey levels, black where there is no data; null when there is no
     /// memory for it.
-    std::unique_ptr<WQImage> newHeightMap();
+    [[nodiscard]] std::unique_ptr<WQImage> newHeightMap();
     // Write a PNG file. Any failure is code 1 of "WQMapperErrorDomain", and leaves no file.
-    bool saveMapToURL(const std::filesystem::path &path, ZPError *error = nullptr);
-    bool saveHeightMapToURL(const std::filesystem::path &path, ZPError *error = nullptr);
+    [[nodiscard]] bool saveMapToURL(const std::filesystem::path &path, ZPError *error = nullptr);
+    [[nodiscard]] bool saveHeightMapToURL(const std::filesystem::path &path,
+                                          ZPError *error = nullptr);
     /// Writes which land blocks the last map found changed. Without a comparison it fails and
     /// leaves the error untouched.
-    bool saveChangesToURL(const std::filesystem::path &path, ZPError *error = nullptr) const;
+    [[nodiscard]] bool saveChangesToURL(const std::filesystem::path &path,
+                                        ZPError *error = nullptr) const;
 
     // The parts of what is laid over the map, for a drawing of this renderer's scale.
     void drawGridLinesInContext(WQDrawing &context) const;

@@ -106,6 +106,39 @@ TEST(PNGFile, LeavesNothingBehindWhereItCannotBeWritten) {
     EXPECT_EQ(std::distance(begin(entries), end(entries)), 1);
 }
 
+/// A band that is used again must not know what it made before: each case begins with what would
+/// tempt it to refer to that.
+TEST(PNGBand, MakesTheSameOfRowsWhateverCameBefore) {
+    std::vector<std::byte> noise(4 * 600), other(4 * 600);
+    for (std::size_t index = 0; index < noise.size(); ++index) {
+        noise[index] = static_cast<std::byte>(index * index * 31 >> 3);
+        other[index] = static_cast<std::byte>(index * 7 ^ 0x5A);
+    }
+    const WQRowSegment whole{noise, 2}, otherWhole{other, 2};
+    const WQRowSegment halves[] = {{std::span(noise).first(1200), 2},
+                                   {std::span(other).first(1200), 2}};
+    const WQRowRun once{{&whole, 1}, 1}, thrice{{&whole, 1}, 3}, different{{&otherWhole, 1}, 2};
+    const WQRowRun mixed{halves, 2};
+    for (const std::size_t bytesPerPixel : {1u, 4u})
+        for (const auto &[before, rows] : {std::pair{once, once},
+                                           {once, thrice},
+                                           {different, once},
+                                           {mixed, mixed},
+                                           {once, mixed},
+                                           {thrice, different}}) {
+            WQPNGBand used(bytesPerPixel), fresh(bytesPerPixel);
+            used.appendRows(before);
+            ASSERT_FALSE(used.finish().bytes.empty());
+            used.appendRows(rows);
+            fresh.appendRows(rows);
+            const WQPNGBand::Deflated again = used.finish(), expected = fresh.finish();
+            EXPECT_TRUE(again.bytes == expected.bytes);
+            EXPECT_EQ(again.checksum, expected.checksum);
+            EXPECT_EQ(again.length, expected.length);
+            EXPECT_EQ(again.length, rows.rowCount * (1 + 2 * noise.size()));
+        }
+}
+
 TEST(Adler32, CountsRepeatedPixelsAsIfTheyWereThere) {
     ZPData pixels(5000 * 4);
     for (std::size_t index = 0; index < pixels.size(); ++index)

@@ -38,8 +38,9 @@ class WQLandGrid {
     static constexpr unsigned kSize = kWQLandSize;
 
     /// Null when there is not enough memory.
-    static std::unique_ptr<WQLandGrid> allocate();
+    [[nodiscard]] static std::unique_ptr<WQLandGrid> allocate();
 
+    // Columns x and rows y are below kSize.
     WQLandPoint &at(unsigned x, unsigned y) { return _points.data()[y * std::size_t{kSize} + x]; }
     const WQLandPoint &at(unsigned x, unsigned y) const {
         return _points.data()[y * std::size_t{kSize} + x];
@@ -58,6 +59,7 @@ class WQLandGrid {
     /// Takes the 256 real heights, by height index. Each is truncated to an integer of which the
     /// low 16 bits count; what is no number or far out of range counts as 0.
     void setLandHeights(std::span<const float, 256> heights);
+    /// The real height of a point as it was taken.
     std::uint16_t height(const WQLandPoint &point) const { return _heights[point.heightIndex]; }
     /// Height in cells, for surface normals: a twelfth of the real height.
     float elevation(const WQLandPoint &point) const { return _elevations[point.heightIndex]; }

@@ -9,8 +9,8 @@ namespace {
 constexpr unsigned kRowsPerWorker = 64;
 constexpr unsigned kWorkers = (kWQLandSize + kRowsPerWorker - 1) / kRowsPerWorker;
 
-/// The rows on both sides of the line between two workers, each of which needs the other's row and
-/// may come late for it.
+/// The rows on both sides of the line between two workers. Each needs the other's row, which may
+/// already be overwritten by then.
 struct Border {
     WQLandRow south, north;
 };

@@ -10,4 +10,5 @@ struct WQShadedLand {
 
 /// Shades a whole grid on all processors. The pixels take the grid's memory, which would otherwise
 /// be needed twice.
-WQShadedLand WQShadeLand(std::unique_ptr<WQLandGrid> grid, const WQTerrainShader &shader);
+[[nodiscard]] WQShadedLand WQShadeLand(std::unique_ptr<WQLandGrid> grid,
+                                       const WQTerrainShader &shader);

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <span>
 
-/// The checksum of a zlib stream, over bytes that need not be there one by one.
+/// The checksum of a zlib stream (RFC 1950, 8.2), over bytes that need not be there one by one.
 class WQAdler32 {
   public:
     std::uint32_t value() const { return _b << 16 | _a; }

@@ -10,19 +10,22 @@ namespace {
 
 constexpr unsigned kEndOfBlock = 256;
 constexpr unsigned kLongestMatch = WQDeflateBlock::kLongestMatch;
-/// Four literals of this length and what is left of a byte fit into one 64-bit write.
+// The greatest code lengths. RFC 1951 allows 15 bits, and 7 for the code of the code lengths
+// (3.2.7); four literals of 12 and what is left of a byte fit into one 64-bit write.
 constexpr unsigned kLongestLiteralCode = 12;
 constexpr unsigned kLongestDistanceCode = 15;
 constexpr unsigned kLongestLengthCode = 7;
 
-/// Deflate's symbol for a match length or a distance, and the extra bits that complete it.
+/// The symbol for a match length or a distance, and the extra bits that complete it (RFC 1951,
+/// 3.2.5).
 struct Symbol {
     std::uint16_t number = 0;
     std::uint8_t extraLength = 0;
     std::uint16_t extra = 0;
 };
 
-/// Symbols 257 to 285 by match length: from length 11 on, four symbols to each power of two.
+/// Symbols 257 to 285 by match length (first table of RFC 1951, 3.2.5): from length 11 on, four
+/// symbols to each power of two, and one of its own for 258.
 constexpr std::array<Symbol, kLongestMatch + 1> kLengthSymbolTable = [] {
     std::array<Symbol, kLongestMatch + 1> table{};
     for (unsigned length = 3; length < kLongestMatch; ++length) {
@@ -37,7 +40,7 @@ constexpr std::array<Symbol, kLongestMatch + 1> kLengthSymbolTable = [] {
     return table;
 }();
 
-/// Symbols 0 to 29: two to each power of two.
+/// Symbols 0 to 29 (second table of RFC 1951, 3.2.5): two to each power of two.
 Symbol distanceSymbol(unsigned distance) {
     const unsigned value = distance - 1;
     const unsigned extraLength = value < 4 ? 0u : static_cast<unsigned>(std::bit_width(value)) - 2;
@@ -185,8 +188,9 @@ class WQDeflateBlock::Writer {
     Bits _pending;
 };
 
-/// The code lengths are themselves coded; the runs that deflate offers for them are not used, which
-/// costs some 100 bytes a band of 100,000.
+/// The header of RFC 1951, 3.2.7: the code lengths are themselves coded, and the lengths of those
+/// codes come in an order that puts the rarest last. The runs that deflate offers for them are not
+/// used, which costs some 100 bytes a band of 100,000.
 void WQDeflateBlock::Writer::writeHeader() {
     constexpr std::array<std::uint8_t, 19> kOrder = {16, 17, 18, 0, 8,  7, 9,  6, 10, 5,
                                                      11, 4,  12, 3, 13, 2, 14, 1, 15};

@@ -74,6 +74,7 @@ std::uint16_t reversedBits(unsigned bits, unsigned length) {
     return static_cast<std::uint16_t>(reversed);
 }
 
+/// Codes in order of length, and of symbol among equal lengths (RFC 1951, 3.2.2).
 void assignCodes(std::span<WQHuffmanCode> codes) {
     std::array<unsigned, kLongest + 2> next{};
     for (const WQHuffmanCode &code : codes)

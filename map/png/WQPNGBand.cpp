@@ -53,7 +53,7 @@ WQPNGBand::Deflated WQPNGBand::finish() {
     return deflated;
 }
 
-/// How much of a row is told in the same way as the same part of the last one.
+/// How many bytes of a row lie in segments that are equal to those of the last row.
 std::size_t WQPNGBand::bytesEqualToLastRow(std::span<const WQRowSegment> row) const {
     if (!std::ranges::equal(_lastRow, row, haveSameShape))
         return 0;

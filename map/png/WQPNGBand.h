@@ -20,7 +20,7 @@ class WQPNGBand {
         std::uint64_t length = 0;
     };
     /// Ends the band; rows that are appended next begin another one, in the same memory.
-    Deflated finish();
+    [[nodiscard]] Deflated finish();
 
   private:
     using Segments = std::vector<WQRowSegment>;

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <isa-l/crc.h>
 #include <tbb/enumerable_thread_specific.h>
 #include <tbb/parallel_pipeline.h>
@@ -15,9 +16,9 @@
 namespace {
 
 constexpr std::string_view kSignature = "\x89PNG\r\n\x1a\n";
-/// Deflate, 32 KiB window, fastest level.
+/// RFC 1950, 2.2: deflate, 32 KiB window, fastest level.
 constexpr std::string_view kZlibHeader = "\x78\x01";
-/// An empty last block in fixed codes.
+/// RFC 1951, 3.2.6: an empty last block in fixed codes.
 constexpr std::string_view kDeflateEnd("\x03\x00", 2);
 
 std::span<const std::byte> bytesOf(std::string_view text) {
@@ -72,6 +73,8 @@ EncodedBand encodeBand(const WQImage &image, std::size_t index, WQPNGBand &band)
 } // namespace
 
 bool WQWritePNG(const WQImage &image, const std::filesystem::path &path, ZPError *error) {
+    if (image.width() > WQImage::kGreatestWidth)
+        return ZPFail(error, ZPError::posix(EFBIG));
     const ZPStage stage("encode and write");
     ZPAtomicFile file(path);
     if (!file.open(error) || !file.write(bytesOf(kSignature), error) ||

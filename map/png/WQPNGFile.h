@@ -6,5 +6,7 @@
 #include <filesystem>
 
 /// Writes an image as a PNG file without ancillary chunks: colour type 6 or 0, 8 bits a sample. The
-/// file appears when it is whole. Uses all processors; the file is the same for any number of them.
-bool WQWritePNG(const WQImage &image, const std::filesystem::path &path, ZPError *error = nullptr);
+/// file appears when it is whole; where it cannot be written, there is none, with the cause in
+/// `error`. Uses all processors; the file is the same for any number of them.
+[[nodiscard]] bool WQWritePNG(const WQImage &image, const std::filesystem::path &path,
+                              ZPError *error = nullptr);

@@ -27,12 +27,12 @@ class PixelMatcher final : public WQRowMatcher {
 
     /// Where some pixels occurred last.
     struct Place {
-        /// In the history, counted on through its clearings.
+        /// In the history, counted on through its clearings; a band has fewer pixels than 2^32.
         std::uint32_t position = 0;
-        /// In the block.
+        /// In the block, in bytes.
         std::uint32_t offset = 0;
         /// Pixels from there to the end of the segment, and what each stands for; both must suit a
-        /// match.
+        /// match. Neither is more than the width of an image, which 16 bits hold.
         std::uint16_t pixelsLeft = 0;
         std::uint16_t columnsPerPixel = 0;
     };
@@ -96,7 +96,7 @@ class PixelMatcher final : public WQRowMatcher {
 
     /// Rows that matches may come from.
     std::vector<Pixel> _history;
-    /// How many pixels the history had when it was cleared; never 0, the place of nothing.
+    /// How many pixels the history had when it was cleared; never 0, which marks an empty place.
     std::size_t _clearedPixels = 1;
 };
 

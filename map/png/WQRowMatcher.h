@@ -12,7 +12,7 @@
 class WQRowMatcher {
   public:
     /// For pixels of 4 or of 1 byte.
-    static std::unique_ptr<WQRowMatcher> newMatcher(std::size_t bytesPerPixel);
+    [[nodiscard]] static std::unique_ptr<WQRowMatcher> newMatcher(std::size_t bytesPerPixel);
     virtual ~WQRowMatcher() = default;
 
     /// Forgets all rows: the next one begins another block.

@@ -3,6 +3,7 @@
 #include "io/ZPSystemLog.h"
 
 #include <algorithm>
+#include <mutex>
 
 WQMaskSurface::WQMaskSurface(WQMask bounds)
     : _bounds(std::move(bounds)),
@@ -15,8 +16,12 @@ std::shared_ptr<const WQMask> WQMaskSurface::finish() {
     cairo_surface_flush(_surface.get());
     if (const cairo_status_t status = cairo_status(_context.get());
         status != CAIRO_STATUS_SUCCESS) {
-        ZPLog("Error: a part of the map's overlay cannot be drawn: %s",
-              cairo_status_to_string(status));
+        // Where memory is short, this is not the only part.
+        static std::once_flag said;
+        std::call_once(said, [status] {
+            ZPLog("Error: parts of the map's overlay cannot be drawn: %s",
+                  cairo_status_to_string(status));
+        });
         return std::make_shared<const WQMask>();
     }
     auto mask = std::make_shared<WQMask>(_bounds);

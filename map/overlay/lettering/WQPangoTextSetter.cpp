@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <pango/pangocairo.h>
 #include <sys/mman.h>
+#include <system_error>
+#include <thread>
 
 namespace {
 
@@ -20,12 +22,27 @@ struct Free {
 template <class T>
 using Handle = std::unique_ptr<T, Free>;
 
-/// Whether there is memory to set a text with. GLib, on which Pango stands, ends the process when
-/// it gets none, so it has to be known before.
+// GLib, on which Pango stands, ends the process where it gets no memory or no thread, so both have
+// to be tried before.
+
 bool hasMemoryForText() {
     void *memory = mmap(nullptr, kMemoryForText, PROT_READ | PROT_WRITE,
                         MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
     return memory != MAP_FAILED && munmap(memory, kMemoryForText) == 0;
+}
+
+/// Pango looks for fonts in a thread of its own.
+bool canStartThread() {
+    try {
+        std::thread([] {}).join();
+        return true;
+    } catch (const std::system_error &) {
+        return false;
+    }
+}
+
+bool isASCII(const std::string &text) {
+    return std::ranges::none_of(text, [](char byte) { return (byte & 0x80) != 0; });
 }
 
 Handle<PangoFontDescription> descriptionOfFont(const WQFont &font) {
@@ -58,20 +75,28 @@ struct WQPangoTextSetter::Layout {
     }
 };
 
-WQPangoTextSetter::WQPangoTextSetter()
-    : _layout(hasMemoryForText() ? std::make_unique<Layout>() : nullptr) {
-    if (_layout == nullptr)
-        ZPLog("Error: not enough memory for fonts; the labels of the map are missing.");
+WQPangoTextSetter::WQPangoTextSetter() {
+    if (canStartThread() && hasMemoryForText())
+        _layout = std::make_unique<Layout>();
+    else
+        ZPLog("Error: no memory or no thread for fonts; the labels of the map are missing.");
 }
 
 WQPangoTextSetter::~WQPangoTextSetter() = default;
+
+/// Whether a text can be set without risk. To try for a thread takes as long as to set a short
+/// label, so that is done only where fonts may have to be looked for.
+bool WQPangoTextSetter::canSet(const std::string &text, const WQFont &font) {
+    const bool isKnown = !_knownFonts.emplace(font.families, font.sizeInPixels, font.isBold).second;
+    return ((isKnown && isASCII(text)) || canStartThread()) && hasMemoryForText();
+}
 
 WQTextMask WQPangoTextSetter::set(const std::string &text, const WQFont &font) {
     WQTextMask result;
     if (_layout == nullptr)
         return result;
-    if (!hasMemoryForText()) {
-        ZPLog("Error: not enough memory to set text; labels of the map are missing.");
+    if (!canSet(text, font)) {
+        ZPLog("Error: no memory or no thread to set text; labels of the map are missing.");
         _layout.reset();
         return result;
     }
