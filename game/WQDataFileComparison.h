@@ -29,11 +29,14 @@ class WQDataFileComparison {
 
     // Each writes a text as a whole or not at all, and is false when that fails. The summaries go
     // to standard output when there is no path.
-    bool saveFile1DigestsToURL(const std::filesystem::path &path, ZPError *error = nullptr) const;
-    bool saveFile2DigestsToURL(const std::filesystem::path &path, ZPError *error = nullptr) const;
-    bool saveSummaryToURL(const std::filesystem::path *path, ZPError *error = nullptr) const;
-    bool saveLandBlockSummaryToURL(const std::filesystem::path *path,
-                                   ZPError *error = nullptr) const;
+    [[nodiscard]] bool saveFile1DigestsToURL(const std::filesystem::path &path,
+                                             ZPError *error = nullptr) const;
+    [[nodiscard]] bool saveFile2DigestsToURL(const std::filesystem::path &path,
+                                             ZPError *error = nullptr) const;
+    [[nodiscard]] bool saveSummaryToURL(const std::filesystem::path *path,
+                                        ZPError *error = nullptr) const;
+    [[nodiscard]] bool saveLandBlockSummaryToURL(const std::filesystem::path *path,
+                                                 ZPError *error = nullptr) const;
     /// Adds a line for each block: number, map coordinate, and the name of a known dungeon.
     static void _appendLandBlocks(std::span<const std::uint32_t> landBlocks, std::string &toString);
 

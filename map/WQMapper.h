@@ -134,7 +134,7 @@ class WQMapper {
     std::span<const WQPixel> bitmapContext() const { return _viewport.bitmap(); }
 
   private:
-    bool setupLandBlockData(bool comparesWithOldData);
+    [[nodiscard]] bool setupLandBlockData(bool comparesWithOldData);
     void compareWithOldData();
     void logImageSize(std::size_t bytesPerPixel) const;
     WQTerrainShader terrainShader(bool marksChanges) const;
