@@ -43,6 +43,15 @@ class Bench:
         self.own.append(case)
         return case
 
+    def add_page(self, world):
+        """The page of a world."""
+        output = self.out / "world.html"
+        command = [self.build / "plotterra-web", self.worlds / world, output]
+        case = Case(f"{world}, page", lambda: run(command, self.out, output))
+        self.cases.append(case)
+        self.own.append(case)
+        return case
+
     def older(self, world):
         return ("--old", self.worlds / f"{world}-older")
 
@@ -219,6 +228,7 @@ def measure(bench, rounds):
     sha1 = bench.add_sha1(compared, hashed_bytes)
     libpng_large = bench.add_libpng(large, 8, SLOW)
     bench.add_libvips(large, 8, SLOW)
+    page, full_page = bench.add_page("sample"), bench.add_page("full-size")
     measure_all(bench.cases, rounds)
     peak, step = peak_memory(bench)
 
@@ -240,6 +250,10 @@ def measure(bench, rounds):
         at_most("peak memory, scale 8 more than scale 1", step / 1e6, 24, "{:.1f} MB"),
         at_most("file at scale 1: share of libpng's", size_ratio(sample, libpng), 1.05),
         at_most("file at scale 8: share of libpng's", size_ratio(large, libpng_large), 1.20),
+        at_most("page, sample: time", page.seconds, 0.15, "{:.3f} s"),
+        at_most("page, full-size: time", full_page.seconds, 0.25, "{:.3f} s"),
+        at_most("page, sample: peak memory", page.peak_bytes / 1e6, 120, "{:.1f} MB"),
+        at_most("page, sample: file", page.output_bytes / 1e6, 5, "{:.2f} MB"),
         at_least("second core: shading", speed_up(one_core, sample, "shade"), 1.7),
         at_least("second core: encoding, scale 1", speed_up(one_core, sample, ENCODING), 1.7),
         at_least("second core: encoding, scale 8", speed_up(large_one_core, large, ENCODING), 1.7),

@@ -32,6 +32,7 @@ class Page {
         this.marks = new Marks(world.title);
         this.flat = new FlatMap(find('map'), painter, this.settings);
         this.flat.showWholeWorld();
+        painter.onbusy = isBusy => find('stage').setAttribute('aria-busy', String(isBusy));
         this.build();
         this.restore();
         this.flat.show();

@@ -48,6 +48,7 @@ export class Measure {
     activate(isActive) {
         this.isActive = isActive;
         this.flat.container.classList.toggle('measuring', isActive);
+        this.flat.map.doubleClickZoom[isActive ? 'disable' : 'enable']();
         if (isActive)
             this.line.addTo(this.flat.map);
         else

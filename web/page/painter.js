@@ -32,6 +32,8 @@ export class Painter {
         this.url = URL.createObjectURL(new Blob([source], {type: 'text/javascript'}));
         this.description = {action: 'describe', heights: description.heights, colors: description.colors};
         this.idle = [];
+        this.pending = 0;
+        this.onbusy = () => {};
         this.waiting = [];
     }
 
@@ -63,10 +65,18 @@ export class Painter {
      * said no before its turn came.
      */
     draw(view, area, isWanted = () => true) {
+        this.count(1);
         return new Promise((resolve, reject) => {
             this.waiting.push({view, area, isWanted, resolve, reject});
             this.work();
-        });
+        }).finally(() => this.count(-1));
+    }
+
+    /** Tells whoever wants to know when drawing begins and when all is drawn. */
+    count(step) {
+        this.pending += step;
+        if (this.pending === 0 || this.pending === step)
+            this.onbusy(this.pending > 0);
     }
 
     async work() {
