@@ -1,5 +1,6 @@
 #pragma once
 
+#include "archive/ZPFileMapping.h"
 #include "io/ZPError.h"
 
 #include <cstddef>
@@ -12,14 +13,22 @@ class ZPFileHandle {
   public:
     /// Null, with an error of the POSIX domain, when the file cannot be opened or mapped, or when
     /// another process holds it exclusively: that fails at once and does not wait.
-    static std::unique_ptr<ZPFileHandle> fileHandleAtPath(const std::filesystem::path &path,
-                                                          ZPError *error = nullptr);
+    [[nodiscard]] static std::unique_ptr<ZPFileHandle>
+    fileHandleAtPath(const std::filesystem::path &path, ZPError *error = nullptr);
     ~ZPFileHandle();
     ZPFileHandle(const ZPFileHandle &) = delete;
     ZPFileHandle &operator=(const ZPFileHandle &) = delete;
 
-    /// The whole file as it was when it was opened; valid while the handle lives.
-    std::span<const std::byte> bytes() const { return _bytes; }
+    /// The whole file as it was when it was opened, less what it was found to have lost since; what
+    /// was given out stays valid while the handle lives, lost bytes being zeros.
+    std::span<const std::byte> bytes() const {
+        return _mapping != nullptr ? _mapping->bytes() : std::span<const std::byte>();
+    }
+    /// In bytes, as it was when the file was opened.
+    std::size_t openedSize() const { return _mapping != nullptr ? _mapping->mappedSize() : 0; }
+
+    /// Looks whether the file was lost in part since it was opened, and gives the number of bytes.
+    [[nodiscard]] std::size_t findLostSize() const;
 
     /// See ZPReadAhead.
     void readAhead() const;
@@ -28,9 +37,8 @@ class ZPFileHandle {
     void releasePages() const;
 
   private:
-    ZPFileHandle(int descriptor, std::span<const std::byte> bytes)
-        : _descriptor(descriptor), _bytes(bytes) {}
+    explicit ZPFileHandle(int descriptor) : _descriptor(descriptor) {}
 
     int _descriptor;
-    std::span<const std::byte> _bytes;
+    std::unique_ptr<ZPFileMapping> _mapping; ///< null for an empty file
 };

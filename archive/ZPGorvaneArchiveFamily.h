@@ -13,6 +13,10 @@ struct ZPGorvaneArchiveFamily {
     static constexpr std::size_t kEntriesPerNode = 62;
     static constexpr std::size_t kNodeHeaderSize = 252;
 
+    /// The names that descriptions of its nodes and entries begin with.
+    const char *directoryClassName;
+    const char *fileEntryClassName;
+    /// As the storage's own initialisers.
     std::unique_ptr<ZPGorvaneBlockStorage> (*blockStorageAtPath)(const std::filesystem::path &path,
                                                                  ZPError *error);
     /// Size in bytes of one entry record.

@@ -1,13 +1,14 @@
 #pragma once
 
 #include "archive/ZPFileHandle.h"
+#include "archive/ZPGorvaneChainMemory.h"
 #include "io/ZPDataCursor.h"
 
 #include <algorithm>
 #include <array>
 #include <optional>
 
-inline constexpr char ZPGorvaneStorageErrorDomain[] = "ZPGorvaneStorageErrorDomain";
+inline constexpr char kZPGorvaneStorageErrorDomain[] = "ZPGorvaneStorageErrorDomain";
 
 enum ZPGorvaneStorageErrorCode : int {
     ZPGorvaneStorageErrorGeneral = 0,
@@ -20,15 +21,15 @@ enum ZPGorvaneStorageErrorCode : int {
 };
 
 // Keys of the user info, each with a number but for the exception's text.
-inline constexpr char ZPGorvaneStorageErrorKey_FirstBlockOffset[] =
+inline constexpr char kZPGorvaneStorageErrorKey_FirstBlockOffset[] =
     "ZPGorvaneStorageErrorKey_FirstBlockOffset";
-inline constexpr char ZPGorvaneStorageErrorKey_BlockOffset[] =
+inline constexpr char kZPGorvaneStorageErrorKey_BlockOffset[] =
     "ZPGorvaneStorageErrorKey_BlockOffset";
-inline constexpr char ZPGorvaneStorageErrorKey_FirstValidBlockOffset[] =
+inline constexpr char kZPGorvaneStorageErrorKey_FirstValidBlockOffset[] =
     "ZPGorvaneStorageErrorKey_FirstValidBlockOffset";
-inline constexpr char ZPGorvaneStorageErrorKey_LastValidBlockOffset[] =
+inline constexpr char kZPGorvaneStorageErrorKey_LastValidBlockOffset[] =
     "ZPGorvaneStorageErrorKey_LastValidBlockOffset";
-inline constexpr char ZPGorvaneStorageErrorKey_Exception[] = "ZPGorvaneStorageErrorKey_Exception";
+inline constexpr char kZPGorvaneStorageErrorKey_Exception[] = "ZPGorvaneStorageErrorKey_Exception";
 
 /// A block file, read only: a header, then blocks of equal size, each of which begins with a link
 /// to the next block of its chain. A stored file is the payload of one chain.
@@ -37,41 +38,48 @@ inline constexpr char ZPGorvaneStorageErrorKey_Exception[] = "ZPGorvaneStorageEr
 ///     free block:     0x80000000 | next free block's offset    | not interpreted
 ///
 /// Chains may be read from several threads at once: the file is mapped, so reading moves no
-/// position and needs no lock. Only `close` and the setters must not run beside a read.
+/// position and needs no lock. Only `close` and the setters must not run beside a read. Where the
+/// file changes meanwhile, each read gives what was there at some moment, or fails; what a file has
+/// lost since it was opened counts as not there.
 class ZPGorvaneBlockStorage {
   public:
-    static std::unique_ptr<ZPFileHandle> _fileHandleAtPath(const std::filesystem::path &path,
-                                                           ZPError *error = nullptr) {
+    /// Whether a read that an exception ended logs it.
+    enum class Logging { exceptions, nothing };
+
+    [[nodiscard]] static std::unique_ptr<ZPFileHandle>
+    _fileHandleAtPath(const std::filesystem::path &path, ZPError *error = nullptr) {
         return ZPFileHandle::fileHandleAtPath(path, error);
     }
 
-    // Null when the file cannot be opened (the error says why) or its header is refused (logged, no
-    // error value). Which header version an archive has is a matter of its family, not detected.
-    static std::unique_ptr<ZPGorvaneBlockStorage>
+    // Each owns its file. Null when the file cannot be opened (the error says why) or its header is
+    // refused (logged, no error value). Which header version an archive has is a matter of its
+    // family, not detected.
+    [[nodiscard]] static std::unique_ptr<ZPGorvaneBlockStorage>
     initV1StorageWithFileAtPath(const std::filesystem::path &path, ZPError *error = nullptr);
-    static std::unique_ptr<ZPGorvaneBlockStorage>
+    [[nodiscard]] static std::unique_ptr<ZPGorvaneBlockStorage>
     initV2StorageWithFileAtPath(const std::filesystem::path &path, ZPError *error = nullptr);
-    static std::unique_ptr<ZPGorvaneBlockStorage>
+    [[nodiscard]] static std::unique_ptr<ZPGorvaneBlockStorage>
     initV3StorageWithFileAtPath(const std::filesystem::path &path, ZPError *error = nullptr);
-    static std::unique_ptr<ZPGorvaneBlockStorage>
+    [[nodiscard]] static std::unique_ptr<ZPGorvaneBlockStorage>
     initV1StorageWithFileHandle(std::unique_ptr<ZPFileHandle> fileHandle);
-    static std::unique_ptr<ZPGorvaneBlockStorage>
+    [[nodiscard]] static std::unique_ptr<ZPGorvaneBlockStorage>
     initV2StorageWithFileHandle(std::unique_ptr<ZPFileHandle> fileHandle);
-    static std::unique_ptr<ZPGorvaneBlockStorage>
+    [[nodiscard]] static std::unique_ptr<ZPGorvaneBlockStorage>
     initV3StorageWithFileHandle(std::unique_ptr<ZPFileHandle> fileHandle);
 
     /// The first `expectedLength` bytes of the chain that starts at `offset`. The chain must be
-    /// sound beyond them too, as far as it is looked at there (some 1000 blocks); none, with an
-    /// error, where it is not or falls short.
-    std::optional<ZPData> readDataFromBlocksAtOffset(std::uint32_t offset,
-                                                     std::uint32_t expectedLength,
-                                                     ZPError *error = nullptr) const;
+    /// sound beyond them too; none, with an error, where it is not or falls short. A copy that does
+    /// not fit into memory is an error of the POSIX domain.
+    [[nodiscard]] std::optional<ZPData> readDataFromBlocksAtOffset(std::uint32_t offset,
+                                                                   std::uint32_t expectedLength,
+                                                                   ZPError *error = nullptr) const;
 
     /// The same without a copy where one block holds all the bytes; else they are gathered in
     /// `scratch`. Valid until the storage is closed or `scratch` changes.
-    std::optional<std::span<const std::byte>>
+    [[nodiscard]] std::optional<std::span<const std::byte>>
     readBytesFromBlocksAtOffset(std::uint32_t offset, std::uint32_t expectedLength, ZPData &scratch,
-                                ZPError *error = nullptr) const;
+                                ZPError *error = nullptr,
+                                Logging logging = Logging::exceptions) const;
 
     /// Starts loading the first blocks of a chain of `length` bytes into the processor's cache. An
     /// archive grown over years has its files all over the place, and who reads many of them waits
@@ -89,17 +97,17 @@ class ZPGorvaneBlockStorage {
     }
 
     /// `checkHeader` and, only if that passes, `checkFreeBlockChain`.
-    bool check() const;
+    [[nodiscard]] bool check() const;
     // What is wrong is logged.
-    bool checkHeader() const;
-    bool checkFreeBlockChain() const;
+    [[nodiscard]] bool checkHeader() const;
+    [[nodiscard]] bool checkFreeBlockChain() const;
     /// Scans every block and logs how many are free, and which of those no free block links to.
     void searchForFirstFreeBlock() const;
     void logHeaderInfo() const;
     void fubar() const { logHeaderInfo(); }
     std::string description() const;
 
-    /// Releases the file; every later read fails.
+    /// Releases the file and its lock; every later read fails.
     void close() { _fileHandle.reset(); }
 
     std::uint32_t version() const { return _version; }
@@ -121,30 +129,30 @@ class ZPGorvaneBlockStorage {
     void setFreeBlockCount(std::uint32_t count) { _freeBlockCount = count; }
     std::uint32_t rootOffset() const { return _rootOffset; }
     void setRootOffset(std::uint32_t offset) { _rootOffset = offset; }
+    /// Null once the file is closed.
     const ZPFileHandle *fileHandle() const { return _fileHandle.get(); }
     void setFileHandle(std::unique_ptr<ZPFileHandle> fileHandle) {
         _fileHandle = std::move(fileHandle);
+        _chainMemory.forget();
     }
 
   private:
+    class Chain;
+
     /// Set in the link of a free block.
     static constexpr std::uint32_t kFreeBit = 0x80000000;
 
     explicit ZPGorvaneBlockStorage(std::unique_ptr<ZPFileHandle> fileHandle)
         : _fileHandle(std::move(fileHandle)) {}
-    static std::unique_ptr<ZPGorvaneBlockStorage>
+    [[nodiscard]] static std::unique_ptr<ZPGorvaneBlockStorage>
     initWithFileHandle(std::unique_ptr<ZPFileHandle> fileHandle, std::uint32_t version);
-    bool readHeader(std::uint32_t version);
+    [[nodiscard]] bool readHeader(std::uint32_t version);
 
     std::span<const std::byte> fileBytes() const {
         return _fileHandle != nullptr ? _fileHandle->bytes() : std::span<const std::byte>();
     }
-    std::uint32_t linkAtOffset(std::uint64_t offset) const;
-    std::span<const std::byte> payloadAtOffset(std::uint32_t offset) const;
-    std::optional<ZPError> faultOfBlockOffset(std::uint32_t offset, std::uint32_t first) const;
-    std::optional<std::uint64_t> lengthOfChain(std::uint32_t first, std::uint32_t expectedLength,
-                                               ZPError *error) const;
-    std::uint32_t firstRepeatedBlock(std::uint32_t first) const;
+    /// Throws ZPRangeException where the bytes end before.
+    static std::uint32_t linkAtOffset(std::span<const std::byte> bytes, std::uint64_t offset);
 
     std::unique_ptr<ZPFileHandle> _fileHandle;
     std::uint32_t _version = 0;
@@ -157,4 +165,5 @@ class ZPGorvaneBlockStorage {
     std::uint32_t _freeBlockCount = 0;
     std::uint32_t _rootOffset = 0;
     std::array<std::uint32_t, 7> _unknown2To8{};
+    mutable ZPGorvaneChainMemory _chainMemory;
 };

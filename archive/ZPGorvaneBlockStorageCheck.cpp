@@ -5,7 +5,6 @@
 #include "io/ZPSystemLog.h"
 
 #include <algorithm>
-#include <unordered_set>
 #include <vector>
 
 namespace {
@@ -41,10 +40,17 @@ bool ZPGorvaneBlockStorage::checkFreeBlockChain() const {
     ZPLog("firstBlock: %08x, lastBlock: %08x", _blockSize, lastValid);
 
     bool isSound = true;
-    std::unordered_set<std::uint32_t> visited;
+    const auto bytes = fileBytes();
+    std::vector<bool> isVisited(bytes.size() / _blockSize +
+                                1); // by block; what lies outside ends the walk
+    std::size_t visitedCount = 0;
+    const auto isRepeat = [&](std::uint32_t offset) {
+        const std::size_t number = offset / _blockSize;
+        return offset % _blockSize == 0 && number < isVisited.size() && isVisited[number];
+    };
     try {
         for (std::uint32_t offset = _firstFreeBlock; offset != 0;) {
-            const bool isRepeated = visited.contains(offset);
+            const bool isRepeated = isRepeat(offset);
             const bool isOutside = offset < _blockSize || offset > lastValid;
             if (isRepeated || isOutside || offset % _blockSize != 0) {
                 if (isRepeated)
@@ -56,7 +62,7 @@ bool ZPGorvaneBlockStorage::checkFreeBlockChain() const {
                 isSound = false;
                 break;
             }
-            const std::uint32_t link = linkAtOffset(offset);
+            const std::uint32_t link = linkAtOffset(bytes, offset);
             const std::uint32_t next = link & ~kFreeBit;
             if ((link & kFreeBit) == 0) {
                 ZPLog("Error: Free block %08x is not marked free", offset);
@@ -66,7 +72,8 @@ bool ZPGorvaneBlockStorage::checkFreeBlockChain() const {
                 ZPLog("Error: Free block chain does not end at block recorded in header");
                 isSound = false;
             }
-            visited.insert(offset);
+            isVisited[offset / _blockSize] = true; // the file has it: its link was read
+            ++visitedCount;
             ZPLog("nextOffset: %08x, next free block: %08x", link, next);
             offset = next;
         }
@@ -75,34 +82,35 @@ bool ZPGorvaneBlockStorage::checkFreeBlockChain() const {
         return false;
     }
 
-    if (visited.size() != _freeBlockCount) {
+    if (visitedCount != _freeBlockCount) {
         ZPLog("Error: Free block count recorded in header (%u) does not match actual free block "
               "count (%zu)",
-              _freeBlockCount, visited.size());
+              _freeBlockCount, visitedCount);
         isSound = false;
     }
-    ZPLog("header freeBlockCount: %u, chain freeBlockCount: %zu", _freeBlockCount, visited.size());
+    ZPLog("header freeBlockCount: %u, chain freeBlockCount: %zu", _freeBlockCount, visitedCount);
     return isSound;
 }
 
 void ZPGorvaneBlockStorage::searchForFirstFreeBlock() const {
-    std::vector<std::uint32_t> freeBlocks;
-    std::unordered_set<std::uint32_t> referenced;
+    const auto bytes = fileBytes();
+    std::vector<std::uint32_t> freeBlocks, referenced;
     try {
         for (std::uint64_t offset = _blockSize; offset < _fileSize; offset += _blockSize) {
-            const std::uint32_t link = linkAtOffset(offset);
+            const std::uint32_t link = linkAtOffset(bytes, offset);
             if ((link & kFreeBit) == 0)
                 continue;
             freeBlocks.push_back(static_cast<std::uint32_t>(offset));
-            referenced.insert(link & ~kFreeBit);
+            referenced.push_back(link & ~kFreeBit);
         }
     } catch (const ZPRangeException &exception) {
         ZPLog("Caught exception: %s", exception.what());
     }
 
+    std::ranges::sort(referenced);
+    referenced.erase(std::ranges::unique(referenced).begin(), referenced.end());
     std::vector<std::uint32_t> unreferenced;
-    std::ranges::copy_if(freeBlocks, std::back_inserter(unreferenced),
-                         [&](std::uint32_t offset) { return !referenced.contains(offset); });
+    std::ranges::set_difference(freeBlocks, referenced, std::back_inserter(unreferenced));
     ZPLog("             free block count: %zu", freeBlocks.size());
     ZPLog("  referenced free block count: %zu", referenced.size());
     ZPLog("unreferenced free block count: %zu", unreferenced.size());

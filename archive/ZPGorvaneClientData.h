@@ -17,7 +17,7 @@ enum class ZPGorvaneGame : std::uint32_t {
 /// The name that a game is shown under; numbers without a game have none and must not be asked for.
 const char *ZPGorvaneGameDisplayName(ZPGorvaneGame game);
 /// The game that a short lower-case key such as "ostvale" stands for; `unknown` for any other text.
-ZPGorvaneGame ZPGorvaneGameWithKey(std::string_view key);
+[[nodiscard]] ZPGorvaneGame ZPGorvaneGameWithKey(std::string_view key);
 
 class ZPGorvaneClientData;
 
@@ -41,7 +41,8 @@ class ZPGorvaneClientData {
     static void registerClientDataClass(const ZPGorvaneClientDataClass &clientDataClass,
                                         ZPGorvaneGame forGorvaneGame);
     /// Null when no class is registered.
-    static const ZPGorvaneClientDataClass *clientDataClassForGorvaneGame(ZPGorvaneGame game);
+    [[nodiscard]] static const ZPGorvaneClientDataClass *
+    clientDataClassForGorvaneGame(ZPGorvaneGame game);
 
     const std::filesystem::path &basePath() const { return _basePath; }
     bool verbose() const { return _verbose; }
@@ -51,9 +52,9 @@ class ZPGorvaneClientData {
     void log(const char *format, ...) const __attribute__((format(printf, 2, 3)));
 
     /// Null when there is no such archive.
-    virtual ZPGorvaneDataFile *dataFileWithName(std::string_view) { return nullptr; }
+    [[nodiscard]] virtual ZPGorvaneDataFile *dataFileWithName(std::string_view) { return nullptr; }
     /// The record of one entry of one of the archives; null when there is none or it is malformed.
-    virtual std::unique_ptr<ZPGorvaneStoredObject>
+    [[nodiscard]] virtual std::unique_ptr<ZPGorvaneStoredObject>
     newObjectForFileEntry(const ZPGorvaneFileEntry &, const ZPGorvaneDataFile & /*ofDataFile*/) {
         return nullptr;
     }

@@ -5,6 +5,8 @@
 
 #include <cerrno>
 #include <numeric>
+#include <tbb/task_arena.h>
+#include <tuple>
 
 namespace {
 
@@ -45,11 +47,15 @@ ZPGorvaneDataFile::ZPGorvaneDataFile(const ZPGorvaneArchiveFamily &family,
     : _family(family), _path(path) {
     ZPError error;
     _blockStorage = family.blockStorageAtPath(path, &error);
-    if (_blockStorage != nullptr)
-        return;
-    _openingFault = openingFaultOf(error);
-    ZPLog("error: %s %s%s", error.domain.empty() ? "(null)" : error.description().c_str(),
-          path.c_str(), isLockedByAnother(error) ? ": another program holds the archive" : "");
+    if (_blockStorage == nullptr) {
+        _openingFault = openingFaultOf(error);
+        ZPLog("error: %s %s%s", error.domain.empty() ? "(null)" : error.description().c_str(),
+              path.c_str(), isLockedByAnother(error) ? ": another program holds the archive" : "");
+    } else if (const std::size_t size = _blockStorage->fileHandle()->openedSize();
+               size < _blockStorage->fileSize()) {
+        ZPLog("Error: %s holds %zu bytes, but %u by its header: it was cut short", path.c_str(),
+              size, _blockStorage->fileSize());
+    }
 }
 
 ZPGorvaneDataFile::ZPGorvaneDataFile(const ZPGorvaneArchiveFamily &family,
@@ -61,7 +67,7 @@ void ZPGorvaneDataFile::quickLoadDataVersion() {
         return;
     try {
         const auto entry = ZPGorvaneDirectory::searchForFileWithIdentifier(
-            ZPGorvaneVersion::kIdentifier, *this, _blockStorage->rootOffset());
+            ZPGorvaneVersion::kIdentifier, *this, _blockStorage->rootOffset(), &_unreadableNode);
         if (!entry)
             return;
         ZPError error;
@@ -84,26 +90,34 @@ void ZPGorvaneDataFile::loadFileEntriesIfNecessary() {
     ZPLog("[%p] Loading file entries - %s", static_cast<const void *>(this), description().c_str());
     ZPTimer timer;
     timer.start();
-    if (_blockStorage != nullptr) {
-        if (const ZPFileHandle *file = _blockStorage->fileHandle())
-            file->readAhead();
-        try {
-            _rootDirectory =
-                ZPGorvaneDirectory::initWithDataFile(*this, _blockStorage->rootOffset(), true);
-        } catch (const ZPRangeException &exception) {
-            ZPLog("Caught exception: %s", exception.what());
-        }
-    }
-    indexEntries();
+    if (const ZPFileHandle *file = _blockStorage != nullptr ? _blockStorage->fileHandle() : nullptr)
+        file->readAhead();
+    // Isolated, lest a thread that waits for its helpers takes up other work of a caller that is
+    // itself parallel. That work may ask for this very index, which the recursive lock would let
+    // it build a second time, or for one whose builder waits for this one.
+    tbb::this_task_arena::isolate([this] { buildIndex(); });
     didLoadFileEntries();
     _hasLoadedFileEntries = true;
     timer.stop();
     ZPLog("elapsed time: %s", timer.description().c_str());
+    reportLoss();
+}
+
+void ZPGorvaneDataFile::buildIndex() {
+    try {
+        _rootDirectory = ZPGorvaneDirectory::treeOfDataFile(*this);
+        if (_rootDirectory != nullptr)
+            indexEntries();
+    } catch (const std::bad_alloc &) {
+        ZPLog("Error: There is not enough memory for the index of %s", _path.c_str());
+        _rootDirectory = nullptr;
+        _fileEntriesByIdentifier = {};
+        _repeatedEntries = {};
+        _usedFileTypes.clear();
+    }
 }
 
 void ZPGorvaneDataFile::indexEntries() {
-    if (_rootDirectory == nullptr)
-        return;
     Entries entries = Entries::allocate(_rootDirectory->entryCount());
     _rootDirectory->copyEntriesFromLeftToRight({entries.data(), entries.size()});
 
@@ -193,15 +207,27 @@ ZPGorvaneDataFile::readBytesForFileEntry(const ZPGorvaneFileEntry &entry, ZPData
 }
 
 void ZPGorvaneDataFile::didReadAllFiles() const {
+    reportLoss();
     if (_blockStorage != nullptr && _blockStorage->fileHandle() != nullptr)
         _blockStorage->fileHandle()->releasePages();
+}
+
+/// Says once that the file has become shorter, or unreadable in part, since it was opened.
+void ZPGorvaneDataFile::reportLoss() const {
+    if (_blockStorage == nullptr || _blockStorage->fileHandle() == nullptr)
+        return;
+    const ZPFileHandle &file = *_blockStorage->fileHandle();
+    const std::size_t lost = file.findLostSize();
+    if (lost > 0 && !_hasReportedLoss.exchange(true))
+        ZPLog("Error: %s lost %zu of its %zu bytes while it was read", _path.c_str(), lost,
+              file.openedSize());
 }
 
 bool ZPGorvaneDataFile::check() const {
     ZPLog("%s", "-[ZPGorvaneDataFile check]");
     ZPLog("self: %s", description().c_str());
     if (_blockStorage != nullptr)
-        _blockStorage->checkFreeBlockChain();
+        std::ignore = _blockStorage->checkFreeBlockChain(); // what it finds is logged
     return true;
 }
 

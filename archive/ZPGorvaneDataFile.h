@@ -13,7 +13,12 @@
 /// and its data version.
 ///
 /// Look-ups and reads are safe from several threads; the first that needs the index builds it while
-/// the others wait, and it does not change afterwards.
+/// the others wait, and it does not change afterwards. The lock of the index comes before any
+/// other: under it only the log's and the chain memory's are taken.
+///
+/// A file that cannot be read may have any size up to 4 GB written in its entry. Reading holds that
+/// against the archive before it takes memory; who knows how long a record can be at most had
+/// better hold `fileSize` against that first.
 class ZPGorvaneDataFile {
   public:
     ZPGorvaneDataFile() = delete;
@@ -30,16 +35,18 @@ class ZPGorvaneDataFile {
     void loadFileEntriesIfNecessary();
 
     /// Loads the index if necessary. Null when there is no such file; valid while this lives.
-    const ZPGorvaneFileEntry *fileEntryWithIdentifier(std::uint32_t identifier);
+    [[nodiscard]] const ZPGorvaneFileEntry *fileEntryWithIdentifier(std::uint32_t identifier);
 
-    std::optional<ZPData> readDataForFileEntry(const ZPGorvaneFileEntry &entry,
-                                               ZPError *error = nullptr) const;
+    // None, with the storage's error, or EBADF of the POSIX domain where there is no storage.
+    [[nodiscard]] std::optional<ZPData> readDataForFileEntry(const ZPGorvaneFileEntry &entry,
+                                                             ZPError *error = nullptr) const;
     /// Without a copy where that can be; see ZPGorvaneBlockStorage::readBytesFromBlocksAtOffset.
-    std::optional<std::span<const std::byte>> readBytesForFileEntry(const ZPGorvaneFileEntry &entry,
-                                                                    ZPData &scratch,
-                                                                    ZPError *error = nullptr) const;
+    [[nodiscard]] std::optional<std::span<const std::byte>>
+    readBytesForFileEntry(const ZPGorvaneFileEntry &entry, ZPData &scratch,
+                          ZPError *error = nullptr) const;
 
-    /// Gives back the memory that reading took, for a caller that has read all it wants.
+    /// Gives back the memory that reading took, for a caller that has read all it wants, and says
+    /// where the file was found to have become shorter meanwhile.
     void didReadAllFiles() const;
 
     /// See ZPGorvaneBlockStorage::prefetchBlocksAtOffset.
@@ -59,6 +66,8 @@ class ZPGorvaneDataFile {
     const ZPGorvaneBlockStorage *blockStorage() const { return _blockStorage.get(); }
     ZPGorvaneClientData *clientData() const { return _clientData; }
     void setClientData(ZPGorvaneClientData *clientData) { _clientData = clientData; }
+    /// Offset of a node that the search for the version found unreadable, and logged; else 0.
+    std::uint32_t unreadableNode() const { return _unreadableNode; }
     /// Null until loaded.
     const ZPGorvaneVersion *dataVersion() const { return _dataVersion.get(); }
 
@@ -89,8 +98,10 @@ class ZPGorvaneDataFile {
     }
 
   private:
+    void buildIndex();
     void indexEntries();
     void dropExcessiveEntries(ZPLargeArray<ZPGorvaneFileEntry> &entries) const;
+    void reportLoss() const;
 
     const ZPGorvaneArchiveFamily &_family;
     std::filesystem::path _path;
@@ -105,4 +116,6 @@ class ZPGorvaneDataFile {
     std::vector<std::uint8_t> _usedFileTypes;
     std::recursive_mutex _fileEntryLock;
     std::atomic<bool> _hasLoadedFileEntries = false;
+    std::uint32_t _unreadableNode = 0;
+    mutable std::atomic<bool> _hasReportedLoss = false;
 };

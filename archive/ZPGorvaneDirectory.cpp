@@ -5,8 +5,9 @@
 
 #include <atomic>
 #include <cstdarg>
+#include <mutex>
 #include <tbb/parallel_for.h>
-#include <tbb/task_arena.h>
+#include <tuple>
 #include <utility>
 
 namespace {
@@ -29,22 +30,43 @@ constexpr unsigned kMaximumDepth = 32;
 /// one that reports.
 class ZPGorvaneDirectory::Reader {
   public:
-    enum class Mode { oneNode, parallel, reporting };
+    /// `probing` reads one node without a word.
+    enum class Mode { oneNode, probing, parallel, reporting };
 
     Reader(const ZPGorvaneDataFile &dataFile, Mode mode)
         : _dataFile(dataFile), _storage(*dataFile.blockStorage()), _mode(mode),
-          _nodesRead(mode == Mode::oneNode ? 0 : _storage.blockCount() / kBitsPerWord + 1),
+          _nodesRead(readsTree() ? _storage.blockCount() / kBitsPerWord + 1 : 0),
           _maximumNodes(_storage.blockCount() * _storage.blockSize() /
                         _dataFile.family().directorySize()) {}
 
-    std::unique_ptr<ZPGorvaneDirectory> readNode(std::uint32_t offset, unsigned depth);
+    /// What was read of a node, with the exception that ended it, if one did.
+    struct Result {
+        std::unique_ptr<ZPGorvaneDirectory> node;
+        std::optional<ZPRangeException> exception;
+    };
+    static Result readTree(const ZPGorvaneDataFile &dataFile, std::uint32_t offset);
+    Result readNode(std::uint32_t offset, unsigned depth);
+    /// Names children of nodes that claim to have fewer; after the tree was read.
+    void reportChildrenLeftOut();
     bool hasFaults() const { return _hasFaults; }
 
   private:
     static constexpr std::size_t kBitsPerWord = 64;
 
+    /// A child that lies behind those which its node claims to have.
+    struct ChildLeftOut {
+        std::uint32_t node, fileCount, child;
+        auto operator<=>(const ChildLeftOut &) const = default;
+    };
+
+    bool readsTree() const { return _mode == Mode::parallel || _mode == Mode::reporting; }
+    bool isSilent() const { return _mode == Mode::parallel || _mode == Mode::probing; }
     void report(const char *format, ...) __attribute__((format(printf, 2, 3)));
-    bool markAsRead(std::uint32_t offset);
+    [[nodiscard]] bool markAsRead(std::uint32_t offset);
+    bool isRead(std::uint32_t offset) const;
+    bool isProbablyNode(std::uint32_t offset) const;
+    void noteChildLeftOut(const ZPGorvaneDirectory &node, std::uint32_t fileCount,
+                          ZPDataCursor &cursor);
     void readChildren(ZPGorvaneDirectory &node, ZPDataCursor &cursor, unsigned depth);
     void loadChildren(ZPGorvaneDirectory &node, unsigned depth);
     std::unique_ptr<ZPGorvaneDirectory> loadChild(const ZPGorvaneDirectory &node,
@@ -62,29 +84,52 @@ class ZPGorvaneDirectory::Reader {
     /// run together, so that a small file could list more nodes than memory holds.
     std::atomic<std::size_t> _nodeCount = 1;
     const std::size_t _maximumNodes;
+    std::mutex _childrenLeftOutLock;
+    std::vector<ChildLeftOut> _childrenLeftOut;
 };
+
+/// Reads a tree by all processors and, where there is anything to say of it, a second time.
+ZPGorvaneDirectory::Reader::Result
+ZPGorvaneDirectory::Reader::readTree(const ZPGorvaneDataFile &dataFile, std::uint32_t offset) {
+    Reader parallel(dataFile, Mode::parallel);
+    Result root = parallel.readNode(offset, 1);
+    if (!parallel.hasFaults() && !root.exception) {
+        parallel.reportChildrenLeftOut();
+        return root;
+    }
+    root = {};
+    Reader reporting(dataFile, Mode::reporting);
+    root = reporting.readNode(offset, 1);
+    reporting.reportChildrenLeftOut();
+    return root;
+}
 
 std::unique_ptr<ZPGorvaneDirectory>
 ZPGorvaneDirectory::initWithDataFile(const ZPGorvaneDataFile &dataFile, std::uint32_t offset,
                                      bool loadSubdirectories) {
     if (dataFile.blockStorage() == nullptr)
         return nullptr;
-    if (!loadSubdirectories)
-        return Reader(dataFile, Reader::Mode::oneNode).readNode(offset, 1);
-    try {
-        Reader reader(dataFile, Reader::Mode::parallel);
-        auto root = reader.readNode(offset, 1);
-        if (!reader.hasFaults())
-            return root;
-    } catch (const ZPRangeException &) {
-        // The root's own fault; the reading below meets it again.
-    }
-    return Reader(dataFile, Reader::Mode::reporting).readNode(offset, 1);
+    Reader::Result result = loadSubdirectories
+                                ? Reader::readTree(dataFile, offset)
+                                : Reader(dataFile, Reader::Mode::oneNode).readNode(offset, 1);
+    if (result.exception)
+        throw *result.exception;
+    return std::move(result.node);
+}
+
+std::unique_ptr<ZPGorvaneDirectory>
+ZPGorvaneDirectory::treeOfDataFile(const ZPGorvaneDataFile &dataFile) {
+    if (dataFile.blockStorage() == nullptr)
+        return nullptr;
+    Reader::Result result = Reader::readTree(dataFile, dataFile.blockStorage()->rootOffset());
+    if (result.exception)
+        ZPLog("dir %08x> Caught exception: %s", result.node->offset(), result.exception->what());
+    return std::move(result.node);
 }
 
 void ZPGorvaneDirectory::Reader::report(const char *format, ...) {
     _hasFaults = true;
-    if (_mode == Mode::parallel)
+    if (isSilent())
         return;
     va_list arguments;
     va_start(arguments, format);
@@ -101,43 +146,97 @@ bool ZPGorvaneDirectory::Reader::markAsRead(std::uint32_t offset) {
     return (_nodesRead[block / kBitsPerWord].fetch_or(bit) & bit) == 0;
 }
 
-std::unique_ptr<ZPGorvaneDirectory> ZPGorvaneDirectory::Reader::readNode(std::uint32_t offset,
-                                                                         unsigned depth) {
+bool ZPGorvaneDirectory::Reader::isRead(std::uint32_t offset) const {
+    const std::size_t block = offset / _storage.blockSize();
+    return block / kBitsPerWord < _nodesRead.size() &&
+           (_nodesRead[block / kBitsPerWord] >> block % kBitsPerWord & 1) != 0;
+}
+
+ZPGorvaneDirectory::Reader::Result ZPGorvaneDirectory::Reader::readNode(std::uint32_t offset,
+                                                                        unsigned depth) {
+    using Logging = ZPGorvaneBlockStorage::Logging;
+    // The search for the version may have said it.
+    const bool isKnown = offset != 0 && offset == _dataFile.unreadableNode();
     ZPData scratch;
     ZPError error;
     const auto size = static_cast<std::uint32_t>(_dataFile.family().directorySize());
-    const auto bytes = _storage.readBytesFromBlocksAtOffset(offset, size, scratch, &error);
+    const auto bytes = _storage.readBytesFromBlocksAtOffset(
+        offset, size, scratch, &error,
+        isSilent() || isKnown ? Logging::nothing : Logging::exceptions);
     if (!bytes) {
-        report("Error: %s", error.description().c_str());
-        return nullptr;
+        _hasFaults = true;
+        if (!isKnown)
+            report("Error: %s", error.description().c_str());
+        return {};
     }
-    markAsRead(offset);
+    std::ignore = markAsRead(offset);
 
-    auto node = std::make_unique<ZPGorvaneDirectory>();
-    node->_offset = offset;
+    Result result{std::make_unique<ZPGorvaneDirectory>(_dataFile.family()), std::nullopt};
+    ZPGorvaneDirectory &node = *result.node;
+    node._offset = offset;
     ZPDataCursor cursor(*bytes);
-    readChildren(*node, cursor, depth);
-    readFiles(*node, cursor);
-    checkOrder(*node);
-    return node;
+    try {
+        readChildren(node, cursor, depth);
+        readFiles(node, cursor);
+    } catch (const ZPRangeException &exception) {
+        result.exception = exception;
+    }
+    checkOrder(node);
+    return result;
 }
 
 void ZPGorvaneDirectory::Reader::readChildren(ZPGorvaneDirectory &node, ZPDataCursor &cursor,
                                               unsigned depth) {
     cursor.setOffset(kFileCountOffset);
-    const std::uint64_t fileCount = cursor.readLittleInt32();
+    const std::uint32_t fileCount = cursor.readLittleInt32();
     cursor.setOffset(0);
+    bool isEnded = false;
     for (std::size_t index = 0; index < kMaximumChildren && index <= fileCount; ++index) {
         const std::uint32_t child = cursor.readLittleInt32();
-        if (child == 0 || child == kUnusedChild)
+        isEnded = child == 0 || child == kUnusedChild;
+        if (isEnded)
             break;
         if (child % _storage.blockSize() != 0)
             report("dir %08x> Subdirectory at index %zu failed checks...", node._offset, index);
         else
             node._subdirectoryOffsets.push_back(child);
     }
-    if (_mode != Mode::oneNode)
-        loadChildren(node, depth);
+    if (!readsTree())
+        return;
+    if (!isEnded)
+        noteChildLeftOut(node, fileCount, cursor);
+    loadChildren(node, depth);
+}
+
+/// What follows a node's last child may have been left there when the node was larger, or be a
+/// child that is lost since the count is too small: which, shows when the tree was read. The first
+/// tells.
+void ZPGorvaneDirectory::Reader::noteChildLeftOut(const ZPGorvaneDirectory &node,
+                                                  std::uint32_t fileCount, ZPDataCursor &cursor) {
+    if (cursor.offset() == kFileCountOffset)
+        return;
+    const std::uint32_t child = cursor.readLittleInt32();
+    if (child == 0 || child == kUnusedChild)
+        return;
+    const std::lock_guard guard(_childrenLeftOutLock);
+    _childrenLeftOut.push_back({node._offset, fileCount, child});
+}
+
+void ZPGorvaneDirectory::Reader::reportChildrenLeftOut() {
+    std::ranges::sort(_childrenLeftOut);
+    for (const auto &[node, fileCount, child] : _childrenLeftOut)
+        if (!isRead(child) && isProbablyNode(child))
+            ZPLog("dir %08x> count: %u, but subdirectory %08x follows behind the last one, and "
+                  "nothing else leads there; it is left out",
+                  node, fileCount, child);
+}
+
+/// Whether a node could be read there that has nothing wrong.
+bool ZPGorvaneDirectory::Reader::isProbablyNode(std::uint32_t offset) const {
+    Reader reader(_dataFile, Mode::probing);
+    const Result result = reader.readNode(offset, 1);
+    return result.node != nullptr && !reader.hasFaults() && !result.exception &&
+           !result.node->files().empty();
 }
 
 /// Replaces the offsets of a node's children by the children.
@@ -150,11 +249,8 @@ void ZPGorvaneDirectory::Reader::loadChildren(ZPGorvaneDirectory &node, unsigned
     const auto load = [&](std::size_t index) {
         children[index] = loadChild(node, offsets[index], depth);
     };
-    // Isolated, lest a thread that waits here takes up work of a caller that is itself parallel and
-    // asks for the index that is being built.
     if (_mode == Mode::parallel && depth <= kParallelDepth)
-        tbb::this_task_arena::isolate(
-            [&] { tbb::parallel_for(std::size_t{0}, offsets.size(), load); });
+        tbb::parallel_for(std::size_t{0}, offsets.size(), load);
     else
         for (std::size_t index = 0; index < offsets.size(); ++index)
             load(index);
@@ -182,12 +278,10 @@ ZPGorvaneDirectory::Reader::loadChild(const ZPGorvaneDirectory &node, std::uint3
                    node._offset, offset, _maximumNodes);
         return nullptr;
     }
-    try {
-        return readNode(offset, depth + 1);
-    } catch (const ZPRangeException &exception) {
-        report("dir %08x> Caught exception: %s", offset, exception.what());
-        return nullptr;
-    }
+    Result result = readNode(offset, depth + 1);
+    if (result.exception)
+        report("dir %08x> Caught exception: %s", offset, result.exception->what());
+    return std::move(result.node);
 }
 
 void ZPGorvaneDirectory::Reader::readFiles(ZPGorvaneDirectory &node, ZPDataCursor &cursor) {
@@ -230,11 +324,15 @@ void ZPGorvaneDirectory::Reader::checkOrder(const ZPGorvaneDirectory &node) {
 }
 
 std::optional<ZPGorvaneFileEntry> ZPGorvaneDirectory::searchForFileWithIdentifier(
-    std::uint32_t identifier, const ZPGorvaneDataFile &inDataFile, std::uint32_t directoryOffset) {
+    std::uint32_t identifier, const ZPGorvaneDataFile &inDataFile, std::uint32_t directoryOffset,
+    std::uint32_t *unreadableNode) {
     for (unsigned depth = 1; depth <= kMaximumDepth; ++depth) {
         const auto node = initWithDataFile(inDataFile, directoryOffset, false);
-        if (node == nullptr)
+        if (node == nullptr) {
+            if (unreadableNode != nullptr)
+                *unreadableNode = directoryOffset;
             return std::nullopt;
+        }
         const auto &files = node->files();
         const auto next = std::ranges::find_if(
             files, [=](const auto &entry) { return entry.identifier >= identifier; });
@@ -284,7 +382,7 @@ void ZPGorvaneDirectory::copyEntriesFromLeftToRight(std::span<ZPGorvaneFileEntry
 }
 
 std::string ZPGorvaneDirectory::description() const {
-    return ZPFormat("<ZPGorvaneDirectory: %p> (root? %u, subdirs: %zu, files: %zu)",
+    return ZPFormat("<%s: %p> (root? %u, subdirs: %zu, files: %zu)", _family.directoryClassName,
                     static_cast<const void *>(this), isRootDirectory() ? 1u : 0u,
                     _subdirectories.size(), _files.size());
 }

@@ -10,6 +10,7 @@
 #include <vector>
 
 class ZPGorvaneDataFile;
+struct ZPGorvaneArchiveFamily;
 
 /// One node of the directory tree and, on request, all nodes below it. Identifiers increase from
 /// left to right as in a B-tree. A node is the payload of one chain:
@@ -21,18 +22,27 @@ class ZPGorvaneDataFile;
 /// Faults of a node's content are logged with its offset ("dir %08x> ...") and reading goes on. A
 /// node that was read already is not followed again, nor is a tree deeper than any real one or with
 /// more nodes than the file has room for.
+///
+/// A node owns the nodes below it, and refers to its archive's family.
 class ZPGorvaneDirectory {
   public:
-    /// Null, logged, when the node's chain cannot be read. Throws ZPRangeException when the node's
-    /// own entries pass its end; a child that does is logged and left out.
-    static std::unique_ptr<ZPGorvaneDirectory> initWithDataFile(const ZPGorvaneDataFile &dataFile,
-                                                                std::uint32_t offset,
-                                                                bool loadSubdirectories);
+    explicit ZPGorvaneDirectory(const ZPGorvaneArchiveFamily &family) : _family(family) {}
 
-    /// Finds a file by walking down from a node, reading only the nodes on the way.
-    static std::optional<ZPGorvaneFileEntry>
+    /// Null, logged, when the node's chain cannot be read. Throws ZPRangeException when the node's
+    /// own entries pass its end; of a child that does, what can be read is kept, and it is logged.
+    [[nodiscard]] static std::unique_ptr<ZPGorvaneDirectory>
+    initWithDataFile(const ZPGorvaneDataFile &dataFile, std::uint32_t offset,
+                     bool loadSubdirectories);
+    /// The archive's whole tree, of whose root also as much as can be read is kept.
+    [[nodiscard]] static std::unique_ptr<ZPGorvaneDirectory>
+    treeOfDataFile(const ZPGorvaneDataFile &dataFile);
+
+    /// Finds a file by walking down from a node, reading only the nodes on the way. Where one of
+    /// these cannot be read, its offset is stored, if asked for.
+    [[nodiscard]] static std::optional<ZPGorvaneFileEntry>
     searchForFileWithIdentifier(std::uint32_t identifier, const ZPGorvaneDataFile &inDataFile,
-                                std::uint32_t directoryOffset);
+                                std::uint32_t directoryOffset,
+                                std::uint32_t *unreadableNode = nullptr);
 
     /// Calls the block with this node, then with all below it, each before its children.
     void enumerateDirectoriesUsingBlock(
@@ -62,6 +72,7 @@ class ZPGorvaneDirectory {
   private:
     class Reader;
 
+    const ZPGorvaneArchiveFamily &_family;
     std::uint32_t _offset = 0;
     const ZPGorvaneDirectory *_parent = nullptr;
     std::vector<ZPGorvaneFileEntry> _files;

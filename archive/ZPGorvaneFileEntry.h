@@ -34,5 +34,7 @@ struct ZPGorvaneFileEntry {
 
     /// A copy that stands for the file but not for its place: `fileOffset` is 0.
     ZPGorvaneFileEntry copyWithZone() const;
-    std::string description() const;
+    /// Begins with the name of the class of entries that the archive's family has; an entry itself
+    /// does not know its family.
+    std::string description(const char *className = "ZPGorvaneFileEntry") const;
 };

@@ -22,7 +22,7 @@ class ZPGorvaneFileEntryMap {
     const ZPGorvaneFileEntry &operator[](std::size_t index) const { return _entries.data()[index]; }
 
     /// Null when absent; valid while the map lives.
-    const ZPGorvaneFileEntry *find(std::uint32_t identifier) const {
+    [[nodiscard]] const ZPGorvaneFileEntry *find(std::uint32_t identifier) const {
         const auto entry =
             std::ranges::lower_bound(_entries, identifier, {}, &ZPGorvaneFileEntry::identifier);
         return entry != _entries.end() && entry->identifier == identifier ? &*entry : nullptr;

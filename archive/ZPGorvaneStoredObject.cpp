@@ -39,7 +39,7 @@ const std::string &ZPGorvaneStoredObject::outputString() const {
 
 bool ZPGorvaneStoredObject::saveToPath(const std::filesystem::path &path, ZPError *error) const {
     if (outputString().empty())
-        return ZPFail(error, {ZPGorvaneStorageErrorDomain, ZPGorvaneStorageErrorGeneral, {}});
+        return ZPFail(error, {kZPGorvaneStorageErrorDomain, ZPGorvaneStorageErrorGeneral, {}});
     return ZPWriteTextToPath(outputString(), path, error);
 }
 
@@ -50,7 +50,7 @@ bool ZPGorvaneStoredObject::saveToPath(const std::filesystem::path &path, std::u
     ZPError cause;
     if (setModificationDate(mtime, path, &cause))
         return true;
-    return ZPFail(error, {ZPGorvaneStorageErrorDomain,
+    return ZPFail(error, {kZPGorvaneStorageErrorDomain,
                           ZPGorvaneStorageErrorGeneral,
                           {{NSUnderlyingErrorKey, std::make_shared<const ZPError>(cause)}}});
 }
@@ -64,7 +64,7 @@ bool ZPGorvaneStoredObject::setModificationDate(std::uint32_t mtime,
 
 void ZPReportDecodingException(const std::exception &exception, ZPError *error) {
     ZPLog("Caught exception: %s", exception.what());
-    ZPFail(error, {ZPGorvaneStorageErrorDomain,
+    ZPFail(error, {kZPGorvaneStorageErrorDomain,
                    ZPGorvaneStorageErrorException,
                    {{NSLocalizedFailureReasonErrorKey, std::string(exception.what())}}});
 }

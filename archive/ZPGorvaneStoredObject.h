@@ -50,13 +50,16 @@ class ZPGorvaneStoredObject {
 
     /// Writes the dump as UTF-8. With nothing collected it fails with code 0 of
     /// "ZPGorvaneStorageErrorDomain".
-    virtual bool saveToPath(const std::filesystem::path &path, ZPError *error = nullptr) const;
+    [[nodiscard]] virtual bool saveToPath(const std::filesystem::path &path,
+                                          ZPError *error = nullptr) const;
     /// The same, and sets the file's times; a failure of that alone has code 0 with the POSIX error
     /// beneath it.
-    bool saveToPath(const std::filesystem::path &path, std::uint32_t mtime, ZPError *error) const;
+    [[nodiscard]] bool saveToPath(const std::filesystem::path &path, std::uint32_t mtime,
+                                  ZPError *error) const;
     /// Sets access and modification time, in seconds since 1970.
-    static bool setModificationDate(std::uint32_t mtime, const std::filesystem::path &onPath,
-                                    ZPError *error = nullptr);
+    [[nodiscard]] static bool setModificationDate(std::uint32_t mtime,
+                                                  const std::filesystem::path &onPath,
+                                                  ZPError *error = nullptr);
 
   private:
     std::uint32_t _identifier;
@@ -73,9 +76,9 @@ void ZPWarnOfBytesLeft(const ZPGorvaneStoredObject &record, const ZPDataCursor &
 /// Decodes one whole record of a class derived from ZPGorvaneStoredObject. None, with the cause
 /// logged and in `error`, when the bytes do not make one; bytes left over are only warned of.
 template <class Record>
-std::optional<Record> ZPRecordWithData(std::span<const std::byte> data,
-                                       ZPGorvaneClientData *clientData, ZPError *error = nullptr,
-                                       bool verbose = false) {
+[[nodiscard]] std::optional<Record>
+ZPRecordWithData(std::span<const std::byte> data, ZPGorvaneClientData *clientData,
+                 ZPError *error = nullptr, bool verbose = false) {
     ZPDataCursor cursor(data);
     cursor.setEnableLogging(verbose);
     std::optional<Record> record;
@@ -93,8 +96,8 @@ std::optional<Record> ZPRecordWithData(std::span<const std::byte> data,
 
 /// The same, on the heap, for records that are kept as their base class.
 template <class Record>
-std::unique_ptr<Record> ZPNewRecordWithData(std::span<const std::byte> data,
-                                            ZPGorvaneClientData *clientData) {
+[[nodiscard]] std::unique_ptr<Record> ZPNewRecordWithData(std::span<const std::byte> data,
+                                                          ZPGorvaneClientData *clientData) {
     auto record = ZPRecordWithData<Record>(data, clientData);
     return record ? std::make_unique<Record>(std::move(*record)) : nullptr;
 }

@@ -18,7 +18,8 @@ class ZPGorvaneVersion : public ZPGorvaneStoredObject {
     const char *className() const override { return "ZPGorvaneVersion"; }
     using ZPGorvaneStoredObject::saveToPath;
     /// Writes "version: %u\n".
-    bool saveToPath(const std::filesystem::path &path, ZPError *error = nullptr) const override;
+    [[nodiscard]] bool saveToPath(const std::filesystem::path &path,
+                                  ZPError *error = nullptr) const override;
     std::string description() const override;
 
   protected:

@@ -5,6 +5,8 @@
 #include "game/WQArchiveFamilies.h"
 #include "game/WQClientData.h"
 
+#include <tuple>
+
 namespace {
 
 /// A directory may list one long file many times over; reading the first of them is enough.
@@ -63,7 +65,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t siz
         FuzzExpect(!cellDataFile.fileEntriesByType(type).empty());
     cellDataFile.check();
     if (const auto *storage = cellDataFile.blockStorage()) {
-        storage->check();
+        std::ignore = storage->check();
         storage->searchForFirstFreeBlock();
         storage->logHeaderInfo();
     }

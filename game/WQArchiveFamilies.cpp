@@ -58,17 +58,30 @@ std::unique_ptr<ZPGorvaneVersion> newVersion(std::span<const std::byte> data,
 } // namespace
 
 constexpr ZPGorvaneArchiveFamily kWQArchiveFamily = {
-    &ZPGorvaneBlockStorage::initV3StorageWithFileAtPath, 24, &readFileEntry,
-    &newVersion<WQVersion>};
+    .directoryClassName = "WQDirectory",
+    .fileEntryClassName = "WQFileEntry",
+    .blockStorageAtPath = &ZPGorvaneBlockStorage::initV3StorageWithFileAtPath,
+    .fileEntrySize = 24,
+    .readFileEntry = &readFileEntry,
+    .newVersion = &newVersion<WQVersion>};
 static_assert(kWQArchiveFamily.directorySize() == 1740);
 
 constexpr ZPGorvaneArchiveFamily kWQRetailArchiveFamily = {
-    &retailStorageAtPath, 12, &readRetailFileEntry, &newVersion<ZPGorvaneVersion>};
+    .directoryClassName = "WQRetailDirectory",
+    .fileEntryClassName = "WQRetailFileEntry",
+    .blockStorageAtPath = &retailStorageAtPath,
+    .fileEntrySize = 12,
+    .readFileEntry = &readRetailFileEntry,
+    .newVersion = &newVersion<ZPGorvaneVersion>};
 static_assert(kWQRetailArchiveFamily.directorySize() == 996);
 
 constexpr ZPGorvaneArchiveFamily kWQ2ArchiveFamily = {
-    &ZPGorvaneBlockStorage::initV2StorageWithFileAtPath, 16, &readSecondGameFileEntry,
-    &newVersion<ZPGorvaneVersion>};
+    .directoryClassName = "WQ2Directory",
+    .fileEntryClassName = "WQ2FileEntry",
+    .blockStorageAtPath = &ZPGorvaneBlockStorage::initV2StorageWithFileAtPath,
+    .fileEntrySize = 16,
+    .readFileEntry = &readSecondGameFileEntry,
+    .newVersion = &newVersion<ZPGorvaneVersion>};
 static_assert(kWQ2ArchiveFamily.directorySize() == 1244);
 
 void WQWriteFileEntryToBuffer(const ZPGorvaneFileEntry &entry, ZPData &buffer) {

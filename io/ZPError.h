@@ -24,7 +24,8 @@ struct ZPError {
     /// The message under the failure-reason key, or, for the POSIX domain, the system's own words.
     std::string failureReason() const;
 
-    /// One line for a log, e.g. `Error Domain=WQMapperErrorDomain Code=1 "Failed to ..."`.
+    /// One line for a log, e.g. `Error Domain=WQMapperErrorDomain Code=1 "Failed to ..."`, with the
+    /// numbers of the user info that the reason does not name, in hexadecimal.
     std::string description() const;
 };
 

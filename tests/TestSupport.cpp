@@ -25,6 +25,13 @@ std::string textOfFile(const std::filesystem::path &path) {
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
+std::size_t countOf(const std::string &text, std::string_view part) {
+    std::size_t count = 0;
+    for (std::size_t at = text.find(part); at != text.npos; at = text.find(part, at + 1))
+        ++count;
+    return count;
+}
+
 namespace {
 
 /// A PNG file open for reading by rows.

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// A folder of its own for one test, removed with all it holds.
@@ -42,3 +43,5 @@ std::uint32_t forEachRowOfPNG(const std::filesystem::path &path,
                               const std::function<void(const std::uint8_t *pixels)> &row);
 
 std::string textOfFile(const std::filesystem::path &path);
+/// How often a text has a part in it.
+std::size_t countOf(const std::string &text, std::string_view part);

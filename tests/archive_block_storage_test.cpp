@@ -97,6 +97,39 @@ TEST_F(BlockStorage, FilesThatCannotBeOpened) {
     EXPECT_NE(open(3, path, &error), nullptr);
 }
 
+TEST_F(BlockStorage, AFileIsLockedForAsLongAsItIsOpen) {
+    BlockFileBytes file(4);
+    file.putHeader(3);
+    const auto path = file.writeToPath(_directory / "archive");
+    const int descriptor = ::open(path.c_str(), O_RDONLY);
+    const auto isLocked = [descriptor] {
+        const bool isTaken = flock(descriptor, LOCK_EX | LOCK_NB) == 0;
+        flock(descriptor, LOCK_UN);
+        return !isTaken;
+    };
+    auto storage = open(3, path);
+    ASSERT_NE(storage, nullptr);
+    EXPECT_TRUE(isLocked());
+    storage->close();
+    EXPECT_FALSE(isLocked());
+    EXPECT_EQ(storage->fileHandle(), nullptr);
+    testing::internal::CaptureStderr();
+    ZPError error;
+    EXPECT_FALSE(storage->readDataFromBlocksAtOffset(0x400, 1, &error));
+    EXPECT_EQ(error.code, ZPGorvaneStorageErrorException);
+
+    storage->setFileHandle(ZPFileHandle::fileHandleAtPath(path));
+    EXPECT_TRUE(isLocked());
+    EXPECT_TRUE(storage->readDataFromBlocksAtOffset(0x400, 1));
+    storage.reset();
+    EXPECT_FALSE(isLocked());
+    // A header that is refused leaves no lock behind, nor does a directory opened as a file.
+    EXPECT_EQ(open(1, path), nullptr);
+    EXPECT_FALSE(isLocked());
+    testing::internal::GetCapturedStderr();
+    close(descriptor);
+}
+
 TEST_F(BlockStorage, ChainsAreJoinedCutAndCheckedForLength) {
     BlockFileBytes file(6, 256);
     ZPData data(300);
@@ -125,7 +158,7 @@ TEST_F(BlockStorage, ChainsAreJoinedCutAndCheckedForLength) {
           {0u, 1u, "Data length (0) is shorter than expected (1)"}}) {
         ZPError error;
         EXPECT_FALSE(storage->readDataFromBlocksAtOffset(offset, length, &error));
-        EXPECT_EQ(error.domain, ZPGorvaneStorageErrorDomain);
+        EXPECT_EQ(error.domain, kZPGorvaneStorageErrorDomain);
         EXPECT_EQ(error.code, ZPGorvaneStorageErrorTooShort);
         EXPECT_EQ(error.failureReason(), reason);
         EXPECT_EQ(error.userInfo.size(), 2u);
@@ -172,7 +205,9 @@ TEST_F(BlockStorage, EveryFaultOfAChainHasItsCode) {
                  {*sound, 0x2400, 0x3C00, 5, exception},
                  {*large, 0x4000, 0x4000, 5, exception}};
     testing::internal::CaptureStderr();
-    for (const auto &c : cases) {
+    // A second time, for what was remembered of the first.
+    for (std::size_t number = 0; number < 2 * std::size(cases); ++number) {
+        const auto &c = cases[number % std::size(cases)];
         ZPError error;
         EXPECT_FALSE(c.storage.readDataFromBlocksAtOffset(c.first, 1, &error)) << c.reason;
         EXPECT_EQ(error.code, c.code) << c.reason;
@@ -188,7 +223,49 @@ TEST_F(BlockStorage, EveryFaultOfAChainHasItsCode) {
                   c.code == 5 ? 1u : 0u);
         EXPECT_EQ(error.userInfo, details) << c.reason;
     }
-    testing::internal::GetCapturedStderr();
+    EXPECT_NE(testing::internal::GetCapturedStderr().find(
+                  "Caught exception: Trying to read past end in -[ZPDataCursor readLittleInt32] "
+                  "(block 00003c00 of the chain starting at 00002400)\n"),
+              std::string::npos);
+}
+
+TEST_F(BlockStorage, ChainsThatShareADamagedPartMeetTheSameFault) {
+    // Three ways into a loop of three blocks, two into a rest that ends outside the file.
+    BlockFileBytes file(16);
+    for (const auto &[block, next] :
+         std::initializer_list<std::pair<std::uint32_t, std::uint32_t>>{{1, 2},
+                                                                        {2, 3},
+                                                                        {3, 4},
+                                                                        {4, 5},
+                                                                        {5, 3},
+                                                                        {6, 2},
+                                                                        {7, 5},
+                                                                        {8, 9},
+                                                                        {9, 10},
+                                                                        {10, 99},
+                                                                        {11, 9},
+                                                                        {12, 13},
+                                                                        {13, 0}})
+        file.put(block * 1024, words({next * 1024}));
+    file.putHeader(3);
+    const std::pair<std::uint32_t, std::uint32_t> cases[] = {
+        {1, 3}, {2, 3}, {6, 3}, {7, 5}, {4, 4}, {3, 3}, {8, 99}, {11, 99}, {10, 99}, {12, 0}};
+    // Whatever is read first.
+    for (std::size_t start = 0; start < std::size(cases); ++start) {
+        const auto storage = openBytes(file);
+        ASSERT_NE(storage, nullptr);
+        for (std::size_t number = 0; number < std::size(cases); ++number) {
+            const auto &[first, place] = cases[(start + number) % std::size(cases)];
+            ZPError error;
+            EXPECT_EQ(storage->readDataFromBlocksAtOffset(first * 1024, 1, &error).has_value(),
+                      place == 0);
+            if (place == 0)
+                continue;
+            EXPECT_EQ(error.userInfo["ZPGorvaneStorageErrorKey_BlockOffset"],
+                      ZPError::Value(std::uint64_t{place} * 1024))
+                << first << " after " << start;
+        }
+    }
 }
 
 TEST_F(BlockStorage, ChecksOfHeaderAndFreeBlocks) {
@@ -206,11 +283,15 @@ TEST_F(BlockStorage, ChecksOfHeaderAndFreeBlocks) {
         {1024, 0x80000801, 0, 0x400, 1, true, false, "block 00000801 does not begin"},
         {1024, 0x80000800, 0, 0x800, 2, true, false, "block 00000800 is not marked free"},
         {1024, 0x80000000, 0, 0x800, 1, true, false, "does not end at block recorded"},
-        {1024, 0x80000800, 0x80000000, 0x800, 3, true, false, "(3) does not match actual"}};
+        {1024, 0x80000800, 0x80000000, 0x800, 3, true, false, "(3) does not match actual"},
+        // the last block of the file
+        {1024, 0x800FFC00, 0, 0xFFC00, 2, true, true, "chain freeBlockCount: 2"},
+        {256, 0x800FFF00, 0, 0xFFF00, 2, true, true, "chain freeBlockCount: 2"}};
     for (const auto &c : cases) {
         BlockFileBytes file(1024 * 1024 / c.blockSize, c.blockSize);
         file.put(0x400, words({c.firstLink}));
         file.put(0x800, words({c.secondLink}));
+        file.put(file.bytes.size() - c.blockSize, words({0x80000000}));
         file.putHeader(3, 0x400, c.lastFree, c.freeCount);
         testing::internal::CaptureStderr();
         const auto storage = openBytes(file);

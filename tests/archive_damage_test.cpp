@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <ctime>
 #include <sys/resource.h>
 
 namespace {
@@ -138,7 +139,7 @@ TEST_F(Damage, SaysWhatIsWrong) {
          "count (0)"},
         {352, 0, 0, 0,
          "Error: Error Domain=ZPGorvaneStorageErrorDomain Code=6 \"Data length (0) is shorter than "
-         "expected (1740)\""},
+         "expected (1740)\" UserInfo={FirstBlockOffset=00000000}"},
         {352, kHuge, 0, 0,
          "Error: Error Domain=ZPGorvaneStorageErrorDomain Code=3 \"Block offset ffffffff does not "
          "begin on a block boundary\""},
@@ -154,6 +155,9 @@ TEST_F(Damage, SaysWhatIsWrong) {
         {kRoot + 252, kHuge, 66, 66,
          "Error: Directory 00001700 has an invalid number of files (4294967295), must be count <= "
          "61"},
+        {kRoot + 252, 0, 32, 32,
+         "dir 00001700> count: 0, but subdirectory 00001000 follows behind the last one, "
+         "and nothing else leads there; it is left out"},
         {kRoot + 0x100 + 12, kHuge, 66, 65, kNoWord},
         {kRoot + 0x100 + 16, kHuge, 66, 65, kNoWord},
         // a child, which has an empty slot after its entries
@@ -250,4 +254,79 @@ TEST(SharedChains, CostNoMoreThanTheArchiveIsLong) {
     for (const ZPGorvaneFileEntry &entry : dataFile.fileEntriesByIdentifier())
         readable += dataFile.readBytesForFileEntry(entry, scratch).has_value();
     EXPECT_EQ(readable, 20'000u);
+}
+
+namespace {
+
+/// Seconds of one processor that it takes to read so many files, as many times as it takes to be
+/// worth measuring.
+template <class Read>
+double secondsToRead(const Read &read) {
+    const std::clock_t start = std::clock();
+    read();
+    return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
+}
+
+} // namespace
+
+TEST(SharedChains, LongOnesCostNoMoreThanShortOnes) {
+    // Each of these blocks leads into a loop, or into a long chain that ends.
+    constexpr std::uint32_t kBlock = 64, kFiles = 60'000, kLoop = 500, kRest = 20'000;
+    BlockFileBytes file(16 + 2 * kFiles + kLoop + kRest, kBlock);
+    const auto offset = [](std::uint32_t number) { return number * kBlock; };
+    constexpr std::uint32_t kLooping = 16, kEnding = kLooping + kFiles,
+                            kFirstOfLoop = kEnding + kFiles, kFirstOfRest = kFirstOfLoop + kLoop;
+    for (std::uint32_t number = 0; number < kFiles; ++number) {
+        file.put(offset(kLooping + number), words({offset(kFirstOfLoop + number % kLoop)}));
+        file.put(offset(kEnding + number), words({offset(kFirstOfRest)}));
+    }
+    for (std::uint32_t number = 0; number < kLoop; ++number)
+        file.put(offset(kFirstOfLoop + number),
+                 words({offset(kFirstOfLoop + (number + 1) % kLoop)}));
+    for (std::uint32_t number = 0; number + 1 < kRest; ++number)
+        file.put(offset(kFirstOfRest + number), words({offset(kFirstOfRest + number + 1)}));
+    file.putHeader(3);
+    const TemporaryFolder folder;
+    const auto storage =
+        ZPGorvaneBlockStorage::initV3StorageWithFileAtPath(file.writeToPath(folder / "archive"));
+    ASSERT_NE(storage, nullptr);
+
+    ZPData scratch;
+    std::size_t readable = 0;
+    const auto readFilesAt = [&](std::uint32_t first, std::uint32_t shift) {
+        for (std::uint32_t number = 0; number < kFiles; ++number) {
+            ZPError error;
+            readable += storage
+                            ->readBytesFromBlocksAtOffset(offset(first + number) + shift, 20,
+                                                          scratch, &error)
+                            .has_value();
+        }
+    };
+    // Ten times the cost of files that do not even begin on a block.
+    const double limit = 10 * secondsToRead([&] { readFilesAt(kLooping, 1); }) + 0.01;
+    EXPECT_LT(secondsToRead([&] { readFilesAt(kLooping, 0); }), limit);
+    EXPECT_EQ(readable, 0u);
+    EXPECT_LT(secondsToRead([&] { readFilesAt(kEnding, 0); }), limit);
+    EXPECT_EQ(readable, kFiles);
+}
+
+TEST(SharedChains, OneLoopThroughAWholeArchiveTakesLittleMemory) {
+    constexpr std::uint32_t kBlock = 8, kBlocks = 2 << 20;
+    BlockFileBytes file(kBlocks, kBlock);
+    for (std::uint32_t block = 64; block < kBlocks; ++block)
+        file.put(std::size_t{block} * kBlock,
+                 words({(block + 1 < kBlocks ? block + 1 : 64) * kBlock}));
+    file.putHeader(3);
+    const TemporaryFolder folder;
+    const auto storage =
+        ZPGorvaneBlockStorage::initV3StorageWithFileAtPath(file.writeToPath(folder / "archive"));
+    ASSERT_NE(storage, nullptr);
+    rusage before{}, after{};
+    getrusage(RUSAGE_SELF, &before);
+    ZPError error;
+    EXPECT_FALSE(storage->readDataFromBlocksAtOffset(64 * kBlock, 20, &error));
+    EXPECT_EQ(error.code, ZPGorvaneStorageErrorLoop);
+    getrusage(RUSAGE_SELF, &after);
+    // The file itself, mapped, is 16 MB; a word for each block half of that.
+    EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 40 * 1024);
 }

@@ -10,13 +10,6 @@
 
 namespace {
 
-std::size_t countOf(const std::string &text, std::string_view part) {
-    std::size_t count = 0;
-    for (std::size_t at = text.find(part); at != text.npos; at = text.find(part, at + 1))
-        ++count;
-    return count;
-}
-
 TEST(DataFile, IndexOfAWholeTreeIsBuiltOnce) {
     const TemporaryFolder directory;
     ArchiveBytes archive;
@@ -37,7 +30,8 @@ TEST(DataFile, IndexOfAWholeTreeIsBuiltOnce) {
     {
         std::vector<std::jthread> threads;
         for (int thread = 0; thread < 4; ++thread)
-            threads.emplace_back([&] { dataFile.fileEntryWithIdentifier(0x0A000001); });
+            threads.emplace_back(
+                [&] { std::ignore = dataFile.fileEntryWithIdentifier(0x0A000001); });
     }
     EXPECT_EQ(countOf(testing::internal::GetCapturedStderr(), "Loading file entries - <WQDataFile"),
               1u);
@@ -83,6 +77,73 @@ TEST(DataFile, OfEntriesWithOneIdentifierTheLastVisitedCounts) {
     EXPECT_TRUE(dataFile.fileEntriesByLandBlock(0x1234).empty());
 }
 
+TEST(DataFile, OfManyEntriesWithOneIdentifierTheLastVisitedCounts) {
+    // Root and child full of the same identifiers: more of them than a sort keeps in order by
+    // chance.
+    const TemporaryFolder directory;
+    BlockFileBytes file(6);
+    constexpr std::uint32_t kCount = 61;
+    const auto node = [](const ZPData &children, std::uint32_t firstOffset) {
+        ZPData bytes = children;
+        bytes.resize(248);
+        bytes = joined({bytes, words({kCount})});
+        for (std::uint32_t index = 0; index < kCount; ++index)
+            bytes =
+                joined({bytes, words({1, 0x12340100 + index % 3, firstOffset + index, 4, 0, 0})});
+        bytes.resize(1740);
+        return bytes;
+    };
+    file.putChain({0x400, 0x800}, node(words({0xC00}), 1));
+    file.putChain({0xC00, 0x1000}, node({}, kCount + 1));
+    file.rootOffset = 0x400;
+    file.putHeader(3);
+    WQDataFile dataFile(file.writeToPath(directory / "archive"));
+    dataFile.setType(WQDataFile::cell);
+    testing::internal::CaptureStderr();
+    dataFile.loadFileEntriesIfNecessary();
+    testing::internal::GetCapturedStderr();
+    EXPECT_EQ(dataFile.fileCount(), 3u);
+    for (std::uint32_t number = 0; number < 3; ++number) {
+        // Of a child's 61 entries, 0 to 60, the last with each remainder.
+        const std::uint32_t last = number == 0 ? 60 : number == 1 ? 58 : 59;
+        const auto *entry = dataFile.fileEntryWithIdentifier(0x12340100 + number);
+        ASSERT_NE(entry, nullptr);
+        EXPECT_EQ(entry->fileOffset, kCount + 1 + last);
+    }
+    const auto group = dataFile.fileEntriesByLandBlock(0x1234);
+    EXPECT_EQ(group.size(), 2 * kCount);
+    EXPECT_TRUE(std::ranges::is_sorted(group, {}, [](const ZPGorvaneFileEntry &entry) {
+        return std::pair(entry.identifier, entry.fileOffset);
+    }));
+}
+
+TEST(DataFile, AnArchiveThatWasCutShortIsSaidAtOpening) {
+    const TemporaryFolder directory;
+    ArchiveBytes archive;
+    for (std::uint32_t number = 1; number <= 200; ++number)
+        archive.addEntry(number, {});
+    archive.writeToPath(directory / "archive");
+    const auto size = std::filesystem::file_size(directory / "archive");
+    for (const std::uintmax_t length : {size, size - 1, size - 2048}) {
+        std::filesystem::resize_file(directory / "archive", length);
+        testing::internal::CaptureStderr();
+        WQDataFile dataFile(directory / "archive");
+        EXPECT_EQ(countOf(testing::internal::GetCapturedStderr(),
+                          "Error: " + (directory / "archive").string() + " holds " +
+                              std::to_string(length) + " bytes, but " + std::to_string(size) +
+                              " by its header: it was cut short\n"),
+                  length < size ? 1u : 0u);
+        // What cannot be read is said once, though the version is sought and the index built.
+        testing::internal::CaptureStderr();
+        dataFile.quickLoadDataVersion();
+        dataFile.loadFileEntriesIfNecessary();
+        const std::string log = testing::internal::GetCapturedStderr();
+        const auto lines = length == size - 2048 ? 1u : 0u;
+        EXPECT_EQ(countOf(log, "Error: "), lines) << log;
+        EXPECT_EQ(countOf(log, "Caught exception: "), lines) << log;
+    }
+}
+
 TEST(DataFile, VersionRecordThatEndsTooEarly) {
     const TemporaryFolder directory;
     ArchiveBytes archive;
@@ -117,8 +178,7 @@ TEST(DataFile, WithoutStorageOrRootThereIsNothingAndNoFailure) {
         EXPECT_FALSE(dataFile.readDataForFileEntry({1, 2, 0x404, 4, 0, 0}, &error));
         EXPECT_NE(error.domain, "");
         EXPECT_TRUE(dataFile.check());
-        EXPECT_EQ(countOf(testing::internal::GetCapturedStderr(), "rror: "),
-                  name == std::string("missing") ? 1u : 2u);
+        EXPECT_EQ(countOf(testing::internal::GetCapturedStderr(), "rror: "), 1u);
     }
 }
 

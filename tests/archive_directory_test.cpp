@@ -128,7 +128,8 @@ TEST_F(Directory, FaultsOfANodeAreLoggedAndTolerated) {
         {node(words({0x800, 0x1000}), 1, five), 2, "Subdirectory 00000800 was read already"},
         {node(words({0x1000, 0x1000}), 1, five), 2, "Subdirectory 00001000 was read already"},
         {node(words({0x1800, 0x1000}), 1, five), 3, "dir 00001800> Subdirectory 00000800 was read"},
-        {node(words({0x2000, 0x1000}), 1, five), 2, "dir 00002000> Caught exception"}};
+        // a child whose entries pass its end
+        {node(words({0x2000, 0x1000}), 1, five), 64, "dir 00002000> Caught exception"}};
     for (const auto &c : cases) {
         _file = BlockFileBytes(16);
         putNode(0x800, c.root);
@@ -150,6 +151,61 @@ TEST_F(Directory, FaultsOfANodeAreLoggedAndTolerated) {
     putNode(0x800, node({}, 63, full));
     EXPECT_THROW(read(), ZPRangeException);
     testing::internal::GetCapturedStderr();
+    // Who wants the index gets what there is.
+    testing::internal::CaptureStderr();
+    const auto tree = ZPGorvaneDirectory::treeOfDataFile(*_dataFile);
+    EXPECT_EQ(countOf(testing::internal::GetCapturedStderr(), "dir 00000800> Caught exception"),
+              1u);
+    ASSERT_NE(tree, nullptr);
+    EXPECT_EQ(identifiers(*tree).size(), 62u);
+}
+
+TEST_F(Directory, ChildrenThatACountLeavesOutAreNamed) {
+    const struct {
+        ZPData children;
+        std::uint32_t count;
+        const char *line;
+    } cases[] = {
+        {words({0x1000, 0x1800, 0x2000}), 1, "subdirectory 00002000 follows"},
+        // Left there by a larger node: read elsewhere, free, no node, off the boundary, outside.
+        {words({0x1000, 0x1800, 0x1000}), 1, nullptr},
+        {words({0x1000, 0x1800, 0x2800}), 1, nullptr},
+        {words({0x1000, 0x1800, 0x3000}), 1, nullptr},
+        {words({0x1000, 0x1800, 0x2001}), 1, nullptr},
+        {words({0x1000, 0x1800, 0x4000}), 1, nullptr},
+        {words({0x1000, 0x1800, 0, 0x2000}), 1, nullptr}};
+    for (const auto &c : cases) {
+        _file = BlockFileBytes(16);
+        putNode(0x800, node(c.children, c.count, joined({entry(20), entry(40)})));
+        putNode(0x1000, node({}, 1, entry(10)));
+        putNode(0x1800, node({}, 1, entry(30)));
+        putNode(0x2000, node({}, 1, entry(50)));
+        _file.put(0x2800, words({0x80000000}));
+        putNode(0x3000, ZPData(1740, std::byte{7}));
+        EXPECT_EQ(identifiers(*read()), (Identifiers{20, 10, 30}));
+        EXPECT_EQ(countOf(_log, "\n"), c.line != nullptr ? 1u : 0u) << _log;
+        EXPECT_EQ(countOf(_log, c.line != nullptr ? c.line : "follows"),
+                  c.line != nullptr ? 1u : 0u);
+    }
+}
+
+TEST_F(Directory, DescriptionsNameTheClassesOfTheFamily) {
+    const struct {
+        const ZPGorvaneArchiveFamily &family;
+        unsigned version;
+        const char *directory, *entry;
+    } cases[] = {{kWQArchiveFamily, 3, "<WQDirectory: 0x", "<WQFileEntry:0x"},
+                 {kWQRetailArchiveFamily, 1, "<WQRetailDirectory: 0x", "<WQRetailFileEntry:0x"},
+                 {kWQ2ArchiveFamily, 2, "<WQ2Directory: 0x", "<WQ2FileEntry:0x"}};
+    for (const auto &c : cases) {
+        _file = BlockFileBytes(16);
+        putNode(0x800, node({}, 1, entry(5), c.family.directorySize()));
+        const auto root = readFamily(c.family, c.version, true);
+        ASSERT_NE(root, nullptr);
+        EXPECT_TRUE(root->description().starts_with(c.directory)) << root->description();
+        const auto text = root->files().front().description(c.family.fileEntryClassName);
+        EXPECT_TRUE(text.starts_with(c.entry)) << text;
+    }
 }
 
 } // namespace
