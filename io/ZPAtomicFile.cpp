@@ -1,126 +1,194 @@
 #include "io/ZPAtomicFile.h"
 
-#include <atomic>
 #include <cerrno>
-#include <csignal>
-#include <cstdlib>
 #include <fcntl.h>
+#include <linux/magic.h>
+#include <string>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 #include <utility>
 
 namespace {
 
-// A signal handler may only touch lock-free atomics, so the path that it removes is a plain pointer
-// to text that outlives it.
-std::atomic<const char *> temporaryPathToRemove = nullptr;
+constexpr mode_t kModeBeforeMask = 0666;
 
-extern "C" void removeTemporaryFileAndDie(int signal) {
-    if (const char *path = temporaryPathToRemove.load())
-        unlink(path);
-    std::signal(signal, SIG_DFL);
-    raise(signal);
+std::filesystem::path folderOf(const std::filesystem::path &path) {
+    return path.has_parent_path() ? path.parent_path() : ".";
 }
 
-void catchSignalsOnce() {
-    static const bool installed = [] {
-        for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-            struct sigaction current {};
-            sigaction(signal, nullptr, &current);
-            // A signal that the caller chose to ignore stays ignored.
-            if (current.sa_handler == SIG_DFL)
-                std::signal(signal, removeTemporaryFileAndDie);
-        }
-        return true;
-    }();
-    (void)installed;
+std::string pathOfDescriptor(int descriptor) {
+    return "/proc/self/fd/" + std::to_string(descriptor);
 }
 
-mode_t fileModeUnderMask() {
-    const mode_t mask = umask(0);
-    umask(mask);
-    return 0666 & ~mask;
+bool isInProcessFolder(const std::filesystem::path &path) {
+    struct statfs fileSystem {};
+    return statfs(folderOf(path).c_str(), &fileSystem) == 0 &&
+           fileSystem.f_type == PROC_SUPER_MAGIC;
+}
+
+/// Replaces a path by the one that its links lead to. A link to an open file of a process leads to
+/// no name that could be replaced, and stays.
+void followLinks(std::filesystem::path &path) {
+    constexpr int kMostLinks = 40; // as many as the system itself follows
+    for (int count = 0; count < kMostLinks && !isInProcessFolder(path); ++count) {
+        std::error_code isNoLink;
+        const auto target = std::filesystem::read_symlink(path, isNoLink);
+        if (isNoLink)
+            return;
+        path = path.parent_path() / target;
+    }
+}
+
+/// Calls `writeSome` with what is left until nothing is; false, with errno set, when it fails.
+template <class WriteSome>
+bool writeAll(std::span<const std::byte> bytes, WriteSome writeSome) {
+    while (!bytes.empty()) {
+        const ssize_t count = writeSome(bytes);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count == 0)
+            errno = EIO; // or it would be tried for ever
+        if (count <= 0)
+            return false;
+        bytes = bytes.subspan(static_cast<std::size_t>(count));
+    }
+    return true;
 }
 
 } // namespace
 
-ZPAtomicFile::ZPAtomicFile(std::filesystem::path path) : _path(std::move(path)) {}
+ZPAtomicFile::ZPAtomicFile(std::filesystem::path path, Temporary temporary)
+    : _path(std::move(path)), _temporary(temporary) {}
 
 ZPAtomicFile::~ZPAtomicFile() {
     discard();
 }
 
-bool ZPAtomicFile::failWithErrno(ZPError *error) {
-    const ZPError cause = ZPError::posix(errno);
+bool ZPAtomicFile::fail(int number, ZPError *error) {
+    _failure = number;
     discard();
-    return ZPFail(error, cause);
+    return ZPFail(error, ZPError::posix(number));
 }
 
 void ZPAtomicFile::discard() {
     if (_descriptor >= 0)
-        close(_descriptor);
-    _descriptor = -1;
-    if (!_temporaryPath.empty())
-        unlink(_temporaryPath.c_str());
-    temporaryPathToRemove = nullptr;
-    _temporaryPath.clear();
+        close(std::exchange(_descriptor, -1));
+    _name.reset();
 }
 
 bool ZPAtomicFile::open(ZPError *error) {
-    // A device or a pipe is written to and must not be replaced by a file. Opening a directory
-    // fails, which says so before any work is done.
     struct stat target {};
-    if (stat(_path.c_str(), &target) == 0 && !S_ISREG(target.st_mode)) {
+    _replacesFile = stat(_path.c_str(), &target) == 0;
+    if (!_replacesFile && errno != ENOENT)
+        return fail(errno, error);
+    followLinks(_path);
+    if (_replacesFile && (!S_ISREG(target.st_mode) || isInProcessFolder(_path))) {
+        // Opening a directory fails, which says so before any work is done.
         _descriptor = ::open(_path.c_str(), O_WRONLY | O_CLOEXEC);
-        return _descriptor >= 0 || failWithErrno(error);
+        if (_descriptor < 0)
+            return fail(errno, error);
+        const off_t end = S_ISREG(target.st_mode) ? lseek(_descriptor, 0, SEEK_END) : 0;
+        _start = end > 0 ? static_cast<std::uint64_t>(end) : 0;
+        return true;
     }
-    catchSignalsOnce();
-    std::string path = _path.string() + ".XXXXXX";
-    _descriptor = mkostemp(path.data(), O_CLOEXEC);
-    if (_descriptor < 0)
-        return failWithErrno(error);
-    _temporaryPath = std::move(path);
-    temporaryPathToRemove = _temporaryPath.c_str();
-    return fchmod(_descriptor, fileModeUnderMask()) == 0 || failWithErrno(error);
+    if (!_path.has_filename())
+        return fail(ENOENT, error);
+    if (!openNameless() && !openNamed())
+        return fail(errno, error);
+    return !_replacesFile || takeAttributes(target) || fail(errno, error);
+}
+
+bool ZPAtomicFile::openNameless() {
+    if (_temporary == Temporary::named)
+        return false;
+    _descriptor =
+        ::open(folderOf(_path).c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, kModeBeforeMask);
+    // Without the system's folder of open files it could not be given a name later.
+    _isNameless = _descriptor >= 0 && access(pathOfDescriptor(_descriptor).c_str(), F_OK) == 0;
+    if (!_isNameless)
+        discard();
+    return _isNameless;
+}
+
+bool ZPAtomicFile::openNamed() {
+    do {
+        _name = std::make_unique<ZPTemporaryName>(_path);
+        _descriptor =
+            ::open(_name->c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kModeBeforeMask);
+    } while (_descriptor < 0 && errno == EEXIST);
+    return _descriptor >= 0;
+}
+
+bool ZPAtomicFile::takeAttributes(const struct stat &target) {
+    struct stat own {};
+    if (fstat(_descriptor, &own) != 0)
+        return false;
+    // Only root may give files away; a file written by somebody else is theirs.
+    if (own.st_uid != target.st_uid || own.st_gid != target.st_gid)
+        static_cast<void>(fchown(_descriptor, target.st_uid, target.st_gid) == 0);
+    constexpr mode_t kPermissions = 0777;
+    const mode_t mode = target.st_mode & kPermissions;
+    return mode == (own.st_mode & kPermissions) || fchmod(_descriptor, mode) == 0;
 }
 
 bool ZPAtomicFile::write(std::span<const std::byte> bytes, ZPError *error) {
-    while (!bytes.empty()) {
-        const ssize_t count = ::write(_descriptor, bytes.data(), bytes.size());
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count < 0)
-            return failWithErrno(error);
-        bytes = bytes.subspan(static_cast<std::size_t>(count));
-    }
-    return true;
+    if (_failure != 0)
+        return fail(_failure, error);
+    const auto writeSome = [this](std::span<const std::byte> rest) {
+        return ::write(_descriptor, rest.data(), rest.size());
+    };
+    return writeAll(bytes, writeSome) || fail(errno, error);
 }
 
 bool ZPAtomicFile::rewriteAtOffset(std::uint64_t offset, std::span<const std::byte> bytes,
                                    ZPError *error) {
-    while (!bytes.empty()) {
+    if (_failure != 0)
+        return fail(_failure, error);
+    offset += _start;
+    const auto writeSome = [&](std::span<const std::byte> rest) {
         const ssize_t count =
-            pwrite(_descriptor, bytes.data(), bytes.size(), static_cast<off_t>(offset));
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count < 0)
-            return failWithErrno(error);
-        bytes = bytes.subspan(static_cast<std::size_t>(count));
-        offset += static_cast<std::uint64_t>(count);
-    }
-    return true;
+            pwrite(_descriptor, rest.data(), rest.size(), static_cast<off_t>(offset));
+        offset += count > 0 ? static_cast<std::uint64_t>(count) : 0;
+        return count;
+    };
+    return writeAll(bytes, writeSome) || fail(errno, error);
 }
 
 bool ZPAtomicFile::commit(ZPError *error) {
-    if (close(std::exchange(_descriptor, -1)) != 0)
-        return failWithErrno(error);
-    if (_temporaryPath.empty())
-        return true;
-    if (rename(_temporaryPath.c_str(), _path.c_str()) != 0)
-        return failWithErrno(error);
-    temporaryPathToRemove = nullptr;
-    _temporaryPath.clear();
+    if (_failure != 0)
+        return fail(_failure, error);
+    // Closing brings up what a file system kept to itself when the bytes were written. A copy is
+    // closed, since a file without a name goes with its last descriptor.
+    const int copy = fcntl(_descriptor, F_DUPFD_CLOEXEC, 0);
+    if (copy < 0 || close(copy) != 0)
+        return fail(errno, error);
+    if (_isNameless && !takeName())
+        return fail(errno, error);
+    if (_name != nullptr) {
+        if (rename(_name->c_str(), _path.c_str()) != 0)
+            return fail(errno, error);
+        _name->release();
+    }
+    discard();
     return true;
+}
+
+/// Gives a nameless file its name, or, since a link replaces nothing, a temporary one where the
+/// name is taken.
+bool ZPAtomicFile::takeName() {
+    const std::string source = pathOfDescriptor(_descriptor);
+    const auto link = [&source](const char *path) {
+        return linkat(AT_FDCWD, source.c_str(), AT_FDCWD, path, AT_SYMLINK_FOLLOW) == 0;
+    };
+    if (!_replacesFile && link(_path.c_str()))
+        return true;
+    do {
+        _name = std::make_unique<ZPTemporaryName>(_path);
+        if (link(_name->c_str()))
+            return true;
+    } while (errno == EEXIST);
+    return false;
 }
 
 bool ZPWriteTextToPath(std::string_view text, const std::filesystem::path &path, ZPError *error) {

@@ -1,4 +1,5 @@
 #include "io/ZPAtomicFile.h"
+#include "io/ZPProcess.h"
 #include "sample/SampleArchiveWriter.h"
 #include "sample/SampleCells.h"
 #include "sample/SampleRecords.h"
@@ -171,6 +172,7 @@ int run(const CommandLine &line) {
 } // namespace
 
 int main(int argc, char **argv) {
+    ZPPrepareProcess();
     const std::optional<CommandLine> line = parse(argc, argv);
     if (!line) {
         std::fputs(kUsageText, stderr);
