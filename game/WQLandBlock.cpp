@@ -13,8 +13,9 @@ WQLandBlock::WQLandBlock(ZPDataCursor &cursor, ZPGorvaneClientData *clientData)
     : WQCellObject(cursor, clientData), _objectBlockPresent(cursor.readLittleInt32()) {
     // One check for both grids and the padding: a run decodes some 65,000 blocks.
     constexpr std::size_t kPaddingSize = 1;
-    const auto bytes =
-        cursor.readSpanOfLength(sizeof _topology + sizeof _height + kPaddingSize).data();
+    constexpr std::size_t kRest = sizeof _topology + sizeof _height + kPaddingSize;
+    const char *operation = cursor.remaining() < sizeof _topology ? "readLittleInt16" : "readByte";
+    const auto bytes = cursor.readSpanOfLength(kRest, operation).data();
     std::memcpy(_topology.data(), bytes, sizeof _topology);
     std::memcpy(_height.data(), bytes + sizeof _topology, sizeof _height);
     if constexpr (std::endian::native == std::endian::big)

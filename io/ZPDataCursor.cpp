@@ -111,20 +111,27 @@ std::string ZPDataCursor::readLength8UTF16StringAndAlign(bool align) {
 
 // -- the first game's strings
 
-std::string ZPDataCursor::wq_readStringOfLength(std::uint64_t length, bool align,
-                                                bool swapNibbles) {
-    const auto bytes = take(length, "wq_readStringOfLength:align:swapNibbles:");
-    std::string text;
-    if (swapNibbles) {
-        ZPData swapped(bytes.begin(), bytes.end());
-        ZPSwapNibbles(swapped);
-        text = ZPStringFromWindows1252(swapped);
-    } else {
-        text = ZPStringFromWindows1252(bytes);
-    }
+std::string ZPDataCursor::stringOfBytes(std::span<const std::byte> bytes, bool align) {
     if (align)
         alignToFourByteBoundary();
-    return text;
+    return ZPStringFromWindows1252(bytes);
+}
+
+ZPData ZPDataCursor::takeStringBytes(std::uint64_t length, bool swapNibbles) {
+    const auto taken = take(length, "wq_readStringOfLength:align:swapNibbles:");
+    ZPData bytes(taken.begin(), taken.end());
+    if (swapNibbles)
+        ZPSwapNibbles(bytes);
+    return bytes;
+}
+
+std::string ZPDataCursor::wq_readStringOfLength(std::uint64_t length, bool align) {
+    return stringOfBytes(take(length, "wq_readStringOfLength:align:"), align);
+}
+
+std::string ZPDataCursor::wq_readStringOfLength(std::uint64_t length, bool align,
+                                                bool swapNibbles) {
+    return stringOfBytes(takeStringBytes(length, swapNibbles), align);
 }
 
 std::string ZPDataCursor::wq_readLength8StringAndAlign(bool align) {
@@ -169,9 +176,8 @@ std::string ZPDataCursor::wq_readNibbledLength16StringAndAlign(bool align) {
 
 std::string ZPDataCursor::wq_readNibbledLength16StringAndAlign(bool align, ZPData &storeData) {
     const std::uint16_t length = readLittleInt16();
-    ZPData bytes = peekDataWithLength(length);
-    std::string text = wq_readStringOfLength(length, align, true);
-    ZPSwapNibbles(bytes);
+    const ZPData bytes = takeStringBytes(length, true);
+    std::string text = stringOfBytes(bytes, align);
     storeData.insert(storeData.end(), bytes.begin(), bytes.end());
     return text;
 }
@@ -281,7 +287,9 @@ std::uint64_t ZPDataCursor::readBigInt64WithName(std::string_view name) {
 std::uint32_t ZPDataCursor::readFourCCWithName(std::string_view name) {
     const std::string label = labelWithName(name);
     const std::uint32_t value = readBigInt32();
-    log("%s: %08x - %s", label.c_str(), value, ZPFourCCStringForValue(value).c_str());
+    // Not as a C string, which ends at a NUL.
+    const std::string code = ZPFourCCStringForValue(value);
+    log("%s: %08x - %c%c%c%c", label.c_str(), value, code[0], code[1], code[2], code[3]);
     return value;
 }
 

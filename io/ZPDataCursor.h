@@ -20,7 +20,8 @@ using ZPUUID = std::array<std::byte, 16>;
 /// `0 <= offset() <= data().size()` always. Every read is held against the bytes that remain before
 /// it moves; one that would pass the end throws ZPRangeException
 /// "Trying to read past end in -[ZPDataCursor <operation>]" and consumes nothing. Reads made of
-/// several smaller ones (vectors, doubles) may have consumed some parts when they throw.
+/// several others (vectors, doubles, strings behind a length) name the one that failed, and may
+/// have consumed some parts when they throw.
 class ZPDataCursor {
   public:
     ZPDataCursor() = delete;
@@ -36,6 +37,7 @@ class ZPDataCursor {
     /// The end itself is allowed; beyond it throws "Trying to seek past end of data.".
     void setOffset(std::uint64_t offset);
     void advanceByLength(std::uint64_t length);
+    // Skip up to the next offset that is a multiple; the same exception where that is past the end.
     void alignToTwoByteBoundary();
     void alignToFourByteBoundary();
 
@@ -60,12 +62,16 @@ class ZPDataCursor {
     /// Stored w, x, y, z.
     ZPQuaternion readLittleQuaternion();
 
+    /// The next `length` bytes, copied. Peeking does not move.
     ZPData readDataWithLength(std::uint64_t length);
     ZPData peekDataWithLength(std::uint64_t length) const;
+    /// Appends the next `length` bytes.
     void readBytesOfLength(std::uint64_t length, ZPData &intoData);
-    /// The next `length` bytes without a copy; valid as long as the cursor's data.
-    std::span<const std::byte> readSpanOfLength(std::uint64_t length) {
-        return take(length, "readSpanOfLength:");
+    /// The next `length` bytes without a copy; valid as long as the cursor's data. Whoever takes
+    /// many small values at once names the read that it saves, for the exception to name.
+    std::span<const std::byte> readSpanOfLength(std::uint64_t length,
+                                                const char *operation = "readSpanOfLength:") {
+        return take(length, operation);
     }
     ZPUUID readUUID();
 
@@ -76,7 +82,9 @@ class ZPDataCursor {
 
     // Strings of the first game: Windows-1252 bytes, given as UTF-8, then optional padding to a
     // multiple of four. The operations differ in how the length is stored.
-    std::string wq_readStringOfLength(std::uint64_t length, bool align, bool swapNibbles = false);
+    std::string wq_readStringOfLength(std::uint64_t length, bool align);
+    /// With `swapNibbles` the two halves of each byte are exchanged first.
+    std::string wq_readStringOfLength(std::uint64_t length, bool align, bool swapNibbles);
     std::string wq_readLength8StringAndAlign(bool align);
     std::string wq_readLength15StringAndAlign(bool align);
     std::string wq_readLength16StringAndAlign(bool align);
@@ -120,6 +128,7 @@ class ZPDataCursor {
     bool enableLogging() const { return _enableLogging; }
     void setEnableLogging(bool enable) { _enableLogging = enable; }
     std::uint64_t labelWidth() const { return _labelWidth; }
+    /// In characters.
     void setLabelWidth(std::uint64_t width) { _labelWidth = width; }
 
     /// Writes a line to standard output when logging is enabled; flushes it in every case.
@@ -138,6 +147,8 @@ class ZPDataCursor {
 
   private:
     [[noreturn]] static void failRead(const char *operation);
+    std::string stringOfBytes(std::span<const std::byte> bytes, bool align);
+    ZPData takeStringBytes(std::uint64_t length, bool swapNibbles);
 
     std::span<const std::byte> take(std::uint64_t length, const char *operation) {
         if (length > remaining())

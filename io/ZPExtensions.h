@@ -13,6 +13,7 @@
 /// Two lower-case hexadecimal digits a byte, no separators.
 std::string ZPHexString(std::span<const std::byte> data);
 
+// Append the value's bytes.
 void ZPAppendLittleInt16(ZPData &data, std::uint16_t value);
 void ZPAppendLittleInt32(ZPData &data, std::uint32_t value);
 void ZPAppendBigInt16(ZPData &data, std::uint16_t value);
@@ -24,17 +25,20 @@ void ZPAlignToFourByteBoundary(ZPData &data);
 
 // -- text
 
+// `length` blanks.
 std::string ZPSpacesOfLength(std::size_t length);
 void ZPAppendSpacesOfLength(std::string &text, std::size_t length);
 /// Appends two blanks a level.
 void ZPIndentToLevel(std::string &text, std::size_t level);
 /// Parses the hexadecimal number, with or without 0x, that `text` begins with after blanks. False,
 /// and `value` untouched, where there is none; a number too large gives the largest value.
-bool ZPScanHexValue(std::string_view text, std::uint32_t &value);
+[[nodiscard]] bool ZPScanHexValue(std::string_view text, std::uint32_t &value);
 /// Four characters, the most significant byte first.
 std::string ZPFourCCStringForValue(std::uint32_t value);
 /// Eight hexadecimal digits with every 0 shown as a dot.
 std::string ZPStringForFlags(std::uint32_t flags);
+/// Days, and from 365 of them on years and days, with the seconds in brackets:
+/// ` 1.50 days (129600.000000 seconds)`.
 std::string ZPTimeFromSeconds(double seconds);
 std::string ZPTimeFromMilliseconds(std::uint32_t milliseconds);
 

@@ -5,7 +5,6 @@
 #include "io/ZPText.h"
 
 #include <algorithm>
-#include <cassert>
 #include <cerrno>
 #include <cstdarg>
 #include <fcntl.h>
@@ -33,17 +32,28 @@ std::unique_ptr<ZPLogger> ZPLogger::initWithOutputToPath(const std::filesystem::
 }
 
 void ZPLogger::_log(std::string_view text) {
-    if (_outputFileHandle != nullptr)
-        std::fwrite(text.data(), 1, text.size(), _outputFileHandle.get());
-    else
+    if (_outputFileHandle == nullptr) {
         _outputString += text;
+        return;
+    }
+    errno = 0;
+    std::FILE *stream = _outputFileHandle.get();
+    const bool isWritten =
+        std::fwrite(text.data(), 1, text.size(), stream) == text.size() && std::fflush(stream) == 0;
+    if (isWritten || _writeError)
+        return;
+    _writeError = ZPError::posix(errno);
+    ZPLog("Error: cannot write a log: %s", _writeError->description().c_str());
 }
 
+/// In one piece, so that what others write to the same stream stays outside the line.
 void ZPLogger::logLine(std::string_view message) {
+    std::string line;
     if (!message.empty())
-        _log(_linePrefix);
-    _log(message);
-    _log(_lineSuffix ? std::string_view(*_lineSuffix) : "\n");
+        line = _linePrefix;
+    line += message;
+    line += _lineSuffix ? *_lineSuffix : "\n";
+    _log(line);
 }
 
 void ZPLogger::log(const char *format, ...) {
@@ -70,7 +80,8 @@ void ZPLogger::logBytesOfLength(std::uint64_t length, ZPDataCursor &fromCursor,
                                 std::string_view prefix) {
     while (length > 0) {
         const std::uint64_t count = std::min<std::uint64_t>(length, 16);
-        logLine(std::string(prefix) + ZPHexDumpRow(fromCursor.readSpanOfLength(count)));
+        const auto bytes = fromCursor.readSpanOfLength(count, "readByte");
+        logLine(std::string(prefix) + ZPHexDumpRow(bytes));
         length -= count;
     }
 }
@@ -86,7 +97,8 @@ void ZPLogger::pushIndentation(std::string indentation) {
 }
 
 void ZPLogger::popIndentation() {
-    assert(!_indentations.empty());
+    if (_indentations.empty())
+        throw ZPGenericException("Popping an indentation where none was pushed.");
     _indentations.pop_back();
     updateLinePrefix();
 }
@@ -102,9 +114,10 @@ void ZPLogger::updateLinePrefix() {
         _linePrefix += indentation;
 }
 
-void ZPLogger::flush() {
-    if (_outputFileHandle == nullptr)
-        return;
-    std::fflush(_outputFileHandle.get());
-    fsync(fileno(_outputFileHandle.get()));
+bool ZPLogger::flush(ZPError *error) {
+    if (_writeError)
+        return ZPFail(error, *_writeError);
+    // Terminals and pipes cannot be synchronised, and need not.
+    return _outputFileHandle == nullptr || fsync(fileno(_outputFileHandle.get())) == 0 ||
+           errno == EINVAL || errno == EROFS || ZPFail(error, ZPError::posix(errno));
 }

@@ -10,7 +10,8 @@
 #include <vector>
 
 /// The structured text log: lines with a stack of indentations before them, written to standard
-/// output, to a file, or collected in a string. One thread at a time.
+/// output, to a file, or collected in a string. One thread at a time. Each line is handed to the
+/// system at once; that one cannot be written is said once in the system log.
 class ZPLogger {
   public:
     /// Collects lines in `outputString()`.
@@ -18,8 +19,8 @@ class ZPLogger {
     static ZPLogger initWithStandardOutput();
     /// Creates or truncates the file (permission bits 0666 before the process's mask) and closes it
     /// when the logger goes. Null, with an error of the POSIX domain, when it cannot be opened.
-    static std::unique_ptr<ZPLogger> initWithOutputToPath(const std::filesystem::path &path,
-                                                          ZPError *error = nullptr);
+    [[nodiscard]] static std::unique_ptr<ZPLogger>
+    initWithOutputToPath(const std::filesystem::path &path, ZPError *error = nullptr);
 
     /// Writes as it is: no prefix, no line end.
     void _log(std::string_view text);
@@ -27,18 +28,20 @@ class ZPLogger {
     void log(const char *format, ...) __attribute__((format(printf, 2, 3)));
     /// Logs each line of `text`, the first behind `prefix`, the others hanging under its text.
     void logString(std::string_view prefix, std::string_view text);
-    /// A dump of the cursor's next bytes, 16 a line.
+    /// A dump of the cursor's next bytes, 16 a line. Throws the cursor's exception when there are
+    /// fewer, after the lines that are whole.
     void logBytesOfLength(std::uint64_t length, ZPDataCursor &fromCursor, std::string_view prefix);
     void logData(std::span<const std::byte> data, std::string_view prefix);
 
     void pushIndentation(std::string indentation);
-    /// The stack must not be empty.
+    /// Throws ZPGenericException when the stack is empty.
     void popIndentation();
     void popAllIndentation();
     const std::vector<std::string> &indentations() const { return _indentations; }
 
-    /// Asks the system to put what was written on the disk; nothing for a string logger.
-    void flush();
+    /// Asks the system to put what was written on the disk; nothing for a string logger. False,
+    /// with an error of the POSIX domain, when that fails or a line could not be written before.
+    [[nodiscard]] bool flush(ZPError *error = nullptr);
 
     const std::string &outputString() const { return _outputString; }
     void setOutputString(std::string text) { _outputString = std::move(text); }
@@ -61,4 +64,6 @@ class ZPLogger {
     std::vector<std::string> _indentations;
     std::string _linePrefix;
     std::optional<std::string> _lineSuffix;
+    /// The cause of the first failure.
+    std::optional<ZPError> _writeError;
 };

@@ -1,5 +1,7 @@
 #include "io/ZPSystemLog.h"
 
+#include "io/ZPText.h"
+
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
@@ -17,6 +19,16 @@ std::string timeAndProcess() {
     std::strftime(date, sizeof date, "%Y-%m-%d %H:%M:%S", &local);
     return ZPFormat("%s.%03ld %s[%d:%d] ", date, now.tv_nsec / 1'000'000,
                     program_invocation_short_name, getpid(), gettid());
+}
+
+/// A whole line of text that may come from a file: a terminal takes no commands from it, and no
+/// text fills the disk. The program's own texts have line ends and tabs.
+std::string printable(const std::string &text) {
+    constexpr std::size_t kLongestLine = 1 << 16;
+    if (text.size() <= kLongestLine)
+        return ZPEscapedText(text, "\n\t") + "\n";
+    return ZPEscapedText(std::string_view(text).substr(0, kLongestLine), "\n\t") +
+           ZPFormat("... and %zu bytes more\n", text.size() - kLongestLine);
 }
 
 } // namespace
@@ -45,11 +57,19 @@ std::string ZPFormat(const char *format, ...) {
 void ZPLog(const char *format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    const std::string line = timeAndProcess() + ZPFormatArguments(format, arguments) + "\n";
+    const std::string line = timeAndProcess() + printable(ZPFormatArguments(format, arguments));
     va_end(arguments);
 
     // A log that cannot be written has nowhere to report that.
-    [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, line.data(), line.size());
+    std::string_view rest = line;
+    while (!rest.empty()) {
+        const ssize_t count = write(STDERR_FILENO, rest.data(), rest.size());
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0)
+            return;
+        rest.remove_prefix(static_cast<std::size_t>(count));
+    }
 }
 
 void ZPPrintLine(const char *format, va_list arguments) {

@@ -4,7 +4,8 @@
 #include <string>
 
 /// Writes one line to the standard error stream, in a single `write` and so whole even when several
-/// threads log: `2026-01-31 12:34:56.789 program[pid:thread] text`. The time is local time.
+/// threads log: `2026-01-31 12:34:56.789 program[pid:thread] text`. The time is local time. Control
+/// characters but line ends and tabs are escaped, and a text is cut after 65536 bytes.
 void ZPLog(const char *format, ...) __attribute__((format(printf, 1, 2)));
 
 /// The result of a printf-style format.
@@ -13,7 +14,7 @@ std::string ZPFormat(const char *format, ...) __attribute__((format(printf, 1, 2
 std::string ZPFormatArguments(const char *format, va_list arguments)
     __attribute__((format(printf, 1, 0)));
 
-/// Writes a line to standard output and flushes it.
+/// Writes a line to standard output, as it is, and flushes it.
 void ZPPrintLine(const char *format, va_list arguments) __attribute__((format(printf, 1, 0)));
 
 /// Text of an object that may be absent: itself, or `(null)`.

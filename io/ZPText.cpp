@@ -128,6 +128,28 @@ std::u16string ZPUTF16FromString(std::string_view text) {
     return units;
 }
 
+std::string ZPEscapedText(std::string_view text, std::string_view allowed) {
+    static constexpr char kDigits[] = "0123456789abcdef";
+    std::string escaped;
+    escaped.reserve(text.size());
+    while (!text.empty()) {
+        const std::string_view rest = text;
+        const std::optional<char32_t> character = nextUTF8(text);
+        const std::string_view bytes = rest.substr(0, rest.size() - text.size());
+        const bool isControl =
+            character && (*character < 0x20 || (*character >= 0x7F && *character < 0xA0));
+        if (character && (!isControl || allowed.find(bytes) != allowed.npos)) {
+            escaped += bytes;
+            continue;
+        }
+        for (const char byte : bytes) {
+            const auto code = static_cast<unsigned char>(byte);
+            escaped.append("\\x").append({kDigits[code >> 4], kDigits[code & 15]});
+        }
+    }
+    return escaped;
+}
+
 bool ZPIsValidUTF8(std::string_view text) {
     while (!text.empty())
         if (!nextUTF8(text))

@@ -15,7 +15,12 @@ ZPData ZPWindows1252FromString(std::string_view text);
 
 /// An unpaired surrogate becomes U+FFFD.
 std::string ZPStringFromUTF16(std::u16string_view units);
+/// What is not UTF-8 becomes U+FFFD, byte by byte.
 std::u16string ZPUTF16FromString(std::string_view text);
+
+/// A text from a file, fit for a terminal: control characters but those of `allowed`, and bytes
+/// that are not UTF-8, become `\xNN`, byte by byte.
+std::string ZPEscapedText(std::string_view text, std::string_view allowed = {});
 
 /// Whether the bytes are well-formed UTF-8 (no overlong form, surrogate or value past U+10FFFF).
 bool ZPIsValidUTF8(std::string_view text);

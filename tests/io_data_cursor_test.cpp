@@ -53,21 +53,26 @@ TEST(DataCursor, NothingIsReadPastTheEnd) {
         std::uint64_t offset;
         std::function<void(ZPDataCursor &)> action;
         std::string message;
-    } cases[] = {{9, [](auto &c) { c.readByte(); }, "no exception"},
-                 {10, [](auto &c) { c.readByte(); }, "readByte"},
-                 {9, [](auto &c) { c.readLittleInt16(); }, "readLittleInt16"},
-                 {6, [](auto &c) { c.readBigInt32(); }, "no exception"},
-                 {7, [](auto &c) { c.readBigInt32(); }, "readBigInt32"},
-                 {3, [](auto &c) { c.readLittleInt64(); }, "readLittleInt64"},
-                 {8, [](auto &c) { c.readLittleFloat32(); }, "readLittleFloat32"},
-                 {1, [](auto &c) { c.readDataWithLength(10); }, "readDataWithLength:"},
-                 {1, [](auto &c) { c.readDataWithLength(UINT64_MAX); }, "readDataWithLength:"},
-                 {1, [](auto &c) { c.peekDataWithLength(10); }, "peekDataWithLength:"},
-                 {0, [](auto &c) { c.readUUID(); }, "readUUID"},
-                 {0, [](auto &c) { c.setOffset(10); }, "no exception"},
-                 {4, [](auto &c) { c.setOffset(11); }, "seek"},
-                 {4, [](auto &c) { c.advanceByLength(UINT64_MAX); }, "seek"},
-                 {9, [](auto &c) { c.alignToFourByteBoundary(); }, "seek"}};
+    } cases[] = {
+        {9, [](auto &c) { c.readByte(); }, "no exception"},
+        {10, [](auto &c) { c.readByte(); }, "readByte"},
+        {9, [](auto &c) { c.readLittleInt16(); }, "readLittleInt16"},
+        {6, [](auto &c) { c.readBigInt32(); }, "no exception"},
+        {7, [](auto &c) { c.readBigInt32(); }, "readBigInt32"},
+        {3, [](auto &c) { c.readLittleInt64(); }, "readLittleInt64"},
+        {8, [](auto &c) { c.readLittleFloat32(); }, "readLittleFloat32"},
+        {1, [](auto &c) { c.readDataWithLength(10); }, "readDataWithLength:"},
+        {1, [](auto &c) { c.readDataWithLength(UINT64_MAX); }, "readDataWithLength:"},
+        {1, [](auto &c) { c.peekDataWithLength(10); }, "peekDataWithLength:"},
+        {0, [](auto &c) { c.readUUID(); }, "readUUID"},
+        {3, [](auto &c) { c.readUTF16StringOfLength(4, true); }, "readUTF16StringOfLength:align:"},
+        {3, [](auto &c) { c.wq_readStringOfLength(8, false); }, "wq_readStringOfLength:align:"},
+        {3, [](auto &c) { c.wq_readStringOfLength(8, false, true); },
+         "wq_readStringOfLength:align:swapNibbles:"},
+        {0, [](auto &c) { c.setOffset(10); }, "no exception"},
+        {4, [](auto &c) { c.setOffset(11); }, "seek"},
+        {4, [](auto &c) { c.advanceByLength(UINT64_MAX); }, "seek"},
+        {9, [](auto &c) { c.alignToFourByteBoundary(); }, "seek"}};
     for (const auto &c : cases) {
         ZPDataCursor cursor(data);
         cursor.setOffset(c.offset);
@@ -117,6 +122,8 @@ TEST(DataCursor, PackedIntegers) {
                  {"8123", int15, 0x0123},
                  {"8123", wacky, 0x0123},
                  {"0123", wacky, 0x2301},
+                 {"8001", wacky, 0x0001},
+                 {"7F80", wacky, 0x807F},
                  {"FF7F", shortA, 0x7FFF},
                  {"01800200", shortA, 2},
                  {"008034127856", shortB, 0x1234},
@@ -186,6 +193,12 @@ TEST(DataCursor, TraceLabels) {
     cursor.readLittleInt32WithName("identifier");
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
               "4 0000001c           identifier: 0000002a\n");
+    // The four characters of a code, whatever they are.
+    cursor.setOffset(4);
+    testing::internal::CaptureStdout();
+    cursor.readFourCCWithName("code");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              std::string("4 00000004                 code: 01000000 - \1\0\0\0\n", 49));
     EXPECT_EQ(ZPDataCursor::labelForOffset(6).substr(0, 2), "2 ");
     EXPECT_EQ(ZPDataCursor::labelForOffset(7).substr(0, 2), "1 ");
     EXPECT_EQ(cursor.labelWithName("abcdefghijklmnopqrstuvwxy"), "4 00000020 abcdefghijklmnopqrst");

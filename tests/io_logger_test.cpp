@@ -1,13 +1,17 @@
 #include "tests/TestBytes.h"
 #include "tests/TestSupport.h"
 
-#include "io/ZPAtomicFile.h"
 #include "io/ZPLogger.h"
 #include "io/ZPSHA1.h"
+#include "io/ZPSystemLog.h"
+#include "io/ZPText.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <fstream>
+#include <unistd.h>
 
 namespace {
 
@@ -54,30 +58,62 @@ TEST(Logger, ToAFile) {
     EXPECT_EQ(ZPLogger::initWithOutputToPath(directory / "missing/log", &error), nullptr);
     EXPECT_EQ(error.domain, kZPPOSIXErrorDomain);
     EXPECT_EQ(error.code, ENOENT);
-    ZPLogger::initWithOutputToPath(directory / "log")->log("line");
+    // A longer file that was there leaves nothing behind, and no line waits in a buffer.
+    std::ofstream(directory / "log") << "an older and longer text";
+    const auto logger = ZPLogger::initWithOutputToPath(directory / "log");
+    logger->log("line");
     EXPECT_EQ(textOfFile(directory / "log"), "line\n");
+    EXPECT_TRUE(logger->flush());
 }
 
-TEST(AtomicFile, AppearsWholeOrNotAtAll) {
-    const TemporaryFolder directory;
-    const auto path = directory / "file";
-    ASSERT_TRUE(ZPWriteTextToPath("old", path));
-    {
-        ZPAtomicFile file(path);
-        ASSERT_TRUE(file.open());
-        ASSERT_TRUE(file.write(hex("414243")));
-        EXPECT_EQ(textOfFile(path), "old");
-    }
-    EXPECT_EQ(textOfFile(path), "old");
-    ZPAtomicFile file(path);
-    ASSERT_TRUE(file.open() && file.write(hex("414243")) && file.rewriteAtOffset(1, hex("62")) &&
-                file.write(hex("44")) && file.commit());
-    EXPECT_EQ(textOfFile(path), "AbCD");
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(directory.path()), {}), 1);
-
+TEST(Logger, TellsOfWhatItCannotWrite) {
+    if (access("/dev/full", W_OK) != 0)
+        GTEST_SKIP() << "there is no device that is always full";
+    const auto logger = ZPLogger::initWithOutputToPath("/dev/full");
+    testing::internal::CaptureStderr();
+    logger->log("one");
+    logger->log("two");
+    const std::string said = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(std::ranges::count(said, '\n'), 1);
+    EXPECT_NE(said.find(ZPError::posix(ENOSPC).description()), said.npos);
     ZPError error;
-    EXPECT_FALSE(ZPWriteTextToPath("new", directory / "missing/file", &error));
-    EXPECT_EQ(error.code, ENOENT);
+    EXPECT_FALSE(logger->flush(&error));
+    EXPECT_EQ(error.code, ENOSPC);
+}
+
+TEST(Logger, NamesTheReadThatADumpEndsIn) {
+    const ZPData data(18);
+    ZPDataCursor cursor(data);
+    ZPLogger logger;
+    try {
+        logger.logBytesOfLength(20, cursor, "");
+        ADD_FAILURE() << "read past the end";
+    } catch (const ZPRangeException &exception) {
+        EXPECT_STREQ(exception.what(), "Trying to read past end in -[ZPDataCursor readByte]");
+    }
+    EXPECT_EQ(std::ranges::count(logger.outputString(), '\n'), 1);
+    EXPECT_THROW(logger.popIndentation(), ZPGenericException);
+}
+
+TEST(SystemLog, EscapesWhatATerminalWouldObey) {
+    const std::pair<std::string_view, const char *> cases[] = {
+        {"tab\tline\n é 😀", "tab\\x09line\\x0a é 😀"},
+        {std::string_view("a\0b", 3), "a\\x00b"},
+        {"\x1b[31mred\x7f", "\\x1b[31mred\\x7f"},
+        {"\xc2\x9b"
+         "31m",
+         "\\xc2\\x9b31m"}, // the C1 form of the same command
+        {"\xe9t\xe9 \xe2\x82", "\\xe9t\\xe9 \\xe2\\x82"}};
+    for (const auto &[text, escaped] : cases)
+        EXPECT_EQ(ZPEscapedText(text), escaped);
+
+    const auto logged = [](const std::string &text) {
+        testing::internal::CaptureStderr();
+        ZPLog("%s", text.c_str());
+        return testing::internal::GetCapturedStderr();
+    };
+    EXPECT_TRUE(logged("a\x1b]0;b\x07\nc\td").ends_with("] a\\x1b]0;b\\x07\nc\td\n"));
+    EXPECT_TRUE(logged(std::string(70000, 'x')).ends_with("xxx... and 4464 bytes more\n"));
 }
 
 TEST(Extensions, TextsAndHashes) {
@@ -91,6 +127,11 @@ TEST(Extensions, TextsAndHashes) {
     EXPECT_FALSE(ZPScanHexValue("xyz", value));
     EXPECT_TRUE(ZPScanHexValue(" 0x1F rest", value));
     EXPECT_EQ(value, 0x1Fu);
+    EXPECT_TRUE(ZPScanHexValue("FFFFFFFF", value));
+    EXPECT_EQ(value, 0xFFFFFFFFu);
+    value = 5;
+    EXPECT_TRUE(ZPScanHexValue("100000000", value));
+    EXPECT_EQ(value, 0xFFFFFFFFu);
 }
 
 } // namespace

@@ -1,0 +1,45 @@
+#include "tests/TestSupport.h"
+
+#include "archive/ZPGorvaneBlockStorage.h"
+#include "archive/ZPGorvaneStoredObject.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <sys/stat.h>
+
+namespace {
+
+/// A record that says that it was saved and leaves no file.
+class UnsavedObject : public ZPGorvaneStoredObject {
+  public:
+    using ZPGorvaneStoredObject::saveToPath;
+    using ZPGorvaneStoredObject::ZPGorvaneStoredObject;
+    bool saveToPath(const std::filesystem::path &, ZPError *) const override { return true; }
+};
+
+TEST(StoredObject, SavesItsDumpWithTheTimeOfItsFile) {
+    const TemporaryFolder folder;
+    ZPGorvaneStoredObject record(0x06000001);
+    ZPError error;
+    EXPECT_FALSE(record.saveToPath(folder / "dump", 1234567890, &error));
+    EXPECT_EQ(error.domain, ZPGorvaneStorageErrorDomain);
+    EXPECT_TRUE(error.userInfo.empty());
+    EXPECT_FALSE(std::filesystem::exists(folder / "dump"));
+
+    record.appendFormat("line %d", 1);
+    EXPECT_TRUE(record.saveToPath(folder / "dump", 1234567890, &error));
+    EXPECT_EQ(textOfFile(folder / "dump"), "line 1\n");
+    struct stat status {};
+    stat((folder / "dump").c_str(), &status);
+    EXPECT_EQ(status.st_mtime, 1234567890);
+    EXPECT_EQ(status.st_atime, 1234567890);
+
+    EXPECT_FALSE(UnsavedObject(1).saveToPath(folder / "none", 1234567890, &error));
+    EXPECT_EQ(error.domain, ZPGorvaneStorageErrorDomain);
+    const auto cause = error.userInfo.find(NSUnderlyingErrorKey);
+    ASSERT_NE(cause, error.userInfo.end());
+    EXPECT_EQ(std::get<std::shared_ptr<const ZPError>>(cause->second)->code, ENOENT);
+}
+
+} // namespace
