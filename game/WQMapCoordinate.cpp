@@ -3,6 +3,7 @@
 #include "game/WQIdentifier.h"
 #include "io/ZPPointText.h"
 #include "io/ZPSystemLog.h"
+#include "io/ZPText.h"
 
 #include <algorithm>
 #include <charconv>
@@ -113,21 +114,17 @@ std::optional<float> Scanner::scanFloat() {
     return isNegative ? -value : value;
 }
 
-/// Logs what is missing when the text does not parse; `location` then holds what came before.
-bool scanLocation(const std::string &text, WQMapLocation &location) {
+/// Null, or what is missing where the text does not parse; `location` then holds what came before.
+const char *scanLocation(std::string_view text, WQMapLocation &location) {
     Scanner scanner(text);
 
     const auto northSouth = scanner.scanFloat();
-    if (!northSouth) {
-        ZPLog("Failed to scan float: North/South map coordinate: '%s'", text.c_str());
-        return false;
-    }
+    if (!northSouth)
+        return "float: North/South";
     location.y = *northSouth;
     const std::string_view northSouthLetter = scanner.scanRun("nNsS");
-    if (northSouthLetter.empty()) {
-        ZPLog("Failed to scan north/south part of map coordinate: '%s'", text.c_str());
-        return false;
-    }
+    if (northSouthLetter.empty())
+        return "north/south part of";
     // Longer runs, such as "SS", do not make a southern value.
     if (northSouthLetter == "s" || northSouthLetter == "S")
         location.y = -location.y;
@@ -135,29 +132,33 @@ bool scanLocation(const std::string &text, WQMapLocation &location) {
     scanner.skipOptional(',');
 
     const auto eastWest = scanner.scanFloat();
-    if (!eastWest) {
-        ZPLog("Failed to scan float: East/West map coordinate: '%s'", text.c_str());
-        return false;
-    }
+    if (!eastWest)
+        return "float: East/West";
     location.x = *eastWest;
     const std::string_view eastWestLetter = scanner.scanRun("eEwW");
-    if (eastWestLetter.empty()) {
-        ZPLog("Failed to scan east/west part of map coordinate: '%s'", text.c_str());
-        return false;
-    }
+    if (eastWestLetter.empty())
+        return "east/west part of";
     if (eastWestLetter == "w" || eastWestLetter == "W")
         location.x = -location.x;
-    return true;
+    return nullptr;
 }
 
 } // namespace
 
+bool WQScanMapCoordinate(std::string_view text, WQMapLocation &location) {
+    location = {};
+    return scanLocation(text, location) == nullptr;
+}
+
 bool WQMapCoordinateFromString(std::string_view text, WQMapLocation *outPoint) {
-    const std::string copy(text);
     WQMapLocation location;
-    const bool success = scanLocation(copy, location);
-    if (!success)
-        ZPLog("%s => %s", copy.c_str(), ZPStringFromPoint(location.x, location.y).c_str());
+    const char *missing = scanLocation(text, location);
+    const bool success = missing == nullptr;
+    if (!success) {
+        const std::string shown = ZPEscapedText(text);
+        ZPLog("Failed to scan %s map coordinate: '%s'", missing, shown.c_str());
+        ZPLog("%s => %s", shown.c_str(), ZPStringFromPoint(location.x, location.y).c_str());
+    }
     if (outPoint != nullptr)
         *outPoint = location;
     return success;

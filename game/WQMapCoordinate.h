@@ -22,6 +22,8 @@ struct WQMapLocation {
 /// A text that does not parse is logged; `outPoint`, when given, then holds what was reached, with
 /// 0 for each part not read.
 bool WQMapCoordinateFromString(std::string_view text, WQMapLocation *outPoint);
+/// The same without a word in the log, for lists that hold too much of it.
+[[nodiscard]] bool WQScanMapCoordinate(std::string_view text, WQMapLocation &location);
 
 /// One decimal, each number in five columns: ` 24.2S  57.0E`.
 std::string WQStringFromMapCoordinate(WQMapLocation location);

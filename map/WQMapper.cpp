@@ -13,7 +13,6 @@ namespace {
 /// The grid of land blocks that shares are reckoned by has 256 columns and rows, one more than the
 /// world has.
 constexpr double kTotalBlocks = 65536;
-constexpr double kNotANumber = std::numeric_limits<double>::quiet_NaN();
 
 /// Empty when the archive has files.
 std::string reasonForNoFiles(const WQDataFile &dataFile) {

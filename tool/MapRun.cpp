@@ -6,6 +6,8 @@
 #include "tool/PlotFile.h"
 
 #include <cstdlib>
+#include <exception>
+#include <new>
 
 namespace {
 
@@ -42,6 +44,17 @@ void logFailure(const char *what, const ZPError &error) {
 } // namespace
 
 int MapRun::run(int argc, char *argv[]) {
+    try {
+        return runWithArguments(argc, argv);
+    } catch (const std::bad_alloc &) {
+        ZPLog("Error: there is not enough memory to go on.");
+    } catch (const std::exception &exception) {
+        ZPLog("Error: %s", exception.what());
+    }
+    return EXIT_SUCCESS;
+}
+
+int MapRun::runWithArguments(int argc, char *argv[]) {
     // Builds the shared table and logs its size, ahead of everything else.
     WQKnownDungeonNames();
     if (argc < 3) {

@@ -1,8 +1,10 @@
 #include "tool/Options.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <getopt.h>
+#include <limits>
 
 namespace {
 
@@ -22,6 +24,14 @@ constexpr option kLongOptions[] = {
     {nullptr, 0, nullptr, 0},
 };
 
+/// The number that a text begins with, 0 where it begins with none; one that does not fit is the
+/// nearest that does.
+int intOfText(const char *text) {
+    using Limits = std::numeric_limits<int>;
+    return static_cast<int>(
+        std::clamp<long>(std::strtol(text, nullptr, 10), Limits::min(), Limits::max()));
+}
+
 constexpr char kVersion[] = "v3 (Compiled: Jan 11 2016 03:11:02)";
 
 } // namespace
@@ -37,7 +47,7 @@ std::optional<Options> parseOptions(int argc, char *argv[]) {
         case 'h': options.heightMap = true; break;
         case 'w': options.falseColorWater = true; break;
         case kSnow: options.snow = true; break;
-        case 's': options.scale = std::atoi(optarg); break;
+        case 's': options.scale = intOfText(optarg); break;
         case 'o': options.oldPath = optarg; break;
         case 'p': options.plotPath = optarg; break;
         case kSaveChanges: options.changesPath = optarg; break;

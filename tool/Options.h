@@ -21,8 +21,9 @@ struct Options {
 };
 
 /// None on a usage error, after the parser's own complaint, if it has one.
-std::optional<Options> parseOptions(int argc, char *argv[]);
+[[nodiscard]] std::optional<Options> parseOptions(int argc, char *argv[]);
 
+/// To the standard error stream.
 void printUsage();
 
 /// The path with the extension of its last component, if any, replaced by "png". A dot at the start

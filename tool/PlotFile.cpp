@@ -1,45 +1,127 @@
 #include "tool/PlotFile.h"
 
+#include "io/ZPError.h"
 #include "io/ZPSystemLog.h"
 #include "io/ZPText.h"
 
-#include <array>
-#include <fstream>
+#include <cerrno>
+#include <cstdio>
+#include <memory>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 namespace {
 
-std::optional<std::string> readUTF8File(const std::filesystem::path &path) {
-    std::ifstream file(path, std::ios::binary);
-    std::string text;
-    // Not through stream buffer iterators, which throw when the path is that of a directory.
-    std::array<char, 1 << 16> piece;
-    while (file.read(piece.data(), piece.size()), file.gcount() > 0)
-        text.append(piece.data(), static_cast<std::size_t>(file.gcount()));
-    if (!file.is_open() || file.bad() || !ZPIsValidUTF8(text))
-        return std::nullopt;
-    return text;
+constexpr std::size_t kPieceSize = 1 << 16;
+constexpr std::size_t kLongestLine = 1 << 20;
+constexpr std::size_t kLongestFile = 1 << 30;
+constexpr std::size_t kMostMarkers = 1'000'000;
+constexpr std::size_t kMostComplaints = 100;
+
+/// What was found so far in a file that is read piece by piece.
+class PlotReader {
+  public:
+    /// Nothing, or why the file is no plot file.
+    std::optional<std::string> readFile(const std::filesystem::path &path);
+
+    std::size_t lineCount() const { return _lineCount; }
+    std::vector<WQMapPoint> takePoints() { return std::move(_points); }
+    void logWhatWasLeftOut() const;
+
+  private:
+    std::optional<std::string> readPiece(std::string_view piece);
+    std::optional<std::string> finishLine();
+    void addLine(std::string_view line);
+    bool scanCoordinate(std::string_view text, WQMapLocation &location);
+
+    /// The line that the last piece ended in.
+    std::string _line;
+    std::size_t _lineCount = 0;
+    std::vector<WQMapPoint> _points;
+    std::size_t _markerCount = 0;
+    std::size_t _unreadableCount = 0;
+};
+
+std::optional<std::string> PlotReader::readFile(const std::filesystem::path &path) {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE *)> file(std::fopen(path.c_str(), "rbe"),
+                                                                &std::fclose);
+    if (file == nullptr)
+        return ZPError::posix(errno).failureReason();
+    std::string piece(kPieceSize, '\0');
+    std::size_t size = 0;
+    while (const std::size_t count = std::fread(piece.data(), 1, piece.size(), file.get())) {
+        if (size += count; size > kLongestFile)
+            return ZPFormat("longer than %zu bytes", kLongestFile);
+        if (auto reason = readPiece(std::string_view(piece).substr(0, count)))
+            return reason;
+    }
+    if (std::ferror(file.get()) != 0)
+        return ZPError::posix(errno).failureReason();
+    return finishLine();
 }
 
-std::optional<WQMapPoint> mapPointOfLine(std::string_view line) {
+std::optional<std::string> PlotReader::readPiece(std::string_view piece) {
+    for (;;) {
+        const std::size_t end = piece.find('\n');
+        _line += piece.substr(0, end);
+        if (_line.size() > kLongestLine)
+            return ZPFormat("line %zu is longer than %zu bytes", _lineCount + 1, kLongestLine);
+        if (end == piece.npos)
+            return std::nullopt;
+        if (auto reason = finishLine())
+            return reason;
+        piece.remove_prefix(end + 1);
+    }
+}
+
+std::optional<std::string> PlotReader::finishLine() {
+    ++_lineCount;
+    if (!ZPIsValidUTF8(_line))
+        return ZPFormat("line %zu is not UTF-8", _lineCount);
+    addLine(_line);
+    _line.clear();
+    return std::nullopt;
+}
+
+void PlotReader::addLine(std::string_view line) {
     const auto fields = ZPSplitText(line, ';');
     WQMapLocation location;
-    if (fields.size() < 3 || fields[1].empty() || !WQMapCoordinateFromString(fields[1], &location))
-        return std::nullopt;
-    return WQMapPoint(std::string(fields[0]), location, std::string(fields[2]));
+    if (fields.size() < 3 || fields[1].empty() || !scanCoordinate(fields[1], location))
+        return;
+    if (++_markerCount <= kMostMarkers)
+        _points.emplace_back(std::string(fields[0]), location, std::string(fields[2]));
+}
+
+bool PlotReader::scanCoordinate(std::string_view text, WQMapLocation &location) {
+    const bool isRead = _unreadableCount < kMostComplaints
+                            ? WQMapCoordinateFromString(text, &location)
+                            : WQScanMapCoordinate(text, location);
+    _unreadableCount += isRead ? 0 : 1;
+    return isRead;
+}
+
+void PlotReader::logWhatWasLeftOut() const {
+    if (_unreadableCount > kMostComplaints)
+        ZPLog("... and %zu more coordinates that cannot be read",
+              _unreadableCount - kMostComplaints);
+    if (_markerCount > _points.size())
+        ZPLog("Error: only the first %zu of %zu coordinates are marked", _points.size(),
+              _markerCount);
 }
 
 } // namespace
 
 std::vector<WQMapPoint> readPlotFile(const std::filesystem::path &path) {
-    const auto text = readUTF8File(path);
-    const auto lines = text ? ZPSplitText(*text, '\n') : std::vector<std::string_view>();
-    std::vector<WQMapPoint> points;
-    for (const std::string_view line : lines)
-        if (auto point = mapPointOfLine(line))
-            points.push_back(std::move(*point));
-    ZPLog("Found %zu lines in %s", lines.size(), path.c_str());
+    PlotReader reader;
+    if (const auto reason = reader.readFile(path)) {
+        ZPLog("Error: cannot read the places of %s: %s", path.c_str(), reason->c_str());
+        reader = PlotReader();
+    }
+    reader.logWhatWasLeftOut();
+    const std::size_t lineCount = reader.lineCount();
+    std::vector<WQMapPoint> points = reader.takePoints();
+    ZPLog("Found %zu lines in %s", lineCount, path.c_str());
     ZPLog("Found %zu coordinates", points.size());
     return points;
 }
