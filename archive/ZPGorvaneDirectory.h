@@ -65,6 +65,10 @@ class ZPGorvaneDirectory {
     /// Reading leaves it null, so that every node read counts as a root.
     const ZPGorvaneDirectory *parent() const { return _parent; }
     void setParent(const ZPGorvaneDirectory *parent) { _parent = parent; }
+    /// For whoever changes a node: whether it differs from what the archive has. Reading leaves it
+    /// false.
+    bool isDirty() const { return _isDirty; }
+    void setIsDirty(bool isDirty) { _isDirty = isDirty; }
     bool isRootDirectory() const { return _parent == nullptr; }
     bool isLeaf() const { return _subdirectories.empty(); }
     std::string description() const;
@@ -75,6 +79,7 @@ class ZPGorvaneDirectory {
     const ZPGorvaneArchiveFamily &_family;
     std::uint32_t _offset = 0;
     const ZPGorvaneDirectory *_parent = nullptr;
+    bool _isDirty = false;
     std::vector<ZPGorvaneFileEntry> _files;
     std::vector<std::unique_ptr<ZPGorvaneDirectory>> _subdirectories;
     std::vector<std::uint32_t> _subdirectoryOffsets;

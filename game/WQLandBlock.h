@@ -17,6 +17,7 @@
 /// A terrain word, from the top bit: scenery 5 bits, unknown 4, terrain type 5, road 2.
 class WQLandBlock final : public WQCellObject {
   public:
+    static constexpr unsigned kRecordSize = 252;
     static constexpr unsigned kSide = 9;
     static constexpr unsigned kVertexCount = kSide * kSide;
 
@@ -44,7 +45,8 @@ class WQLandBlock final : public WQCellObject {
     std::string description() const override;
     using ZPGorvaneStoredObject::saveToPath;
     /// Writes all fields and grids as text.
-    bool saveToPath(const std::filesystem::path &path, ZPError *error = nullptr) const override;
+    [[nodiscard]] bool saveToPath(const std::filesystem::path &path,
+                                  ZPError *error = nullptr) const override;
     /// Replaces the buffer by the record without its padding byte, 251 bytes.
     void writeToData(ZPData &buffer) const;
 

@@ -21,7 +21,7 @@ struct WQMapLocation {
 ///
 /// A text that does not parse is logged; `outPoint`, when given, then holds what was reached, with
 /// 0 for each part not read.
-bool WQMapCoordinateFromString(std::string_view text, WQMapLocation *outPoint);
+[[nodiscard]] bool WQMapCoordinateFromString(std::string_view text, WQMapLocation *outPoint);
 /// The same without a word in the log, for lists that hold too much of it.
 [[nodiscard]] bool WQScanMapCoordinate(std::string_view text, WQMapLocation &location);
 

@@ -20,10 +20,11 @@
 ///     list of times of day, of day names (string16 aligned), of months
 ///     u32, 2 x f64
 ///     list of weather types
-///     list of reference sets:      u32, list of (u32, 4 x f32)
-///     list of terrain-object sets: u32, list of u32
-///     list of land types
-///     2 x u32, three lists of (u32, u32), list of 11 x u32, 6 x u32
+///     list of reference sets, of terrain-object sets, of land types
+///     the land's textures
+///
+/// The whole record is gone through when it is decoded, so that one that ends too early makes no
+/// object; of the sections of variable length only the places are kept, with the record's bytes.
 class WQWorldInfo : public WQPortalObject {
   public:
     using LandHeights = std::array<float, 256>;
@@ -43,51 +44,55 @@ class WQWorldInfo : public WQPortalObject {
         std::uint32_t daysPerYear = 0;
         std::uint32_t unknown10 = 0, unknown11 = 0, unknown12 = 0;
         double unknown13 = 0, unknown14 = 0;
+        /// Nothing in the record sets it.
+        std::string ustr10;
     };
 
-    /// Weather models have one field more from data version 1394 of the client data's portal
-    /// archive on.
+    /// Asks the client data, if any, for the data version of its portal archive, by which weather
+    /// models differ.
     WQWorldInfo(ZPDataCursor &cursor, ZPGorvaneClientData *clientData);
 
     const Fields &fields() const { return _fields; }
     /// Real heights by the height index of land blocks.
     const LandHeights &actualLandHeights() const { return _actualLandHeights; }
-    const std::vector<WQTimeOfDay> &times() const { return _times; }
-    const std::vector<std::string> &days() const { return _days; }
-    const std::vector<WQMonth> &months() const { return _months; }
-    const std::vector<WQWeatherType> &weatherTypes() const { return _weatherTypes; }
-    const std::vector<WQLandInfo> &landTypes() const { return _landTypes; }
 
-    // Sections that are kept as text only, or as text too.
-    const std::string &t20RefString() const { return _t20RefString; }
-    const std::string &terrainObjectsString() const { return _terrainObjectsString; }
-    const std::string &landTypesString() const { return _landTypesString; }
-    const std::string &landTexturesString() const { return _landTexturesString; }
+    // Each call reads the section anew and gives it away: the map needs none of them, and what they
+    // take is many times what the record has for them.
+    std::vector<WQTimeOfDay> times() const;
+    std::vector<std::string> days() const;
+    std::vector<WQMonth> months() const;
+    std::vector<WQWeatherType> weatherTypes() const;
+    /// In the order of the terrain types that land blocks have.
+    std::vector<WQLandInfo> landTypes() const;
+    // The same for sections as text.
+    std::string t20RefString() const;
+    std::string terrainObjectsString() const;
+    std::string landTypesString() const;
+    std::string landTexturesString() const;
 
     const char *className() const override { return "WQWorldInfo"; }
     using ZPGorvaneStoredObject::saveToPath;
-    /// Writes everything as text.
-    bool saveToPath(const std::filesystem::path &path, ZPError *error = nullptr) const override;
+    /// Writes everything as text, some ten times as long as the record.
+    [[nodiscard]] bool saveToPath(const std::filesystem::path &path,
+                                  ZPError *error = nullptr) const override;
     /// The region record is never written back: leaves the buffer as it is.
     void writeToData(ZPData &) const {}
 
   private:
-    void readHeader(ZPDataCursor &cursor);
-    void readCalendarAndWeather(ZPDataCursor &cursor);
-    void readReferenceSets(ZPDataCursor &cursor);
-    void readTerrainObjects(ZPDataCursor &cursor);
-    void readLandTypes(ZPDataCursor &cursor);
-    void readLandTextures(ZPDataCursor &cursor);
+    /// Where in the record the sections of variable length begin.
+    struct Places {
+        std::uint64_t times = 0, days = 0, months = 0, weatherTypes = 0;
+        std::uint64_t referenceSets = 0, terrainObjects = 0, landTypes = 0, landTextures = 0;
+    };
 
+    void readHeader(ZPDataCursor &cursor);
+    void readSections(ZPDataCursor &cursor);
+    ZPDataCursor cursorAt(std::uint64_t place) const;
+
+    std::uint32_t _portalDataVersion;
     Fields _fields;
     LandHeights _actualLandHeights{};
-    std::vector<WQTimeOfDay> _times;
-    std::vector<std::string> _days;
-    std::vector<WQMonth> _months;
-    std::vector<WQWeatherType> _weatherTypes;
-    std::vector<WQLandInfo> _landTypes;
-    std::string _t20RefString;
-    std::string _terrainObjectsString;
-    std::string _landTypesString;
-    std::string _landTexturesString;
+    Places _places;
+    /// All of it, since padding is counted from its beginning.
+    ZPData _record;
 };

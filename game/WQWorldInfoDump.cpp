@@ -75,26 +75,26 @@ bool WQWorldInfo::saveToPath(const std::filesystem::path &path, ZPError *error) 
     for (std::size_t index = 0; index < _actualLandHeights.size(); ++index)
         text += ZPFormat("%3zu: %f\n", index, static_cast<double>(_actualLandHeights[index]));
     appendHeading(text, "times of day");
-    for (const WQTimeOfDay &time : _times)
+    for (const WQTimeOfDay &time : times())
         text += ZPFormat("%f  %s  %s\n", static_cast<double>(time.start),
                          time.isNight ? "night" : "day", time.name.c_str());
     appendHeading(text, "days");
-    for (const std::string &day : _days)
+    for (const std::string &day : days())
         text.append(day).append("\n");
     appendHeading(text, "months");
-    for (const WQMonth &month : _months)
+    for (const WQMonth &month : months())
         text += ZPFormat("%3u  %s\n", month.startDayOfYear, month.name.c_str());
     appendHeading(text, "weather");
-    for (const WQWeatherType &weather : _weatherTypes)
+    for (const WQWeatherType &weather : weatherTypes())
         appendWeatherType(text, weather);
 
     appendHeading(text, "reference sets");
-    text += _t20RefString;
+    text += t20RefString();
     appendHeading(text, "terrain objects");
-    text += _terrainObjectsString;
+    text += terrainObjectsString();
     appendHeading(text, "land types");
-    text += _landTypesString;
+    text += landTypesString();
     appendHeading(text, "land textures");
-    text += _landTexturesString;
+    text += landTexturesString();
     return ZPWriteTextToPath(text, path, error);
 }

@@ -46,7 +46,7 @@ class WQMapper {
     const std::optional<std::vector<WQMapPoint>> &coordinates() const {
         return _overlayChoice.coordinates;
     }
-    void setCoordinates(std::vector<WQMapPoint> coordinates) {
+    void setCoordinates(std::optional<std::vector<WQMapPoint>> coordinates) {
         _overlayChoice.coordinates = std::move(coordinates);
     }
     /// All that is laid over the map, the two above among it.

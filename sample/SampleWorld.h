@@ -53,12 +53,3 @@ class SampleWorld {
     std::bitset<65536> _absent;
     std::bitset<65536> _objects;
 };
-
-/// Land blocks with a file that only the newer world has, only the older one has, or that differs;
-/// ascending, each list on its own.
-struct SampleChanges {
-    std::vector<std::uint16_t> added, removed, changed;
-};
-
-/// `older` and `newer` are made with equal options but for the age.
-SampleChanges SampleCompareWorlds(const SampleWorld &older, const SampleWorld &newer);

@@ -1,4 +1,5 @@
 #include "game/WQDataFileComparison.h"
+#include "game/WQKnownDungeons.h"
 #include "io/ZPSystemLog.h"
 #include "tests/ArchiveBytes.h"
 #include "tests/TestSupport.h"
@@ -176,12 +177,15 @@ TEST_F(Comparison, Reports) {
     WQDataFileComparison comparison(old.get(), current.get());
     comparison.buildComparison();
     const std::string line = std::string(70, '-') + "\n";
+    const auto &names = WQKnownDungeonNames();
+    const std::string name =
+        names.contains(0x0007) ? " -- " + std::string(names.at(0x0007)) : std::string();
     EXPECT_EQ(savedText(&WQDataFileComparison::saveSummaryToURL, comparison),
               "added: 2, removed: 1, changed: 1\n" + line + "Added files:\n00070100\n00070101\n" +
                   line + "Removed files:\n7f80fffe\n" + line + "Changed files:\nfe00ffff\n");
     EXPECT_EQ(savedText(&WQDataFileComparison::saveLandBlockSummaryToURL, comparison),
               "added: 1, removed: 1, changed: 1\n" + line +
-                  "Added land blocks:\n0007   96.3S 101.9W -- Town Network\n" + line +
+                  "Added land blocks:\n0007   96.3S 101.9W" + name + "\n" + line +
                   "Removed land blocks:\n7f80    0.5N   0.3W\n" + line +
                   "Changed land blocks:\nfe00  101.9S 101.3E\n");
 

@@ -7,7 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
+#include <malloc.h>
 
 namespace {
 
@@ -145,6 +147,32 @@ TEST(WorldInfo, DamagedRecordsAreRefused) {
         ZPRecordWithData<WQWorldInfo>(damaged, nullptr);
     }
     testing::internal::GetCapturedStderr();
+}
+
+// Elements that are empty take 4 to 16 bytes of a record, and many times that as objects or text.
+TEST(WorldInfo, ARecordOfAMillionElementsTakesLittleMoreThanItsBytes) {
+    constexpr std::uint32_t kCount = 1 << 20;
+    const ZPData plain = regionRecord(false);
+    // The counts of the days, of the reference sets and of the land types: 4, 8 and 12 bytes each.
+    const std::pair<ZPData, std::size_t> lists[] = {
+        {joined({words({1}), hex("0200 4d6f")}), 4},
+        {words({1, 0x12000001, 2}), 8},
+        {joined({words({2}), hex("0200 4772 102030ff")}), 12}};
+    for (const auto &[begin, size] : lists) {
+        const auto at = std::ranges::search(plain, begin).begin();
+        ASSERT_NE(at, plain.end());
+        ZPData record(plain.begin(), at);
+        ZPAppendLittleInt32(record, kCount);
+        record.resize(record.size() + kCount * size);
+        record.insert(record.end(), 4096, std::byte{0}); // all that follows is empty
+        testing::internal::CaptureStderr();
+        const std::size_t before = mallinfo2().uordblks;
+        const auto info = ZPRecordWithData<WQWorldInfo>(record, nullptr);
+        const std::size_t taken = mallinfo2().uordblks - before;
+        testing::internal::GetCapturedStderr();
+        ASSERT_TRUE(info);
+        EXPECT_LT(taken, record.size() + (1 << 20));
+    }
 }
 
 } // namespace

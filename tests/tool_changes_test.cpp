@@ -1,7 +1,7 @@
 // Runs of the program with an older world to compare with.
 
-#include "sample/SampleWorld.h"
 #include "tests/ProgramRun.h"
+#include "tests/SampleChanges.h"
 #include "tests/TestSupport.h"
 
 #include <algorithm>

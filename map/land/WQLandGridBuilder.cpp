@@ -9,6 +9,9 @@ namespace {
 
 /// How many files ahead memory is asked for.
 constexpr std::size_t kFilesAhead = 8;
+/// A record that is longer than a land block's is read nevertheless, and the rest of it warned of.
+/// One that is longer than this is none: a damaged size must not decide how much is read.
+constexpr std::uint32_t kGreatestRecordSize = 1 << 16;
 constexpr unsigned kPointsPerBlock = kWQCellsPerLandBlock + 1;
 
 /// The world is filled in strips of 16 columns of blocks, side by side. Within a strip blocks come
@@ -70,6 +73,11 @@ void Strip::fill(unsigned number, WQLandGrid &grid, const WQDataFile &cellDataFi
         if (kind != WQCellFileKind::landBlock)
             continue;
         ++counts.landBlocks;
+        if (entry.fileSize > kGreatestRecordSize) {
+            ZPLog("Land block %08x is left out: it claims %u bytes, where a land block has %u",
+                  entry.identifier, entry.fileSize, WQLandBlock::kRecordSize);
+            continue;
+        }
         ZPError error;
         const auto bytes = cellDataFile.readBytesForFileEntry(entry, scratch, &error);
         const auto block =
@@ -91,6 +99,9 @@ void Strip::fillBlock(const ZPGorvaneFileEntry &entry, const WQLandBlock &block,
         return;
     }
     ++counts.drawnBlocks;
+    if (block.identifier() != entry.identifier)
+        ZPLog("Land block %08x says of itself that it is %08x; it is drawn as the former",
+              entry.identifier, block.identifier());
     const std::uint8_t flags = flagsOfBlock(number, block, comparison);
     const bool isLastOfStrip = column % kBlocksPerStrip == kBlocksPerStrip - 1;
     for (unsigned j = 0; j < kPointsPerBlock; ++j) {

@@ -25,7 +25,8 @@ struct WQOverlayStyle {
     /// A coordinate as players write it, such as "24.2S 57.0E".
     WQImagePoint imagePoint(const char *coordinate) const {
         WQMapLocation location;
-        WQMapCoordinateFromString(coordinate, &location);
+        // The constants that overlays are placed by all parse.
+        (void)WQMapCoordinateFromString(coordinate, &location);
         return imagePoint(location);
     }
 
