@@ -23,7 +23,7 @@ TEST(StoredObject, SavesItsDumpWithTheTimeOfItsFile) {
     ZPGorvaneStoredObject record(0x06000001);
     ZPError error;
     EXPECT_FALSE(record.saveToPath(folder / "dump", 1234567890, &error));
-    EXPECT_EQ(error.domain, ZPGorvaneStorageErrorDomain);
+    EXPECT_EQ(error.domain, kZPGorvaneStorageErrorDomain);
     EXPECT_TRUE(error.userInfo.empty());
     EXPECT_FALSE(std::filesystem::exists(folder / "dump"));
 
@@ -36,7 +36,7 @@ TEST(StoredObject, SavesItsDumpWithTheTimeOfItsFile) {
     EXPECT_EQ(status.st_atime, 1234567890);
 
     EXPECT_FALSE(UnsavedObject(1).saveToPath(folder / "none", 1234567890, &error));
-    EXPECT_EQ(error.domain, ZPGorvaneStorageErrorDomain);
+    EXPECT_EQ(error.domain, kZPGorvaneStorageErrorDomain);
     const auto cause = error.userInfo.find(NSUnderlyingErrorKey);
     ASSERT_NE(cause, error.userInfo.end());
     EXPECT_EQ(std::get<std::shared_ptr<const ZPError>>(cause->second)->code, ENOENT);
