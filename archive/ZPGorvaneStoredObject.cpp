@@ -38,9 +38,10 @@ const std::string &ZPGorvaneStoredObject::outputString() const {
 }
 
 bool ZPGorvaneStoredObject::saveToPath(const std::filesystem::path &path, ZPError *error) const {
-    if (outputString().empty())
+    const std::string text = dumpText();
+    if (text.empty())
         return ZPFail(error, {kZPGorvaneStorageErrorDomain, ZPGorvaneStorageErrorGeneral, {}});
-    return ZPWriteTextToPath(outputString(), path, error);
+    return ZPWriteTextToPath(text, path, error);
 }
 
 bool ZPGorvaneStoredObject::saveToPath(const std::filesystem::path &path, std::uint32_t mtime,

@@ -48,10 +48,13 @@ class ZPGorvaneStoredObject {
     /// The dump collected so far.
     const std::string &outputString() const;
 
-    /// Writes the dump as UTF-8. With nothing collected it fails with code 0 of
+    /// What the record is saved as: the lines collected, unless its class says otherwise.
+    virtual std::string dumpText() const { return outputString(); }
+
+    /// Writes the dump as UTF-8. With an empty one it fails with code 0 of
     /// "ZPGorvaneStorageErrorDomain".
-    [[nodiscard]] virtual bool saveToPath(const std::filesystem::path &path,
-                                          ZPError *error = nullptr) const;
+    [[nodiscard]] bool saveToPath(const std::filesystem::path &path,
+                                  ZPError *error = nullptr) const;
     /// The same, and sets the file's times; a failure of that alone has code 0 with the POSIX error
     /// beneath it.
     [[nodiscard]] bool saveToPath(const std::filesystem::path &path, std::uint32_t mtime,

@@ -1,10 +1,9 @@
 #include "archive/ZPGorvaneVersion.h"
 
-#include "io/ZPAtomicFile.h"
 #include "io/ZPSystemLog.h"
 
-bool ZPGorvaneVersion::saveToPath(const std::filesystem::path &path, ZPError *error) const {
-    return ZPWriteTextToPath(ZPFormat("version: %u\n", _version), path, error);
+std::string ZPGorvaneVersion::dumpText() const {
+    return ZPFormat("version: %u\n", _version);
 }
 
 std::string ZPGorvaneVersion::description() const {

@@ -16,10 +16,8 @@ class ZPGorvaneVersion : public ZPGorvaneStoredObject {
     std::uint32_t version() const { return _version; }
 
     const char *className() const override { return "ZPGorvaneVersion"; }
-    using ZPGorvaneStoredObject::saveToPath;
-    /// Writes "version: %u\n".
-    [[nodiscard]] bool saveToPath(const std::filesystem::path &path,
-                                  ZPError *error = nullptr) const override;
+    /// "version: %u\n".
+    std::string dumpText() const override;
     std::string description() const override;
 
   protected:

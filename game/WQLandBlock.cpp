@@ -1,7 +1,6 @@
 #include "game/WQLandBlock.h"
 
 #include "game/WQMapCoordinate.h"
-#include "io/ZPAtomicFile.h"
 #include "io/ZPMutableDataCursor.h"
 #include "io/ZPPointText.h"
 #include "io/ZPSystemLog.h"
@@ -83,7 +82,7 @@ void appendGrid(std::string &text, const char *heading, const char *linePrefix, 
 
 } // namespace
 
-bool WQLandBlock::saveToPath(const std::filesystem::path &path, ZPError *error) const {
+std::string WQLandBlock::dumpText() const {
     const WQMapLocation corner = WQMapCoordinateForCellID(identifier());
     std::string text = ZPFormat("identifier: %08x\n", identifier());
     text += ZPFormat("object block present: %08x\n", _objectBlockPresent);
@@ -110,5 +109,5 @@ bool WQLandBlock::saveToPath(const std::filesystem::path &path, ZPError *error) 
                    [](unsigned word) { return word >> 7 & 0xF; });
     appendGrid(text, "height", "", 2,
                [&](unsigned line, unsigned index) { return _height[line * kSide + index]; });
-    return ZPWriteTextToPath(text, path, error);
+    return text;
 }

@@ -43,10 +43,8 @@ class WQLandBlock final : public WQCellObject {
 
     const char *className() const override { return "WQLandBlock"; }
     std::string description() const override;
-    using ZPGorvaneStoredObject::saveToPath;
-    /// Writes all fields and grids as text.
-    [[nodiscard]] bool saveToPath(const std::filesystem::path &path,
-                                  ZPError *error = nullptr) const override;
+    /// All fields and grids.
+    std::string dumpText() const override;
     /// Replaces the buffer by the record without its padding byte, 251 bytes.
     void writeToData(ZPData &buffer) const;
 

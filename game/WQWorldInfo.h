@@ -71,10 +71,8 @@ class WQWorldInfo : public WQPortalObject {
     std::string landTexturesString() const;
 
     const char *className() const override { return "WQWorldInfo"; }
-    using ZPGorvaneStoredObject::saveToPath;
-    /// Writes everything as text, some ten times as long as the record.
-    [[nodiscard]] bool saveToPath(const std::filesystem::path &path,
-                                  ZPError *error = nullptr) const override;
+    /// Everything, some ten times as long as the record.
+    std::string dumpText() const override;
     /// The region record is never written back: leaves the buffer as it is.
     void writeToData(ZPData &) const {}
 

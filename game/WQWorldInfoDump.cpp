@@ -2,7 +2,6 @@
 
 #include "game/WQWorldInfo.h"
 
-#include "io/ZPAtomicFile.h"
 #include "io/ZPSystemLog.h"
 
 namespace {
@@ -49,7 +48,7 @@ void appendWeatherType(std::string &text, const WQWeatherType &weather) {
 
 } // namespace
 
-bool WQWorldInfo::saveToPath(const std::filesystem::path &path, ZPError *error) const {
+std::string WQWorldInfo::dumpText() const {
     std::string text = ZPFormat("identifier: %08x\nname: %s\n", identifier(), _fields.name.c_str());
     appendNumber(text, "unknown1", _fields.unknown1);
     appendNumber(text, "unknown2", _fields.unknown2);
@@ -96,5 +95,5 @@ bool WQWorldInfo::saveToPath(const std::filesystem::path &path, ZPError *error) 
     text += landTypesString();
     appendHeading(text, "land textures");
     text += landTexturesString();
-    return ZPWriteTextToPath(text, path, error);
+    return text;
 }

@@ -1,7 +1,9 @@
 #include "io/ZPSystemLog.h"
 
+#include "io/ZPLogSink.h"
 #include "io/ZPText.h"
 
+#include <atomic>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
@@ -9,6 +11,9 @@
 #include <unistd.h>
 
 namespace {
+
+// Constant from the start, since classes log while they register before main.
+constinit std::atomic<ZPLogSink> logSink = nullptr;
 
 std::string timeAndProcess() {
     timespec now{};
@@ -54,11 +59,20 @@ std::string ZPFormat(const char *format, ...) {
     return text;
 }
 
+void ZPSetLogSink(ZPLogSink sink) {
+    logSink = sink;
+}
+
 void ZPLog(const char *format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    const std::string line = timeAndProcess() + printable(ZPFormatArguments(format, arguments));
+    const std::string text = ZPFormatArguments(format, arguments);
     va_end(arguments);
+    if (const ZPLogSink sink = logSink) {
+        sink(text);
+        return;
+    }
+    const std::string line = timeAndProcess() + printable(text);
 
     // A log that cannot be written has nowhere to report that.
     std::string_view rest = line;
@@ -73,6 +87,10 @@ void ZPLog(const char *format, ...) {
 }
 
 void ZPPrintLine(const char *format, va_list arguments) {
+    if (const ZPLogSink sink = logSink) {
+        sink(ZPFormatArguments(format, arguments));
+        return;
+    }
     std::vprintf(format, arguments);
     std::putchar('\n');
     std::fflush(stdout);

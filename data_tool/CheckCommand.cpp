@@ -1,0 +1,108 @@
+#include "data_tool/ArchiveCheck.h"
+#include "data_tool/Command.h"
+#include "data_tool/DecoderFolders.h"
+#include "data_tool/RecordCheck.h"
+#include "decode/ZPEscapedLine.h"
+#include "io/ZPSystemLog.h"
+
+#include <map>
+
+namespace {
+
+struct Options {
+    std::string path;
+    std::string format = "text";
+    FileSelection selection;
+};
+
+class Report {
+  public:
+    explicit Report(const std::string &format) : _isTSV(format == "tsv"), _usesColor(usesColor()) {
+        if (_isTSV)
+            _output.write("identifier\tarchive\tseverity\tkind\toffset\tcause\n");
+    }
+
+    void add(const Archive &archive, const Finding &finding) {
+        const bool isError = finding.severity == Finding::Severity::error;
+        ++_counts[{isError ? "error" : "warning", finding.kind}];
+        if (_isTSV)
+            writeTSV(archive, finding, isError ? "error" : "warning");
+        else
+            writeText(archive, finding, isError);
+    }
+
+    /// The exit status. The summary is for people; a table has none.
+    int finish(std::size_t fileCount) {
+        if (!_isTSV) {
+            for (const auto &[key, count] : _counts)
+                _output.format("%8zu %s: %s\n", count, key.first.c_str(), key.second.c_str());
+            _output.format("%zu files checked, %s\n", fileCount,
+                           _counts.empty() ? "nothing found" : "see above");
+        }
+        _output.flush();
+        return _counts.empty() ? kFine : kFoundOrFailed;
+    }
+
+  private:
+    void writeText(const Archive &archive, const Finding &finding, bool isError) {
+        const char *severity = isError ? "error" : "warning";
+        const std::string file =
+            finding.identifier ? ZPFormat(" %08x", *finding.identifier) : std::string();
+        _output.format("%s%s%s: %s%s at %08llx: %s: %s\n",
+                       !_usesColor ? "" : isError ? "\x1b[31m" : "\x1b[33m", severity,
+                       _usesColor ? "\x1b[0m" : "", ZPEscapedLine(archive.fileName()).c_str(),
+                       file.c_str(), static_cast<unsigned long long>(finding.offset), finding.kind,
+                       ZPEscapedLine(finding.cause).c_str());
+    }
+
+    void writeTSV(const Archive &archive, const Finding &finding, const char *severity) {
+        std::string line;
+        if (finding.identifier)
+            appendIdentifier(line, *finding.identifier);
+        line += ZPFormat("\t%s\t%s\t%s\t0x%08llx\t", archive.name.c_str(), severity, finding.kind,
+                         static_cast<unsigned long long>(finding.offset));
+        _output.write(line + ZPEscapedLine(finding.cause) + "\n");
+    }
+
+    const bool _isTSV, _usesColor;
+    Output _output;
+    std::map<std::pair<std::string, std::string>, std::size_t> _counts;
+};
+
+int check(Options &options, const GlobalOptions &global) {
+    options.selection.prepare();
+    const WQDecoderSet decoders = loadDecoders(global);
+    const DataSet dataSet = global.openDataSet(options.path);
+    Report report(options.format);
+    std::size_t fileCount = 0;
+    for (const Archive &archive : dataSet.archives) {
+        const auto concernsSelection = [&](const Finding &finding) {
+            if (!options.selection.isRestricted())
+                return true;
+            const auto *entry =
+                finding.identifier ? archive.entries().find(*finding.identifier) : nullptr;
+            return entry != nullptr && options.selection.includes(archive, *entry);
+        };
+        for (const Finding &finding : ArchiveCheck(*archive.dataFile).run())
+            if (concernsSelection(finding))
+                report.add(archive, finding);
+        for (const Finding &finding : checkRecords(dataSet, archive, decoders, options.selection))
+            report.add(archive, finding);
+        for (const ZPGorvaneFileEntry &entry : archive.entries())
+            fileCount += !options.selection.isRestricted() ||
+                         options.selection.includes(archive, entry);
+    }
+    const int status = report.finish(fileCount);
+    return dataSet.isWhole ? status : kFoundOrFailed;
+}
+
+} // namespace
+
+CommandAction addCheckCommand(CLI::App &command) {
+    const auto options = std::make_shared<Options>();
+    command.add_option("path", options->path, "Data directory or archive")->required();
+    command.add_option("--format", options->format, "text or tsv")
+        ->check(CLI::IsMember({"text", "tsv"}));
+    options->selection.addOptions(command);
+    return [options](const GlobalOptions &global) { return check(*options, global); };
+}

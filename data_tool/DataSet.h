@@ -1,0 +1,37 @@
+#pragma once
+
+#include "data_tool/GameTable.h"
+#include "decode/WQDecoderSet.h"
+
+/// One opened archive of a data set, with its index loaded.
+struct Archive {
+    /// Such as "portal"; the file's own name without extension where no name is known.
+    std::string name;
+    ArchiveRole role;
+    const GameRow *game;
+    std::unique_ptr<ZPGorvaneDataFile> dataFile;
+
+    const ZPGorvaneFileEntryMap &entries() const { return dataFile->fileEntriesByIdentifier(); }
+    const ZPGorvaneBlockStorage &storage() const { return *dataFile->blockStorage(); }
+    std::string fileName() const { return dataFile->path().filename().string(); }
+    WQRecordKind kindOf(std::uint32_t identifier) const;
+};
+
+/// What a path on the command line stands for: the archives of a directory, or a single one.
+struct DataSet {
+    std::filesystem::path path;
+    bool isDirectory = false;
+    /// At least one.
+    std::vector<Archive> archives;
+    /// False where an archive of the directory could not be opened, which was said.
+    bool isWhole = true;
+
+    /// Null when no archive has this name.
+    const Archive *archiveWithName(std::string_view name) const;
+    /// The region record is read differently from some data version on.
+    WQDecodingContext decodingContext() const;
+};
+
+/// Opens the archives at a path, as those of `game` or, for null, of the family that each of them
+/// looks like. Throws CommandFailure when there is none that can be opened.
+DataSet openDataSet(const std::filesystem::path &path, const GameRow *game);

@@ -1,0 +1,88 @@
+#include "data_tool/Command.h"
+#include "io/ZPLogSink.h"
+
+#include <atomic>
+
+namespace {
+
+/// The library logs every step. What a user of this tool has to know of that are the faults of an
+/// archive's structure.
+void sayFaults(std::string_view line) {
+    constexpr unsigned kMostLines = 20;
+    static std::atomic<unsigned> lineCount = 0;
+    const bool isFault = line.starts_with("dir ") || line.starts_with("Error") ||
+                         line.starts_with("Caught exception");
+    if (!isFault)
+        return;
+    const unsigned count = ++lineCount;
+    if (count <= kMostLines)
+        say(std::string(line));
+    else if (count == kMostLines + 1)
+        say("(more faults are not shown; `check` lists them all)");
+}
+
+/// Ahead of the classes that log while they register themselves, before main.
+[[gnu::constructor(101)]] void quietenLog() {
+    ZPSetLogSink(&sayFaults);
+}
+
+void addGlobalOptions(CLI::App &app, GlobalOptions &options) {
+    std::vector<std::string> keys;
+    for (const GameRow &game : gameTable())
+        keys.emplace_back(game.key);
+    app.add_option("--game", options.gameKey, "Family of the archives, instead of finding it out")
+        ->check(CLI::IsMember(keys))
+        ->type_name("KEY");
+    app.add_option("--decoders", options.decoderFolders,
+                   "Folder with decoders in Lua, ahead of those that are installed; repeatable")
+        ->type_name("FOLDER")
+        ->allow_extra_args(false);
+    app.add_flag("--verbose", options.isVerbose, "Log every step on standard error");
+}
+
+int runCommand(const GlobalOptions &options, const CommandAction &action) {
+    if (options.isVerbose)
+        ZPSetLogSink(nullptr);
+    try {
+        return action(options);
+    } catch (const CommandFailure &failure) {
+        say(failure.what());
+        return failure.status();
+    } catch (const BrokenPipe &) {
+        return kFine;
+    } catch (const std::bad_alloc &) {
+        say("there is not enough memory");
+    } catch (const std::filesystem::filesystem_error &error) {
+        say(error.what());
+    }
+    return kFoundOrFailed;
+}
+
+} // namespace
+
+int runDataTool(int argc, const char *const *argv) {
+    CLI::App app("Looks into the data archives of an online role-playing game.", "plotterra-data");
+    app.require_subcommand(1);
+    app.fallthrough();
+    GlobalOptions options;
+    addGlobalOptions(app, options);
+    std::vector<std::pair<CLI::App *, CommandAction>> actions;
+    for (const CommandRow &row : kCommands) {
+        CLI::App *command = app.add_subcommand(row.name, row.summary);
+        command->fallthrough();
+        actions.emplace_back(command, row.add(*command));
+    }
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success &help) {
+        return app.exit(help); // on standard output
+    } catch (const CLI::ParseError &error) {
+        say(error.what());
+        say("`plotterra-data --help` and `plotterra-data COMMAND --help` tell what there is");
+        return kUsageError;
+    }
+    for (const auto &[command, action] : actions)
+        if (command->parsed())
+            return runCommand(options, action);
+    return kUsageError;
+}

@@ -1,0 +1,49 @@
+#include "data_tool/DecoderFolders.h"
+
+#include <cstdlib>
+#include <system_error>
+
+namespace {
+
+std::filesystem::path folderFromEnvironment(const char *variable, const char *below) {
+    const char *folder = std::getenv(variable);
+    // A relative path would depend on where the program is run.
+    if (folder == nullptr || *folder != '/')
+        return {};
+    return std::filesystem::path(folder) / below;
+}
+
+} // namespace
+
+std::vector<std::filesystem::path> decoderFolders(const GlobalOptions &options) {
+    std::vector<std::filesystem::path> folders(options.decoderFolders.begin(),
+                                               options.decoderFolders.end());
+    auto own = folderFromEnvironment("XDG_CONFIG_HOME", "plotterra/decoders");
+    if (own.empty())
+        own = folderFromEnvironment("HOME", ".config/plotterra/decoders");
+    if (!own.empty())
+        folders.push_back(std::move(own));
+    std::error_code fault;
+    const auto program = std::filesystem::read_symlink("/proc/self/exe", fault).parent_path();
+    if (!fault) {
+        folders.push_back(program.parent_path() / "share/plotterra/decoders");
+        // A program that was built and not installed.
+        folders.push_back(program.parent_path() / "decoders");
+    }
+    return folders;
+}
+
+WQDecoderSet loadDecoders(const GlobalOptions &options) {
+    WQDecoderSet decoders;
+    std::size_t namedFolders = options.decoderFolders.size();
+    for (const auto &folder : decoderFolders(options)) {
+        const bool isNamed = namedFolders > 0;
+        namedFolders -= isNamed;
+        if (!decoders.addFolder(folder) && isNamed)
+            throw CommandFailure(folder.string() + ": is no folder that can be read");
+    }
+    for (const auto &file : decoders.files())
+        if (!file.fault.empty())
+            say(file.fault);
+    return decoders;
+}

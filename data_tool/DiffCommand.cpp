@@ -1,0 +1,197 @@
+#include "data_tool/Command.h"
+#include "data_tool/DecoderFolders.h"
+#include "data_tool/FileSelection.h"
+#include "data_tool/RecordReader.h"
+#include "data_tool/SetDifference.h"
+#include "decode/ZPEscapedLine.h"
+#include "decode/ZPRecordTreeDifference.h"
+#include "game/WQDataFileComparison.h"
+#include "io/ZPSHA1.h"
+#include "io/ZPSystemLog.h"
+
+#include <algorithm>
+
+namespace {
+
+struct Options {
+    std::string oldPath, newPath;
+    std::string format = "text";
+    bool withDigests = false, withRecords = false, asLand = false;
+    FileSelection selection;
+};
+
+class DifferenceWriter {
+  public:
+    DifferenceWriter(const Options &options, const DataSet &before, const DataSet &after,
+                     const WQDecoderSet &decoders)
+        : _options(options), _isTSV(options.format == "tsv"), _decoders(decoders),
+          _oldReader(before, decoders), _newReader(after, decoders) {
+        if (_isTSV)
+            _output.write(options.withDigests
+                              ? "identifier\tarchive\tchange\tclass\told\tnew\told-sha1\tnew-sha1\n"
+                              : "identifier\tarchive\tchange\tclass\told\tnew\n");
+    }
+
+    void write(const Archive *before, const Archive *after) {
+        const ArchiveDifference difference = compareArchives(before, after, _options.selection);
+        for (const std::string &fault : difference.faults)
+            say(fault);
+        _failed = _failed || !difference.faults.empty();
+        for (const FileChange &change : difference.changes)
+            writeChange(change, before, after);
+    }
+
+    /// The exit status.
+    int finish() {
+        if (!_isTSV)
+            _output.format("added: %zu, removed: %zu, changed: %zu\n", _added, _removed, _changed);
+        _output.flush();
+        return _failed || _added + _removed + _changed > 0 ? kFoundOrFailed : kFine;
+    }
+
+  private:
+    void writeChange(const FileChange &change, const Archive *before, const Archive *after) {
+        const bool isAdded = change.before == nullptr, isRemoved = change.after == nullptr;
+        ++(isAdded ? _added : isRemoved ? _removed : _changed);
+        const char *name = isAdded ? "added" : isRemoved ? "removed" : "changed";
+        const Archive &archive = isRemoved ? *before : *after;
+        const std::string className(_decoders.nameOf(archive.kindOf(change.identifier)));
+        const auto sizeOf = [](const ZPGorvaneFileEntry *entry) {
+            return entry != nullptr ? std::to_string(entry->fileSize) : std::string();
+        };
+        const std::string oldSize = sizeOf(change.before), newSize = sizeOf(change.after);
+        std::string line;
+        if (_isTSV) {
+            appendIdentifier(line, change.identifier);
+            for (const std::string &field : {archive.name, std::string(name), className, oldSize,
+                                             newSize})
+                line += '\t' + field;
+        } else {
+            line = ZPFormat("%-8s", name);
+            appendIdentifier(line, change.identifier);
+            line += ZPFormat(" %-24s %10s %10s %s", className.c_str(),
+                             isAdded ? "-" : oldSize.c_str(), isRemoved ? "-" : newSize.c_str(),
+                             archive.name.c_str());
+        }
+        if (_options.withDigests)
+            for (const auto &[entry, from] :
+                 {std::pair{change.before, before}, std::pair{change.after, after}}) {
+                const std::string digest = digestOf(entry, from);
+                line += _isTSV ? '\t' : ' ';
+                line += _isTSV || !digest.empty() ? digest : "-";
+            }
+        _output.write(line + '\n');
+        if (_options.withRecords && !isAdded && !isRemoved)
+            writeRecordChanges(change, *before, *after);
+    }
+
+    static std::string digestOf(const ZPGorvaneFileEntry *entry, const Archive *archive) {
+        ZPData scratch;
+        const auto bytes = entry != nullptr
+                               ? archive->dataFile->readBytesForFileEntry(*entry, scratch)
+                               : std::nullopt;
+        return bytes ? ZPSHA1DigestString(*bytes) : std::string();
+    }
+
+    void writeRecordChanges(const FileChange &change, const Archive &before, const Archive &after) {
+        ZPData oldScratch, newScratch;
+        const auto oldBytes = before.dataFile->readBytesForFileEntry(*change.before, oldScratch);
+        const auto newBytes = after.dataFile->readBytesForFileEntry(*change.after, newScratch);
+        if (!oldBytes || !newBytes)
+            return;
+        const auto oldResult = _oldReader.decode(before, change.identifier, *oldBytes);
+        const auto newResult = _newReader.decode(after, change.identifier, *newBytes);
+        if (!oldResult || !newResult)
+            return;
+        for (const auto *result : {&*oldResult, &*newResult})
+            if (result->fault) {
+                say(ZPFormat("%08x: %s", change.identifier, faultText(*result).c_str()));
+                _failed = true;
+                return;
+            }
+        for (const ZPRecordChange &field :
+             ZPRecordTreeDifference(_oldReader.tree(), _newReader.tree())) {
+            const auto side = [](const std::string &text) {
+                return text.empty() ? "(none)" : text.c_str();
+            };
+            _output.format("    %s: %s => %s\n", field.path.c_str(), side(field.before),
+                           side(field.after));
+        }
+    }
+
+    const Options &_options;
+    const bool _isTSV;
+    const WQDecoderSet &_decoders;
+    RecordReader _oldReader, _newReader;
+    Output _output;
+    std::size_t _added = 0, _removed = 0, _changed = 0;
+    bool _failed = false;
+};
+
+/// The archives of two sets that belong together: by name, or the only ones.
+std::vector<std::pair<const Archive *, const Archive *>> pairsOf(const DataSet &before,
+                                                                 const DataSet &after) {
+    if (!before.isDirectory && !after.isDirectory)
+        return {{&before.archives.front(), &after.archives.front()}};
+    if (before.isDirectory != after.isDirectory)
+        throw CommandFailure("one is a directory and the other an archive", kUsageError);
+    std::vector<std::pair<const Archive *, const Archive *>> pairs;
+    for (const Archive &archive : before.archives)
+        pairs.emplace_back(&archive, after.archiveWithName(archive.name));
+    for (const Archive &archive : after.archives)
+        if (before.archiveWithName(archive.name) == nullptr)
+            pairs.emplace_back(nullptr, &archive);
+    return pairs;
+}
+
+const WQDataFile &cellDataFileOf(const DataSet &dataSet) {
+    for (const Archive &archive : dataSet.archives)
+        if (const auto *dataFile = dynamic_cast<const WQDataFile *>(archive.dataFile.get());
+            dataFile != nullptr && archive.role == ArchiveRole::cell)
+            return *dataFile;
+    throw CommandFailure(dataSet.path.string() + ": has no cell archive of the first game");
+}
+
+int writeLandBlocks(const DataSet &before, const DataSet &after) {
+    WQDataFileComparison comparison(&cellDataFileOf(before), &cellDataFileOf(after));
+    comparison.buildComparison();
+    comparison.saveLandBlockSummaryToURL(nullptr);
+    return comparison.fileKeysAdded()->empty() && comparison.fileKeysRemoved()->empty() &&
+                   comparison.fileKeysChanged()->empty()
+               ? kFine
+               : kFoundOrFailed;
+}
+
+int diff(Options &options, const GlobalOptions &global) {
+    options.selection.prepare();
+    const WQDecoderSet decoders = loadDecoders(global);
+    const DataSet before = global.openDataSet(options.oldPath);
+    const DataSet after = global.openDataSet(options.newPath);
+    int status;
+    if (options.asLand) {
+        status = writeLandBlocks(before, after);
+    } else {
+        DifferenceWriter writer(options, before, after, decoders);
+        for (const auto &[old, now] : pairsOf(before, after))
+            writer.write(old, now);
+        status = writer.finish();
+    }
+    return before.isWhole && after.isWhole ? status : kFoundOrFailed;
+}
+
+} // namespace
+
+CommandAction addDiffCommand(CLI::App &command) {
+    const auto options = std::make_shared<Options>();
+    command.add_option("old", options->oldPath, "Older data directory or archive")->required();
+    command.add_option("new", options->newPath, "Newer data directory or archive")->required();
+    command.add_option("--format", options->format, "text or tsv")
+        ->check(CLI::IsMember({"text", "tsv"}));
+    command.add_flag("--digests", options->withDigests, "With the SHA-1 of each file");
+    auto *records = command.add_flag("--records", options->withRecords,
+                                     "With the fields that changed, of records with a decoder");
+    command.add_flag("--land", options->asLand, "Land blocks instead of files, for cell archives")
+        ->excludes(records);
+    options->selection.addOptions(command);
+    return [options](const GlobalOptions &global) { return diff(*options, global); };
+}

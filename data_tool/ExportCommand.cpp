@@ -1,0 +1,192 @@
+#include "data_tool/Command.h"
+#include "data_tool/GeoJSON.h"
+#include "data_tool/GeoTIFF.h"
+#include "data_tool/Land.h"
+#include "data_tool/RoadLines.h"
+#include "game/WQKnownDungeons.h"
+#include "game/WQMapCoordinate.h"
+#include "io/ZPAtomicFile.h"
+#include "io/ZPSystemLog.h"
+#include "tool/PlotFile.h"
+
+#include <algorithm>
+
+namespace {
+
+using Position = GeoJSONWriter::Position;
+
+struct Options {
+    std::string path, subject, file;
+};
+
+constexpr unsigned kSize = WQLandGrid::kSize;
+constexpr RasterPlace kLandPlace = {Land::kWest, 102.1, 1 / Land::kPointsPerUnit};
+
+/// Of the raster, which begins in the north, while the land begins in the south.
+unsigned landRow(std::uint32_t rasterRow) {
+    return kSize - 1 - rasterRow;
+}
+
+void exportHeights(const Options &options) {
+    constexpr float kNoHeight = -9999;
+    const Land land(options.path);
+    const auto &heights = land.neededWorldInfo().actualLandHeights();
+    writeFloatGeoTIFF(options.file, kSize, kSize, kLandPlace, "-9999",
+                      [&](std::uint32_t row, std::span<float> values) {
+                          std::ranges::transform(
+                              land.grid().row(landRow(row)), values.begin(),
+                              [&](const WQLandPoint &point) {
+                                  return point.has(WQLandPoint::hasData)
+                                             ? heights[point.heightIndex]
+                                             : kNoHeight;
+                              });
+                      });
+}
+
+std::string escapedForXML(std::string_view text) {
+    std::string escaped;
+    for (const char letter : text) {
+        if (letter == '&')
+            escaped += "&amp;";
+        else if (letter == '<')
+            escaped += "&lt;";
+        else if (letter >= 0 && letter < ' ')
+            escaped += ' '; // no character of XML
+        else
+            escaped += letter;
+    }
+    return escaped;
+}
+
+/// GIS programs look for the names of a raster's values in a file beside it.
+void writeCategoryNames(const std::string &path, const std::vector<WQLandInfo> &landTypes) {
+    std::string text = "<PAMDataset>\n  <PAMRasterBand band=\"1\">\n    <CategoryNames>\n";
+    for (const WQLandInfo &landType : landTypes)
+        text += ZPFormat("      <Category>%s</Category>\n", escapedForXML(landType.name()).c_str());
+    text += "    </CategoryNames>\n  </PAMRasterBand>\n</PAMDataset>\n";
+    ZPError error;
+    if (!ZPWriteTextToPath(text, path, &error))
+        throw CommandFailure(path + ": " + error.failureReason());
+}
+
+void exportTypes(const Options &options) {
+    constexpr std::uint8_t kNoType = 255;
+    const Land land(options.path);
+    const auto &landTypes = land.neededWorldInfo().landTypes();
+    std::array<RasterColor, 256> colors{};
+    for (std::size_t type = 0; type < std::min(landTypes.size(), colors.size()); ++type) {
+        const auto byteOf = [](double part) { return static_cast<std::uint8_t>(part * 255 + 0.5); };
+        const WQLandInfo::Color &color = landTypes[type].color();
+        colors[type] = {byteOf(color.red), byteOf(color.green), byteOf(color.blue)};
+    }
+    writeByteGeoTIFF(options.file, kSize, kSize, kLandPlace, "255", colors,
+                     [&](std::uint32_t row, std::span<std::uint8_t> values) {
+                         std::ranges::transform(
+                             land.grid().row(landRow(row)), values.begin(),
+                             [](const WQLandPoint &point) {
+                                 return point.has(WQLandPoint::hasData)
+                                            ? static_cast<std::uint8_t>(point.landType())
+                                            : kNoType;
+                             });
+                     });
+    writeCategoryNames(options.file + ".aux.xml", landTypes);
+}
+
+void exportRoads(const Options &options) {
+    const Land land(options.path);
+    GeoJSONWriter writer;
+    for (const std::vector<LandPlace> &line : traceRoads(land.grid())) {
+        std::vector<Position> positions;
+        for (const LandPlace place : line)
+            positions.emplace_back(Land::xOf(place.column), Land::yOf(place.row));
+        if (positions.size() == 1)
+            writer.beginPoint(positions.front());
+        else
+            writer.beginLine(positions);
+        writer.endFeature();
+    }
+    writer.writeToPath(options.file);
+}
+
+void addBlock(GeoJSONWriter &writer, const WQDataFile &cells, std::uint16_t number) {
+    constexpr double kSide = 0.8;
+    const auto files = cells.fileEntriesByLandBlock(number);
+    const WQMapLocation corner = WQMapCoordinateForCellID(std::uint32_t{number} << 16);
+    const double west = corner.x, south = corner.y, east = west + kSide, north = south + kSide;
+    writer.beginPolygon(
+        {{west, south}, {east, south}, {east, north}, {west, north}, {west, south}});
+    writer.property("block", std::string_view(ZPFormat("%04x", number)));
+    writer.property("files", static_cast<std::int64_t>(files.size()));
+    if (const auto &last = files.back(); (last.identifier & 0xFFFF) == 0xFFFF) {
+        ZPData scratch;
+        const auto bytes = cells.readBytesForFileEntry(last, scratch);
+        if (const auto block = bytes ? ZPRecordWithData<WQLandBlock>(*bytes, nullptr)
+                                     : std::nullopt) {
+            writer.property("averageHeight", std::int64_t{block->averageHeight()});
+            writer.property("hasObjectBlock", block->hasObjectBlock());
+            writer.property("isPassable", block->isPassable());
+        }
+    }
+    const auto &names = WQKnownDungeonNames();
+    if (const auto name = names.find(number); name != names.end())
+        writer.property("dungeon", std::string_view(name->second));
+    writer.endFeature();
+}
+
+void exportBlocks(const Options &options) {
+    constexpr unsigned kBlocksPerSide = 255;
+    const Land land(options.path);
+    GeoJSONWriter writer;
+    for (unsigned column = 0; column < kBlocksPerSide; ++column)
+        for (unsigned row = 0; row < kBlocksPerSide; ++row) {
+            const auto number = static_cast<std::uint16_t>(column << 8 | row);
+            if (!land.cellDataFile().fileEntriesByLandBlock(number).empty())
+                addBlock(writer, land.cellDataFile(), number);
+        }
+    writer.writeToPath(options.file);
+}
+
+void exportPlaces(const Options &options) {
+    if (!std::filesystem::is_regular_file(options.path))
+        throw CommandFailure(options.path + ": is no plot file");
+    GeoJSONWriter writer;
+    for (const WQMapPoint &point : readPlotFile(options.path)) {
+        writer.beginPoint({point.coordinate().x, point.coordinate().y});
+        writer.property("type", std::string_view(point.type()));
+        writer.property("label", std::string_view(point.label()));
+        writer.endFeature();
+    }
+    writer.writeToPath(options.file);
+}
+
+constexpr struct {
+    const char *name;
+    void (*run)(const Options &);
+} kSubjects[] = {{"heights", &exportHeights},
+                 {"types", &exportTypes},
+                 {"roads", &exportRoads},
+                 {"blocks", &exportBlocks},
+                 {"places", &exportPlaces}};
+
+int exportSubject(const Options &options) {
+    for (const auto &subject : kSubjects)
+        if (options.subject == subject.name)
+            subject.run(options);
+    return kFine;
+}
+
+} // namespace
+
+CommandAction addExportCommand(CLI::App &command) {
+    const auto options = std::make_shared<Options>();
+    std::vector<std::string> names;
+    for (const auto &subject : kSubjects)
+        names.emplace_back(subject.name);
+    command.add_option("path", options->path, "Data directory; for places, a plot file")->required();
+    command.add_option("subject", options->subject, "heights and types make a GeoTIFF, roads, "
+                                                    "blocks and places GeoJSON")
+        ->required()
+        ->check(CLI::IsMember(names));
+    command.add_option("file", options->file, "The file to write")->required();
+    return [options](const GlobalOptions &) { return exportSubject(*options); };
+}

@@ -1,0 +1,175 @@
+#include "data_tool/FileSelection.h"
+
+#include "io/ZPSystemLog.h"
+#include "io/ZPText.h"
+
+#include <algorithm>
+#include <charconv>
+#include <chrono>
+#include <fstream>
+#include <iostream>
+
+namespace {
+
+std::optional<std::uint32_t> hexadecimalIn(std::string_view text, std::size_t mostDigits) {
+    if (text.starts_with("0x") || text.starts_with("0X"))
+        text.remove_prefix(2);
+    std::uint32_t value = 0;
+    const char *end = text.data() + text.size();
+    const auto [stop, fault] = std::from_chars(text.data(), end, value, 16);
+    if (text.size() > mostDigits || fault != std::errc() || stop != end)
+        return std::nullopt;
+    return value;
+}
+
+[[noreturn]] void refuse(const char *option, std::string_view text, const char *wanted) {
+    throw CommandFailure(ZPFormat("%s: '%.*s' is no %s", option, static_cast<int>(text.size()),
+                                  text.data(), wanted),
+                         kUsageError);
+}
+
+std::uint64_t sizeIn(std::string_view text) {
+    std::uint64_t size = 0;
+    const char *end = text.data() + text.size();
+    const auto [stop, fault] = std::from_chars(text.data(), end, size);
+    const std::string_view unit(stop, static_cast<std::size_t>(end - stop));
+    const unsigned shift = unit == "K" ? 10 : unit == "M" ? 20 : 0;
+    if (fault != std::errc() || (!unit.empty() && shift == 0) || size > UINT64_MAX >> shift)
+        refuse("--larger", text, "number of bytes, such as 512, 4K or 1M");
+    return size << shift;
+}
+
+/// Seconds since 1970, of a date or of that number itself.
+std::int64_t timeIn(std::string_view text) {
+    const auto numberIn = [](std::string_view digits) {
+        std::int64_t number = -1;
+        const char *end = digits.data() + digits.size();
+        const auto [stop, fault] = std::from_chars(digits.data(), end, number);
+        return fault == std::errc() && stop == end ? number : -1;
+    };
+    const auto parts = ZPSplitText(text, '-');
+    if (parts.size() == 1 && numberIn(text) >= 0)
+        return numberIn(text);
+    if (parts.size() == 3) {
+        using namespace std::chrono;
+        const year_month_day date(year(static_cast<int>(numberIn(parts[0]))),
+                                  month(static_cast<unsigned>(numberIn(parts[1]))),
+                                  day(static_cast<unsigned>(numberIn(parts[2]))));
+        if (date.ok() && parts[0].size() == 4)
+            return sys_seconds(sys_days(date)).time_since_epoch().count();
+    }
+    refuse("--newer", text, "date such as 2005-03-31, nor a number of seconds since 1970");
+}
+
+} // namespace
+
+std::optional<std::uint32_t> identifierInText(std::string_view text) {
+    return hexadecimalIn(text, 8);
+}
+
+void FileSelection::addOptions(CLI::App &command) {
+    const auto addList = [&](const char *name, std::vector<std::string> &texts, const char *type,
+                             const char *help) {
+        command.add_option(name, texts, help)->type_name(type)->delimiter(',')->allow_extra_args(
+            false);
+    };
+    addList("--type", _typeTexts, "TYPE", "Files of a type (identifier bits 24 to 31), such as 0x13");
+    addList("--id", _rangeTexts, "RANGE", "Files with an identifier, or from one to another: A-B");
+    addList("--block", _blockTexts, "XXYY", "Files of a land block of a cell archive");
+    command.add_option("--larger", _largerText, "Files of more bytes; K and M may follow")
+        ->type_name("SIZE");
+    command.add_option("--newer", _newerText, "Files changed since a date (UTC)")->type_name("DATE");
+    auto *damaged = command.add_flag("--damaged", _wantsDamaged, "Files that cannot be read");
+    command.add_flag("--sound", _wantsSound, "Files that can be read")->excludes(damaged);
+    command
+        .add_option("--ids-from", _listPath,
+                    "Files whose identifiers a file lists, one a line; - is standard input")
+        ->type_name("FILE");
+}
+
+void FileSelection::prepare() {
+    for (const std::string &text : _typeTexts) {
+        const auto type = hexadecimalIn(text, 2);
+        if (!type)
+            refuse("--type", text, "type, two hexadecimal digits");
+        _types.push_back(*type);
+    }
+    for (const std::string &text : _blockTexts) {
+        const auto block = hexadecimalIn(text, 4);
+        if (!block)
+            refuse("--block", text, "land block, four hexadecimal digits");
+        _blocks.push_back(*block);
+    }
+    for (const std::string &text : _rangeTexts) {
+        const auto parts = ZPSplitText(text, '-');
+        const auto first = identifierInText(parts.front()), last = identifierInText(parts.back());
+        if (!first || !last || parts.size() > 2 || *first > *last)
+            refuse("--id", text, "identifier or range of them, such as 0x06000000-0x06ffffff");
+        _ranges.push_back({*first, *last});
+    }
+    if (!_largerText.empty())
+        _larger = sizeIn(_largerText);
+    if (!_newerText.empty())
+        _newer = timeIn(_newerText);
+    if (!_listPath.empty())
+        readIdentifiers();
+    _isRestricted = !_types.empty() || !_blocks.empty() || !_ranges.empty() || _larger || _newer ||
+                    _wantsDamaged || _wantsSound || _listed;
+}
+
+void FileSelection::readIdentifiers() {
+    _listed.emplace();
+    if (_listPath == "-")
+        return readIdentifierLines(std::cin);
+    std::ifstream file(_listPath);
+    if (!file.is_open())
+        throw CommandFailure(_listPath + ": cannot be read");
+    readIdentifierLines(file);
+}
+
+/// Lines of identifiers, or the TSV of `list` and `diff`, whose first two columns are identifier
+/// and archive.
+void FileSelection::readIdentifierLines(std::istream &lines) {
+    bool hasArchives = false;
+    std::string line;
+    for (unsigned number = 1; std::getline(lines, line); ++number) {
+        if (line.ends_with('\r'))
+            line.pop_back();
+        const auto fields = ZPSplitText(line, '\t');
+        if (fields[0].empty())
+            continue;
+        if (number == 1 && fields[0] == "identifier") {
+            hasArchives = fields.size() > 1 && fields[1] == "archive";
+            continue;
+        }
+        const auto identifier = identifierInText(fields[0]);
+        if (!identifier)
+            throw CommandFailure(ZPFormat("%s:%u: '%s' does not begin with an identifier",
+                                          _listPath.c_str(), number, line.c_str()),
+                                 kUsageError);
+        const bool hasArchive = hasArchives && fields.size() > 1;
+        _listed->insert({*identifier, std::string(hasArchive ? fields[1] : "")});
+    }
+}
+
+bool FileSelection::matches(const Archive &archive, const ZPGorvaneFileEntry &entry) const {
+    const std::uint32_t identifier = entry.identifier;
+    if (!_types.empty() && std::ranges::find(_types, identifier >> 24) == _types.end())
+        return false;
+    if (!_ranges.empty() && std::ranges::none_of(_ranges, [=](const Range &range) {
+            return identifier >= range.first && identifier <= range.last;
+        }))
+        return false;
+    if (!_blocks.empty() && (archive.role != ArchiveRole::cell ||
+                             std::ranges::find(_blocks, identifier >> 16) == _blocks.end()))
+        return false;
+    if ((_larger && entry.fileSize <= *_larger) || (_newer && entry.mtime < *_newer))
+        return false;
+    if (_listed && !_listed->contains({identifier, {}}) &&
+        !_listed->contains({identifier, archive.name}))
+        return false;
+    if (!_wantsDamaged && !_wantsSound)
+        return true;
+    thread_local ZPData scratch;
+    return archive.dataFile->readBytesForFileEntry(entry, scratch).has_value() == _wantsSound;
+}

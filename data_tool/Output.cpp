@@ -1,0 +1,102 @@
+#include "data_tool/Output.h"
+
+#include "data_tool/Failure.h"
+#include "decode/ZPEscapedLine.h"
+#include "io/ZPError.h"
+#include "io/ZPSystemLog.h"
+
+#include <cerrno>
+#include <charconv>
+#include <chrono>
+#include <cstdarg>
+#include <cstdlib>
+#include <unistd.h>
+
+void say(const std::string &text) {
+    const std::string line = "plotterra-data: " + ZPEscapedLine(text) + "\n";
+    // There is nobody to tell when this fails.
+    [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, line.data(), line.size());
+}
+
+void Output::format(const char *format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    write(ZPFormatArguments(format, arguments));
+    va_end(arguments);
+}
+
+void Output::flush() {
+    std::string_view rest = _buffer;
+    while (!rest.empty()) {
+        const ssize_t count = ::write(STDOUT_FILENO, rest.data(), rest.size());
+        if (count >= 0) {
+            rest.remove_prefix(static_cast<std::size_t>(count));
+        } else if (errno == EPIPE) {
+            throw BrokenPipe();
+        } else if (errno != EINTR) {
+            const ZPError error = ZPError::posix(errno);
+            throw CommandFailure("cannot write to standard output: " + error.failureReason());
+        }
+    }
+    _buffer.clear();
+}
+
+bool isCapableTerminal(int descriptor) {
+    const char *terminal = std::getenv("TERM");
+    return isatty(descriptor) == 1 && terminal != nullptr && std::string_view(terminal) != "dumb";
+}
+
+bool usesColor() {
+    const char *noColor = std::getenv("NO_COLOR");
+    return isCapableTerminal(STDOUT_FILENO) && (noColor == nullptr || *noColor == '\0');
+}
+
+namespace {
+
+template <int Digits>
+void appendDigits(std::string &text, unsigned number) {
+    char digits[Digits];
+    for (int place = Digits - 1; place >= 0; --place, number /= 10)
+        digits[place] = static_cast<char>('0' + number % 10);
+    text.append(digits, Digits);
+}
+
+} // namespace
+
+void appendDate(std::string &text, std::uint32_t seconds) {
+    using namespace std::chrono;
+    const sys_seconds time{std::chrono::seconds(seconds)};
+    const auto day = floor<days>(time);
+    const year_month_day date(day);
+    const auto ofDay = static_cast<unsigned>((time - day).count());
+    appendDigits<4>(text, static_cast<unsigned>(static_cast<int>(date.year())));
+    text += '-';
+    appendDigits<2>(text, static_cast<unsigned>(date.month()));
+    text += '-';
+    appendDigits<2>(text, static_cast<unsigned>(date.day()));
+    text += 'T';
+    appendDigits<2>(text, ofDay / 3600);
+    text += ':';
+    appendDigits<2>(text, ofDay / 60 % 60);
+    text += ':';
+    appendDigits<2>(text, ofDay % 60);
+    text += 'Z';
+}
+
+void appendIdentifier(std::string &text, std::uint32_t identifier) {
+    char digits[10] = {'0', 'x'};
+    for (int place = 9; place > 1; --place, identifier >>= 4)
+        digits[place] = "0123456789abcdef"[identifier & 0xF];
+    text.append(digits, sizeof digits);
+}
+
+void appendNumber(std::string &text, std::uint64_t number) {
+    char digits[20];
+    text.append(digits, std::to_chars(digits, std::end(digits), number).ptr);
+}
+
+void appendPadded(std::string &text, std::string_view part, std::size_t width) {
+    if (part.size() < width)
+        text.append(width - part.size(), ' ');
+    text += part;
+}

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "data_tool/DataSet.h"
+
+#include <optional>
+
+/// Decodes the files of a data set, for one thread.
+class RecordReader {
+  public:
+    /// Borrows both.
+    RecordReader(const DataSet &dataSet, const WQDecoderSet &decoders)
+        : _dataSet(dataSet), _decoders(decoders, dataSet.decodingContext()) {}
+
+    /// None where nobody knows the file's format. The tree is that of the last file.
+    std::optional<ZPDecodingResult> decode(const Archive &archive, std::uint32_t identifier,
+                                           std::span<const std::byte> bytes) {
+        ZPRecordDecoder *decoder = _decoders.decoderFor(archive.kindOf(identifier));
+        if (decoder == nullptr)
+            return std::nullopt;
+        return ZPDecodeRecord(*decoder, bytes, _tree);
+    }
+    const ZPRecordTree &tree() const { return _tree; }
+
+    /// The record as text: the dump of its own class where a C++ class reads its fields, else the
+    /// tree, which was just decoded.
+    std::string text(const Archive &archive, std::uint32_t identifier,
+                     std::span<const std::byte> bytes);
+    /// The tree as one line of JSON.
+    std::string json() const;
+
+  private:
+    const DataSet &_dataSet;
+    WQDecoders _decoders;
+    ZPRecordTree _tree;
+    /// For classes that ask for the data set's version; made when the first is met.
+    std::unique_ptr<ZPGorvaneClientData> _clientData;
+};
+
+/// What is wrong with a record that was decoded, and where; empty when nothing is.
+std::string faultText(const ZPDecodingResult &result);

@@ -1,0 +1,244 @@
+#include "io/ZPSHA1.h"
+#include "tests/FamilyArchive.h"
+#include "tests/ProgramRun.h"
+#include "tests/TestSupport.h"
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+namespace {
+
+using testing::AllOf;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+
+const std::string kWorld = PLOTTERRA_SAMPLE_WORLD, kOlderWorld = PLOTTERRA_OLDER_SAMPLE_WORLD;
+
+ProgramRun data(std::vector<std::string> words) {
+    words.insert(words.begin(), PLOTTERRA_DATA_PROGRAM);
+    return runProgram(words);
+}
+/// A line of a shell, in which $DATA is the program.
+ProgramRun shell(const std::string &line) {
+    return runProgram({"/bin/bash", "-c", "DATA=" PLOTTERRA_DATA_PROGRAM "; " + line});
+}
+
+class DataCommands : public testing::Test {
+  protected:
+    /// Files 0x04000001, 0x06000002 (two blocks), 0x06000003 (empty) and 0x13000001.
+    FamilyArchive archive(unsigned version) {
+        FamilyArchive made(version);
+        made.addFile(0x04000001, hex("01000004 AABB"));
+        made.addFile(0x06000002, joined({hex("02000006"), ZPData(1200, std::byte{0x5A})}));
+        made.addFile(0x06000003, ZPData());
+        made.addFile(0x13000001, hex("01000013"));
+        return made;
+    }
+    std::string written(FamilyArchive made, const std::string &name) {
+        made.finish();
+        return made.writeToPath(_folder / name);
+    }
+
+    TemporaryFolder _folder;
+};
+
+TEST_F(DataCommands, ListsArchivesOfEveryFamily) {
+    const struct {
+        unsigned version;
+        const char *key, *rows;
+    } cases[] = {
+        {3, "ostvale",
+         "0x04000001\tx\t0x04\tWQPalette\t6\t2001-09-09T01:46:40Z\t0x00020001\t0x00000400\n"
+         "0x06000002\tx\t0x06\tWQImage\t1204\t2001-09-09T01:46:40Z\t0x00020001\t0x00000800\n"
+         "0x06000003\tx\t0x06\tWQImage\t0\t2001-09-09T01:46:40Z\t0x00020001\t0x00001000\n"
+         "0x13000001\tx\t0x13\t\t4\t2001-09-09T01:46:40Z\t0x00020001\t0x00001400\n"},
+        {2, "ostvale2",
+         "0x04000001\tx\t0x04\t\t6\t2001-09-09T01:46:40Z\t\t0x00000400\n"
+         "0x06000002\tx\t0x06\t\t1204\t2001-09-09T01:46:40Z\t\t0x00000800\n"
+         "0x06000003\tx\t0x06\t\t0\t2001-09-09T01:46:40Z\t\t0x00001000\n"
+         "0x13000001\tx\t0x13\t\t4\t2001-09-09T01:46:40Z\t\t0x00001400\n"},
+        {1, "ostvale-retail",
+         "0x04000001\tx\t0x04\t\t6\t\t\t0x00000400\n0x06000002\tx\t0x06\t\t1204\t\t\t0x00000800\n"
+         "0x06000003\tx\t0x06\t\t0\t\t\t0x00001000\n0x13000001\tx\t0x13\t\t4\t\t\t0x00001400\n"},
+    };
+    const std::string header = "identifier\tarchive\ttype\tclass\tsize\tdate\tversion\toffset\n";
+    for (const auto &row : cases) {
+        const std::string path = written(archive(row.version), "x.dat");
+        const ProgramRun list = data({"list", "--format", "tsv", path});
+        EXPECT_EQ(list.status, 0);
+        EXPECT_EQ(list.output, header + row.rows);
+        EXPECT_EQ(list.log, "");
+        const ProgramRun info = data({"info", path});
+        EXPECT_THAT(info.output, AllOf(HasSubstr(row.key), HasSubstr("4 of 1214 bytes")));
+        EXPECT_EQ(data({"check", path}).output, "4 files checked, nothing found\n");
+        EXPECT_EQ(data({"cat", path, "6000002"}).output.substr(4), std::string(1200, 'Z'));
+        EXPECT_EQ(data({"--game", row.key, "list", path}).status, 0);
+        const char *otherKey = row.version == 3 ? "ostvale2" : "ostvale";
+        const ProgramRun other = data({"--game", otherKey, "list", path});
+        EXPECT_EQ(other.status, 1);
+        EXPECT_THAT(other.log, HasSubstr(std::string(otherKey) + " wants"));
+    }
+}
+
+TEST_F(DataCommands, SaysWhatStandsWhereAHeaderShouldBe) {
+    FamilyArchive made = archive(3);
+    made.finish();
+    made.poke(320, 0x12345678);
+    const ProgramRun run = data({"info", made.writeToPath(_folder / "x.dat")});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_THAT(run.log, AllOf(HasSubstr("x.dat: is an archive of no known family"),
+                               HasSubstr("004c5000 at 256"), HasSubstr("12345678 at 320"),
+                               HasSubstr("00000000 at 300")));
+    EXPECT_EQ(data({"info", _folder / "none"}).status, 1);
+    EXPECT_EQ(data({"info"}).status, 2);
+    EXPECT_EQ(data({"list", "--type", "xyz", kWorld}).status, 2);
+    EXPECT_EQ(data({"list", "--format", "xml", kWorld}).status, 2);
+    const ProgramRun help = data({"list", "--help"});
+    EXPECT_EQ(help.status, 0);
+    EXPECT_THAT(help.output, HasSubstr("--ids-from"));
+}
+
+TEST_F(DataCommands, SelectsAndSorts) {
+    FamilyArchive made = archive(3);
+    made.addFile(0x13000002, ZPData(), 1200000000);
+    made.finish();
+    // The chain of one file leads into the free blocks.
+    made.poke(made.entries[0x13000001].offset, made.lastFree);
+    const std::string path = made.writeToPath(_folder / "x.dat");
+    const auto identifiers = [&](std::vector<std::string> words) {
+        words.insert(words.begin(), {"list", path, "--format", "json"});
+        std::string found;
+        const std::string output = data(words).output;
+        for (std::size_t at = 0; (at = output.find("{\"identifier\":\"0x", at)) != std::string::npos;)
+            found += output.substr(at += 17, 8) + " ";
+        return found;
+    };
+    EXPECT_EQ(identifiers({"--type", "0x06,13"}), "06000002 06000003 13000001 13000002 ");
+    EXPECT_EQ(identifiers({"--id", "4000001-6000002", "--id", "0x13000002"}),
+              "04000001 06000002 13000002 ");
+    EXPECT_EQ(identifiers({"--larger", "6"}), "06000002 ");
+    EXPECT_EQ(identifiers({"--newer", "2001-09-10"}), "13000002 ");
+    EXPECT_EQ(identifiers({"--damaged"}), "13000001 ");
+    EXPECT_EQ(identifiers({"--sound", "--type", "13"}), "13000002 ");
+    EXPECT_EQ(identifiers({"--sort", "-size,id", "--type", "4,6"}), "06000002 04000001 06000003 ");
+    EXPECT_EQ(identifiers({"--block", "0400"}), "");
+    std::ofstream(_folder / "ids") << "0x6000003\n\n4000001\r\n";
+    EXPECT_EQ(identifiers({"--ids-from", _folder / "ids"}), "04000001 06000003 ");
+    std::ofstream(_folder / "ids") << "4000001\nnonsense\n";
+    const ProgramRun refused = data({"list", path, "--ids-from", _folder / "ids"});
+    EXPECT_EQ(refused.status, 2);
+    EXPECT_THAT(refused.log, HasSubstr("ids:2: 'nonsense'"));
+}
+
+TEST_F(DataCommands, OneCommandFeedsTheNext) {
+    const std::string folder = _folder / "out";
+    const ProgramRun run =
+        shell("set -o pipefail; $DATA list --type 0x41 --format tsv " + kWorld +
+              " | $DATA extract --json --ids-from - " + kWorld + " " + folder);
+    EXPECT_EQ(run.status, 0) << run.log;
+    EXPECT_THAT(textOfFile(folder + "/local/Trader/41000001.json"),
+                AllOf(HasSubstr("\"township\":\"0x40000001\""), EndsWith("}\n")));
+    EXPECT_FALSE(std::filesystem::exists(folder + "/cell"));
+    // A reader that goes away ends it quietly.
+    const ProgramRun broken = shell("$DATA list " + kWorld + " | head -1; echo ${PIPESTATUS[0]}");
+    EXPECT_EQ(broken.log, "");
+    EXPECT_THAT(broken.output, EndsWith("\n0\n"));
+}
+
+TEST_F(DataCommands, ExtractsWhatHashesLikeTheDigests) {
+    FamilyArchive made = archive(3);
+    made.finish();
+    made.poke(made.entries[0x13000001].offset, made.lastFree);
+    const std::string path = made.writeToPath(_folder / "x.dat"), folder = _folder / "out";
+    ProgramRun run = data({"extract", path, folder});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_THAT(run.log, AllOf(HasSubstr("x: 13000001: Block chain starting at"),
+                               HasSubstr("3 files written, 0 were there, 1 failed")));
+    const std::string image = folder + "/WQImage/06000002.bin";
+    struct stat file {};
+    ASSERT_EQ(stat(image.c_str(), &file), 0);
+    EXPECT_EQ(file.st_mtime, 1000000000);
+
+    // An interrupted run leaves a file without its date, or without its name.
+    std::ofstream(image) << "half";
+    std::ofstream(folder + "/WQPalette/04000001.bin.part") << "ha";
+    run = data({"extract", path, folder});
+    EXPECT_THAT(run.log, HasSubstr("1 files written, 2 were there, 1 failed"));
+    const std::string text = textOfFile(image);
+    const std::string digest = ZPSHA1DigestString(std::as_bytes(std::span(text)));
+    const ProgramRun diff = data({"diff", "--digests", "--format", "tsv", path,
+                                  written(FamilyArchive(archive(3)), "y.dat")});
+    EXPECT_EQ(diff.status, 1);
+    EXPECT_EQ(data({"diff", path, path}).output, "added: 0, removed: 0, changed: 0\n");
+    FamilyArchive other = archive(3);
+    other.addFile(0x06000002, "something else");
+    const ProgramRun changed =
+        data({"diff", "--digests", "--format", "tsv", path, written(other, "z.dat")});
+    EXPECT_THAT(changed.output, HasSubstr("0x06000002\tz\tchanged\tWQImage\t1204\t14\t" + digest));
+
+    // Nothing is written through a link that leads out of the folder.
+    std::filesystem::remove_all(folder + "/WQImage");
+    std::filesystem::create_directory(_folder / "elsewhere");
+    std::filesystem::create_directory_symlink(_folder / "elsewhere", folder + "/WQImage");
+    EXPECT_EQ(data({"extract", path, folder}).status, 1);
+    EXPECT_TRUE(std::filesystem::is_empty(_folder / "elsewhere"));
+}
+
+TEST_F(DataCommands, ShowsRecordsDecoded) {
+    const ProgramRun text = data({"cat", "--text", "--offsets", kWorld, "40000001"});
+    EXPECT_EQ(text.status, 0) << text.log;
+    EXPECT_THAT(text.output, AllOf(HasSubstr("00000000     4  identifier: 40000001\n"),
+                                   HasSubstr("     2  size: "), HasSubstr("[bits 8-15]"),
+                                   HasSubstr("    [0] trader: -> 41000001\n")));
+    // The dump of a class of its own is to the letter; the same record as a tree has its places.
+    const ProgramRun region = data({"cat", "--text", kWorld, "13000000"});
+    EXPECT_THAT(region.output, AllOf(HasSubstr("Barren Rock"), HasSubstr("remaining: 0\n")));
+    EXPECT_THAT(data({"cat", "--json", kWorld, "13000000"}).output, HasSubstr("\"Seedfall\""));
+    EXPECT_THAT(data({"cat", "--text", "--archive", "cell", kWorld, "ffff0001"}).output,
+                testing::MatchesRegex("version: [0-9]+\n"));
+    const ProgramRun several = data({"cat", kWorld, "ffff0001"});
+    EXPECT_EQ(several.status, 2);
+    EXPECT_THAT(several.log, HasSubstr("portal, highres, cell, local"));
+    EXPECT_THAT(data({"cat", "--json", "--archive", "portal", kWorld, "6000001"}).log,
+                HasSubstr("there is no decoder for it, a WQImage"));
+    EXPECT_THAT(data({"cat", "--hex", "--archive", "portal", kWorld, "4000001"}).output,
+                testing::StartsWith("00000000  01 00 00 04"));
+}
+
+TEST_F(DataCommands, TellsWhatChangedInRecords) {
+    const ProgramRun same = data({"diff", kWorld, kWorld});
+    EXPECT_EQ(same.status, 0);
+    EXPECT_EQ(same.output, "added: 0, removed: 0, changed: 0\n");
+    const ProgramRun run = data({"diff", "--records", "--type", "0x41", kOlderWorld, kWorld});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_THAT(run.output,
+                testing::ContainsRegex("    wares.0..price: [0-9]+ => [0-9]+\n"));
+    EXPECT_THAT(run.output, Not(HasSubstr("greeting")));
+    const ProgramRun land = data({"diff", "--land", kOlderWorld, kWorld});
+    EXPECT_THAT(land.output, AllOf(testing::StartsWith("added: "), HasSubstr("Changed land blocks:\n")));
+}
+
+TEST_F(DataCommands, DecodersAreFoundAndBrokenOnesNamed) {
+    std::filesystem::create_directory(_folder / "mine");
+    std::ofstream(_folder / "mine/broken.lua") << "return {\n";
+    std::ofstream(_folder / "mine/palette.lua")
+        << "return { name = 'Mine', classes = { 'WQPalette' }, extension = 'pal',\n"
+           "  decode = function(cursor, out)\n"
+           "    out:text('t', 'a\\27[2J') error('\\27[31m')\n  end }\n";
+    const ProgramRun list = data({"decoders", "--decoders", _folder / "mine"});
+    EXPECT_EQ(list.status, 1);
+    EXPECT_THAT(list.output, AllOf(HasSubstr("broken.lua:2:"), HasSubstr("Mine"),
+                                   HasSubstr("WQLandBlock"), HasSubstr("chronicle.lua")));
+    // What a script or a record says reaches no terminal as it is.
+    const std::string path = written(archive(3), "x.dat");
+    const ProgramRun cat = data({"--decoders", _folder / "mine", "cat", "--text", path, "4000001"});
+    EXPECT_EQ(cat.status, 1);
+    EXPECT_EQ(cat.output, "t: \"a\\u{1b}[2J\"\n");
+    EXPECT_THAT(cat.log, AllOf(HasSubstr("palette.lua:3: \\u{1b}[31m"), Not(HasSubstr("\x1b"))));
+    data({"--decoders", _folder / "mine", "extract", "--type", "4", path, _folder / "out"});
+    EXPECT_TRUE(std::filesystem::exists(_folder / "out/WQPalette/04000001.pal"));
+    EXPECT_EQ(data({"--decoders", _folder / "none", "list", path}).status, 1);
+}
+
+} // namespace

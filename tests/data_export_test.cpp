@@ -1,0 +1,88 @@
+// GDAL, a reader that is not ours, says where the exported land lies and which way up.
+
+#include "data_tool/Land.h"
+#include "io/ZPLogSink.h"
+#include "io/ZPSystemLog.h"
+#include "tests/ProgramRun.h"
+#include "tests/TestSupport.h"
+
+#include <gmock/gmock.h>
+
+namespace {
+
+using testing::AllOf;
+using testing::HasSubstr;
+
+const std::string kWorld = PLOTTERRA_SAMPLE_WORLD;
+
+std::string shell(const std::string &line) {
+    const ProgramRun run =
+        runProgram({"/bin/sh", "-c", "DATA=" PLOTTERRA_DATA_PROGRAM "; WORLD=" + kWorld + "; " + line});
+    EXPECT_EQ(run.status, 0) << line << run.log;
+    return run.output;
+}
+
+class DataExport : public testing::Test {
+  protected:
+    void SetUp() override {
+        ZPSetLogSink([](std::string_view) {});
+        ASSERT_EQ(chdir(_folder.path().c_str()), 0);
+    }
+    void TearDown() override {
+        ZPSetLogSink(nullptr);
+        ASSERT_EQ(chdir("/"), 0);
+    }
+    TemporaryFolder _folder;
+};
+
+TEST_F(DataExport, HeightsLieWhereTheyAre) {
+    shell("$DATA export $WORLD heights h.tif && $DATA export $WORLD types t.tif");
+    const Land land(kWorld);
+    const auto &heights = land.neededWorldInfo().actualLandHeights();
+    // Points far from each other and from every symmetry; the coordinates are in map units.
+    for (const auto &[column, row] : {std::pair{700u, 1200u}, std::pair{1500u, 900u},
+                                      std::pair{1000u, 1700u}, std::pair{300u, 333u}}) {
+        const WQLandPoint &point = land.grid().at(column, row);
+        if (!point.has(WQLandPoint::hasData))
+            continue;
+        const std::string place = ZPFormat(" %.1f %.1f", -101.9 + column / 10.0, -101.9 + row / 10.0);
+        const std::string found = shell("gdallocationinfo -valonly -geoloc h.tif" + place);
+        EXPECT_FLOAT_EQ(std::stof(found), heights[point.heightIndex]) << place;
+        EXPECT_EQ(std::stoul(shell("gdallocationinfo -valonly -geoloc t.tif" + place)),
+                  point.landType())
+            << place;
+    }
+    const auto range = land.heightRange();
+    ASSERT_TRUE(range);
+    const std::string info = shell("$DATA info $WORLD");
+    EXPECT_THAT(info, HasSubstr(ZPFormat("land heights from %g to %g\n",
+                                         static_cast<double>(range->first),
+                                         static_cast<double>(range->second))));
+    EXPECT_THAT(shell("gdalinfo -stats h.tif"),
+                AllOf(HasSubstr(ZPFormat("Minimum=%.3f, Maximum=%.3f",
+                                         static_cast<double>(range->first),
+                                         static_cast<double>(range->second))),
+                      HasSubstr("Type=Float32"), HasSubstr("NoData Value=-9999"),
+                      HasSubstr("Size is 2041, 2041"), HasSubstr("AREA_OR_POINT=Point")));
+    EXPECT_THAT(shell("gdalinfo t.tif"),
+                AllOf(HasSubstr("Color Table"), HasSubstr("0: Barren Rock"), HasSubstr("32: Road"),
+                      HasSubstr("0: 206,176,124,255")));
+}
+
+TEST_F(DataExport, FeaturesLieWhereTheyAre) {
+    shell("$DATA export $WORLD roads r.json && $DATA export $WORLD blocks b.json && "
+          "$DATA export $WORLD/towns.txt places p.json");
+    // Column 0x7F from the west, row 0x68 from the south, each 0.8 units.
+    const std::string block = shell("ogrinfo -al -where \"block='7f68'\" b.json");
+    EXPECT_THAT(block, AllOf(HasSubstr("Feature Count: 1"),
+                             HasSubstr("(-0.3 -18.7,0.5 -18.7,0.5 -17.9,-0.3 -17.9,-0.3 -18.7)")));
+    EXPECT_THAT(shell("ogrinfo -so -al r.json"),
+                AllOf(HasSubstr("Line String"), testing::Not(HasSubstr("WGS 84"))));
+    // Each town of the list stands in its place, and each road point is on a road.
+    const std::string towns = textOfFile(kWorld + "/towns.txt");
+    EXPECT_THAT(shell("ogrinfo -so -al p.json"),
+                HasSubstr("Feature Count: " +
+                          std::to_string(std::count(towns.begin(), towns.end(), '\n'))));
+}
+
+} // namespace

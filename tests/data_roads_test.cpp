@@ -1,0 +1,45 @@
+#include "data_tool/RoadLines.h"
+
+#include <gmock/gmock.h>
+
+namespace {
+
+using testing::UnorderedElementsAre;
+
+/// The lines of roads drawn as a picture, the north row first; each as its places in digits, the
+/// end of lesser place first.
+std::vector<std::string> linesOf(const std::vector<std::string> &rows) {
+    const auto grid = WQLandGrid::allocate();
+    for (unsigned row = 0; row < rows.size(); ++row)
+        for (unsigned column = 0; column < rows[row].size(); ++column)
+            if (rows[rows.size() - 1 - row][column] == '#')
+                grid->at(column, row).terrainWord = 1;
+    std::vector<std::string> texts;
+    for (auto line : traceRoads(*grid)) {
+        std::vector<std::string> places;
+        for (const LandPlace place : line)
+            places.push_back(std::to_string(place.column) + std::to_string(place.row));
+        if (places.back() < places.front())
+            std::ranges::reverse(places);
+        std::string text;
+        for (const std::string &place : places)
+            text += place + " ";
+        texts.push_back(text);
+    }
+    return texts;
+}
+
+TEST(RoadLines, FollowRoadsFromEndToEnd) {
+    // A bend, with what lies straight between left out; a crossing ends four lines; a corner that
+    // the road goes round is not cut, one that it does not is; a single point; a ring.
+    EXPECT_THAT(linesOf({"   #", "   #", "####"}), UnorderedElementsAre("00 30 32 "));
+    EXPECT_THAT(linesOf({" # ", "###", " # "}),
+                UnorderedElementsAre("01 11 ", "11 12 ", "11 21 ", "10 11 "));
+    EXPECT_THAT(linesOf({"  #", " # ", "#  "}), UnorderedElementsAre("00 22 "));
+    EXPECT_THAT(linesOf({"#  ", "   ", "  #"}), UnorderedElementsAre("02 ", "20 "));
+    const auto ring = linesOf({"###", "# #", "###"});
+    ASSERT_EQ(ring.size(), 1u);
+    EXPECT_EQ(ring[0].substr(0, 3), ring[0].substr(ring[0].size() - 3));
+}
+
+} // namespace

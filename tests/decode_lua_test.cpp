@@ -1,0 +1,250 @@
+#include "decode/ZPLuaDecoder.h"
+#include "decode/ZPRecordTreeDifference.h"
+#include "decode/ZPRecordTreeJSON.h"
+#include "decode/ZPRecordTreeText.h"
+#include "tests/TestBytes.h"
+#include "tests/TestSupport.h"
+
+#include <fstream>
+#include <gmock/gmock.h>
+
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class LuaDecoder : public testing::Test {
+  protected:
+    std::filesystem::path write(const std::string &script) {
+        const auto path = _folder / "decoder.lua";
+        std::ofstream(path, std::ios::binary) << script;
+        return path;
+    }
+
+    /// A decoder with this body; a failure to load it is the test's.
+    std::unique_ptr<ZPLuaDecoder> decoder(const std::string &body) {
+        std::string message;
+        auto decoder = ZPLuaDecoder::decoderAtPath(
+            write("return { name = 'Test', types = { 1 }, decode = function(cursor, out)\n" + body +
+                  "\nend }"),
+            message);
+        EXPECT_NE(decoder, nullptr) << message;
+        return decoder;
+    }
+
+    ZPDecodingResult decode(const std::string &body, const ZPData &record) {
+        return ZPDecodeRecord(*decoder(body), record, tree);
+    }
+
+    /// What decoding says: the fault's message, or nothing.
+    std::string fault(const std::string &body, const ZPData &record = ZPData(64)) {
+        const auto result = decode(body, record);
+        return result.fault ? result.fault->message : "";
+    }
+
+    /// Why a file is refused.
+    std::string refusal(const std::string &script) {
+        std::string message = "accepted";
+        ZPLuaDecoder::decoderAtPath(write(script), message);
+        return message;
+    }
+
+    std::string json() const {
+        std::string text;
+        ZPAppendRecordTreeJSON(text, tree);
+        return text;
+    }
+
+    TemporaryFolder _folder;
+    ZPRecordTree tree;
+};
+
+TEST_F(LuaDecoder, ReadsEveryFormUnderItsName) {
+    const struct {
+        const char *expression, *bytes, *text;
+    } cases[] = {
+        {"cursor:readByte()", "81", "129"},
+        {"cursor:readLittleInt16()", "0180", "32769"},
+        {"cursor:readBigInt16()", "0180", "384"},
+        {"cursor:readLittleInt32()", "01020384", "2214789633"},
+        {"cursor:readBigInt32()", "81020304", "2164392708"},
+        {"cursor:readLittleInt64()", "FFFFFFFF FFFFFFFF", "18446744073709551615"},
+        {"cursor:readBigInt64()", "00000000 00000102", "258"},
+        {"cursor:readLittleFloat32()", "CDCCCC3D", "0.1"},
+        {"cursor:readBigFloat32()", "3DCCCCCD", "0.1"},
+        {"cursor:readLittleFloat64()", "000000A0 9999B93F", "0.10000000149011612"},
+        {"cursor:wq_readPartialBigInt32(2)", "0102", "16908288"},
+        {"cursor:wq_readLittleInt15()", "8102", "258"},
+        {"cursor:wq_readWackyInt15()", "0102", "513"},
+        {"cursor:wq_readPackedLittleInt30()", "C0013412", "70196"},
+        {"cursor:wq_readPackedLittleInt32a()", "01800200", "2"},
+        {"cursor:wq_readPackedLittleInt32()", "01800200 0100", "2"},
+    };
+    for (const auto &row : cases) {
+        const auto result = decode("out:number('v', " + std::string(row.expression) + ")",
+                                   hex(row.bytes));
+        EXPECT_FALSE(result.fault) << row.expression;
+        EXPECT_EQ(result.bytesLeft, 0u) << row.expression;
+        EXPECT_EQ(ZPRecordTreeText(tree, false), "v: " + std::string(row.text) + "\n")
+            << row.expression;
+    }
+}
+
+TEST_F(LuaDecoder, ReadsStringsAndVectors) {
+    const struct {
+        const char *expression, *bytes, *text;
+    } cases[] = {
+        {"cursor:wq_readLength8StringAndAlign(true)", "01 80 0000", "\"€\""},
+        {"cursor:wq_readLength15StringAndAlign(false)", "02 6162", "\"ab\""},
+        {"cursor:wq_readLength16StringAndAlign(true)", "0200 6162", "\"ab\""},
+        {"cursor:wq_readLength32StringAndAlign(false)", "01000000 61", "\"a\""},
+        {"cursor:wq_readLengthVar30StringAndAlign(false)", "8001 61", "\"a\""},
+        {"cursor:wq_readLengthVar30UTF16StringAndAlign(false)", "01 AC20", "\"€\""},
+        {"cursor:wq_readLength15UTF16StringAndAlign(false)", "01 6100", "\"a\""},
+        {"cursor:wq_readNibbledLength16StringAndAlign(false)", "0100 16", "\"a\""},
+        {"cursor:wq_readStringOfLength(1, false, true)", "16", "\"a\""},
+        {"cursor:readUTF16StringOfLength(1, true)", "6100 0000", "\"a\""},
+        {"cursor:readLength8UTF16StringAndAlign(false)", "01 6100", "\"a\""},
+    };
+    for (const auto &row : cases) {
+        const auto result =
+            decode("out:text('v', " + std::string(row.expression) + ")", hex(row.bytes));
+        EXPECT_EQ(result.bytesLeft, 0u) << row.expression;
+        EXPECT_EQ(ZPRecordTreeText(tree, false), "v: " + std::string(row.text) + "\n")
+            << row.expression;
+    }
+    // Stored w, x, y, z; given with the real part last.
+    decode("out:vector('q', cursor:readLittleQuaternion())",
+           hex("0000803F 00000000 00000040 00000000"));
+    EXPECT_EQ(json(), R"({"q":{"x":0,"y":2,"z":0,"w":1}})");
+}
+
+TEST_F(LuaDecoder, TellsWhereEachValueStood) {
+    const char body[] = R"(
+        out:identifier(cursor:readLittleInt32())
+        local word = cursor:readLittleInt16()
+        out:bits('road', word, 0, 2)
+        out:bits('kind', word, 2, 5, { [3] = 'mud' })
+        out:flags('open', cursor:readByte(), { [0] = 'day', [2] = 'night' })
+        cursor:alignToFourByteBoundary()
+        local count = cursor:readLittleInt16()
+        out:groups('wares', count, function()
+            out:reference('image', cursor:readBigInt32())
+            out:signed('stock', cursor:readLittleInt16(), 16)
+        end)
+        out:list('names', 1, function()
+            out:text('name', cursor:wq_readLength8StringAndAlign(false))
+        end)
+        out:bytes('rest', cursor:readDataWithLength(cursor:remaining())))";
+    const auto result = decode(body, hex("01000040 0E00 0D 00 0100 06000001 FEFF 02 1B0A BEEF"));
+    ASSERT_FALSE(result.fault) << result.fault->message;
+    EXPECT_EQ(ZPRecordTreeText(tree, true), "00000000     4  identifier: 40000001\n"
+                                            "00000004     2  road: 2 [bits 0-1]\n"
+                                            "00000004     2  kind: 3 [bits 2-6] (mud)\n"
+                                            "00000006     1  open: .d (day, night, bit 3)\n"
+                                            "00000008     8  wares: list of 1\n"
+                                            "0000000a     6    [0]: 2 values\n"
+                                            "0000000a     4      image: -> 06000001\n"
+                                            "0000000e     2      stock: -2\n"
+                                            "00000010     3  names: list of 1\n"
+                                            "00000010     3    [0] name: \"\\u{1b}\\n\"\n"
+                                            "00000013     2  rest: beef\n");
+    EXPECT_EQ(json(),
+              R"({"identifier":"0x40000001","road":2,"kind":{"value":3,"name":"mud"},)"
+              R"("open":{"value":"0x0d","set":["day","night","bit 3"]},)"
+              R"("wares":[{"image":"0x06000001","stock":-2}],"names":["\u001B\n"],"rest":"beef"})");
+}
+
+TEST_F(LuaDecoder, AnInsertedElementIsOneChange) {
+    const auto list = decoder(R"(
+        out:number('size', cursor:readByte())
+        out:list('values', cursor:remaining(), function() out:number('', cursor:readByte()) end))");
+    ZPRecordTree before, after;
+    ZPDecodeRecord(*list, hex("01 0A0B0C"), before);
+    ZPDecodeRecord(*list, hex("02 0A0B630C"), after);
+    std::string text;
+    for (const ZPRecordChange &change : ZPRecordTreeDifference(before, after))
+        text += change.path + " '" + change.before + "' '" + change.after + "'\n";
+    EXPECT_EQ(text, "size '1' '2'\nvalues[2] '' '99'\n");
+    EXPECT_TRUE(ZPRecordTreeDifference(after, after).empty());
+}
+
+TEST_F(LuaDecoder, CanDoNothingButDecode) {
+    const char *const names[] = {
+        "io",           "os",         "require",      "load",         "loadstring",  "dofile",
+        "loadfile",     "package",    "debug",        "coroutine",    "pcall",       "xpcall",
+        "getmetatable", "rawset",     "setmetatable", "collectgarbage", "_G",        "print",
+        "string.rep",   "string.dump", "string.gsub", "string.find",  "string.match", "table.move",
+        "table.insert", "table.remove", "math.random", "('').rep",     "utf8",       "warn"};
+    for (const std::string name : names)
+        EXPECT_EQ(fault("assert(" + name + " == nil, 'is there')"), "") << name;
+    EXPECT_THAT(refusal("\x1bLua"), HasSubstr("attempt to load a binary chunk"));
+}
+
+TEST_F(LuaDecoder, IsBoundInStepsAndMemoryAndGoesOn) {
+    const struct {
+        const char *body, *message;
+    } cases[] = {
+        {"while true do end", "takes too long"},
+        {"local s = 'x' while true do s = s .. s end", "takes too much memory"},
+        {"local t = {} while true do t[#t + 1] = {} end", "takes too"},
+        {"local function f() return f() + 1 end f()", "stack overflow"},
+        {"local function f() out:group('g', f) end f()", "too deep"},
+        {"out:list('l', 1 << 62, type)", "each call of a list's function adds one value"},
+        {"out:groups('l', 1 << 62, type)", "more values than its bytes account for"},
+        {"out:list('l', 2, function() out:number('a', 1) out:number('b', 2) end)", "out:groups"},
+        {"cursor.readByte()", "with a colon"},
+        {"cursor:setOffset(-1)", "is negative"},
+        {"cursor:setOffset(65)", "seek past end"},
+        {"cursor:readDataWithLength(1 << 62)", "read past end"},
+        {"cursor:readUTF16StringOfLength(1 << 63 - 1, false)", "negative"},
+        {"cursor:readUTF16StringOfLength(1 << 62, false)", "read past end"},
+        {"out:text('t', '\\xff')", "UTF-8"},
+        {"out:bits('b', 1, 60, 5)", "number of bits"},
+        {"error({})", "an error that is no text"},
+    };
+    for (const auto &row : cases)
+        EXPECT_THAT(fault(row.body), HasSubstr(row.message)) << row.body;
+
+    // The record after a bad one is decoded as if nothing had been.
+    const auto picky = decoder(R"(
+        local kind = cursor:readByte()
+        held = held or {}
+        local text = 'x'
+        while kind == 1 do text = text .. text; held[#held + 1] = text end
+        out:number('kind', kind))");
+    for (int round = 0; round < 3; ++round) {
+        EXPECT_TRUE(ZPDecodeRecord(*picky, hex("01"), tree).fault);
+        EXPECT_FALSE(ZPDecodeRecord(*picky, hex("02"), tree).fault);
+    }
+    // One that hangs on every record is not waited for each time.
+    const auto stuck = decoder("while true do end");
+    for (int round = 0; round < 12; ++round)
+        ZPDecodeRecord(*stuck, hex("01"), tree);
+    EXPECT_THAT(ZPDecodeRecord(*stuck, hex("01"), tree).fault->message,
+                HasSubstr("not tried again"));
+}
+
+TEST_F(LuaDecoder, SaysWhatIsWrongByFileAndLine) {
+    const std::string path = (_folder / "decoder.lua").string();
+    EXPECT_THAT(refusal("return {\n  name = \n}"), StartsWith(path + ":3: "));
+    EXPECT_THAT(refusal("local x\nx()"), StartsWith(path + ":2: "));
+    EXPECT_EQ(refusal("return 1"), path + ": does not return a table");
+    EXPECT_THAT(refusal("return { name = '../x', types = { 1 } }"), HasSubstr("'name'"));
+    EXPECT_THAT(refusal("return { name = 'x', types = { 256 } }"), HasSubstr("'types'"));
+    EXPECT_THAT(refusal("return { name = 'x' }"), HasSubstr("neither 'types' nor 'classes'"));
+    EXPECT_THAT(refusal("return { name = 'x', types = { 1 } }"), HasSubstr("'decode'"));
+    EXPECT_THAT(refusal("while true do end"), HasSubstr("takes too long"));
+
+    // A record that ends too early: what came before it is there, and where it ended.
+    const auto result = decode("out:number('a', cursor:readByte())\n"
+                               "out:group('g', function() out:number('b', cursor:readLittleInt32()) "
+                               "end)",
+                               hex("0102"));
+    ASSERT_TRUE(result.fault);
+    EXPECT_EQ(result.fault->offset, 1u);
+    EXPECT_THAT(result.fault->message, StartsWith(path + ":3: Trying to read past end"));
+    EXPECT_EQ(ZPRecordTreeText(tree, false), "a: 1\ng: 0 values\n");
+}
+
+} // namespace
