@@ -1,3 +1,5 @@
+include(GNUInstallDirs)
+
 # Every target links plotterra_options, so that warnings and the rules for
 # floating-point arithmetic hold for the whole tree and for nothing outside it.
 add_library(plotterra_options INTERFACE)
@@ -7,6 +9,8 @@ target_compile_options(plotterra_options INTERFACE
     -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align
     # What a compiler that nobody has tried yet warns of must not keep a user from building.
     $<$<BOOL:${PLOTTERRA_WERROR}>:-Werror>
+    # Where it was built is nobody's business.
+    -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.
     # Nobody asks for errno after a square root, and code that sets it cannot be vectorised.
     -fno-math-errno
     # A fused multiply-add would colour pixels differently from machine to machine.
@@ -26,5 +30,9 @@ function(plotterra_layer name)
     file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
     list(FILTER sources EXCLUDE REGEX "/main\\.cpp$")
     add_library(plotterra_${name} STATIC ${sources})
-    target_link_libraries(plotterra_${name} PUBLIC plotterra_options ${ARGN})
+    add_library(Plotterra::${name} ALIAS plotterra_${name})
+    target_include_directories(plotterra_${name} PUBLIC
+        $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/plotterra>)
+    target_compile_features(plotterra_${name} PUBLIC cxx_std_20)
+    target_link_libraries(plotterra_${name} PUBLIC $<BUILD_INTERFACE:plotterra_options> ${ARGN})
 endfunction()

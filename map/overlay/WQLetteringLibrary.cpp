@@ -7,6 +7,11 @@
 
 namespace {
 
+std::vector<std::filesystem::path> &furtherFolders() {
+    static std::vector<std::filesystem::path> folders;
+    return folders;
+}
+
 /// The error that the last call to the dynamic linker met.
 std::string linkerError() {
     const char *error = dlerror();
@@ -41,7 +46,14 @@ WQMaskMaker *loadFile(const std::filesystem::path &path, std::string &reason) {
 
 std::vector<std::filesystem::path> WQLetteringFolders(const std::filesystem::path &program) {
     const std::filesystem::path folder = program.parent_path();
-    return {folder, (folder / PLOTTERRA_LETTERING_FOLDER).lexically_normal()};
+    std::vector<std::filesystem::path> folders = {
+        folder, (folder / PLOTTERRA_LETTERING_FOLDER).lexically_normal()};
+    folders.insert(folders.end(), furtherFolders().begin(), furtherFolders().end());
+    return folders;
+}
+
+void WQAddLetteringFolder(std::filesystem::path folder) {
+    furtherFolders().push_back(std::move(folder));
 }
 
 WQMaskMaker *WQLoadLettering(std::span<const std::filesystem::path> folders,

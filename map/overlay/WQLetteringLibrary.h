@@ -18,10 +18,14 @@ extern const char WQLetteringVersion[];
 WQMaskMaker *WQLetteringMaskMaker(const char *programVersion);
 }
 
-/// Where the library may stand: beside the program, or where it is installed relative to that. No
-/// folder that others could write to instead, such as one to build in.
+/// Where the library may stand: beside the program, where it is installed relative to that, or where
+/// the program itself says. No folder that others could write to instead, such as one to build in.
 [[nodiscard]] std::vector<std::filesystem::path>
 WQLetteringFolders(const std::filesystem::path &program);
+
+/// A further folder to look in, for a program that is not installed beside Plotterra's own. To be
+/// called before anything is drawn.
+void WQAddLetteringFolder(std::filesystem::path folder);
 
 /// Loads the library from the first of these folders that has a sound one. Null where none has;
 /// then there is a reason for each.

@@ -22,12 +22,20 @@ bool hasGrid(const WQOverlayChoice &choice) {
 bool hasMarkers(const WQOverlayChoice &choice) {
     return choice.coordinates.has_value();
 }
+bool hasOthers(const WQOverlayChoice &choice) {
+    return !choice.others.empty();
+}
+
+void drawOthers(WQDrawing &context, const WQOverlayStyle &style) {
+    for (const auto &draw : style.choice.others)
+        draw(context, style);
+}
 
 /// In the order of drawing. A new overlay is a row here, files of its own and a wish in
 /// WQOverlayChoice.
 constexpr Overlay kOverlays[] = {
     {hasGrid, WQDrawGridLines}, {hasGrid, WQDrawCompass},    {hasGrid, WQDrawTitle},
-    {hasGrid, WQDrawTribute},   {hasMarkers, WQDrawMarkers},
+    {hasGrid, WQDrawTribute},   {hasMarkers, WQDrawMarkers}, {hasOthers, drawOthers},
 };
 
 } // namespace

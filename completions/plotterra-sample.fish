@@ -1,0 +1,7 @@
+complete -c plotterra-sample -f -a '(__fish_complete_directories)'
+complete -c plotterra-sample -l seed -x -d 'Which world'
+complete -c plotterra-sample -l cells -x -d 'How many dungeon cells'
+complete -c plotterra-sample -l older -d 'The same world some years earlier'
+complete -c plotterra-sample -l force -d 'Replace archives that this program did not make'
+complete -c plotterra-sample -l help -d 'Print the usage'
+complete -c plotterra-sample -l version -d 'Print the version'

@@ -1,0 +1,5 @@
+complete -c plotterra-web -s o -l old -x -a '(__fish_complete_directories)' -d 'Show what changed since an older client'
+complete -c plotterra-web -s p -l plot -r -F -d 'Show the places of a list'
+complete -c plotterra-web -s t -l title -x -d 'The title of the page'
+complete -c plotterra-web -s h -l help -d 'Print the usage'
+complete -c plotterra-web -l version -d 'Print the version'

@@ -1,0 +1,64 @@
+#!/usr/bin/env bash
+# install_test.sh <build folder> <source folder> <sample world> <older sample world>
+#
+# Installs the build, moves it elsewhere, and uses it there: the programs on a sample world, the
+# library from programs of its own.
+set -euo pipefail
+build=$1 source=$2 world=$3 older=$4
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+fail() {
+    echo "$*" >&2
+    exit 1
+}
+
+cmake --install "$build" --prefix "$folder/first" >/dev/null
+mv "$folder/first" "$folder/moved"
+prefix=$folder/moved
+
+# Nothing in what is installed tells where it was built.
+! grep -rlF -e "$build" -e "$source/" -e "$folder/first" "$prefix" || fail "a path of the build"
+
+# The programs, and with them what they find beside themselves.
+cd "$folder"
+"$prefix/bin/Plotterra" -g "$world" map 2>log
+[ -s map.png ] || fail "no map: $(cat log)"
+! grep "shapes and labels are missing" log
+"$prefix/bin/plotterra-web" "$world" page.html >/dev/null 2>&1
+[ -s page.html ] || fail "no page"
+"$prefix/bin/plotterra-data" decoders 2>&1 | grep -q "$prefix/share/plotterra/decoders" ||
+    fail "its decoders are not found"
+
+# Man pages and completions, which know every option that the man page tells of.
+for program in Plotterra plotterra-sample plotterra-data plotterra-web; do
+    page=$prefix/share/man/man1/$program.1.gz
+    completions=("$prefix/share/bash-completion/completions/$program"
+        "$prefix"/share/zsh/*/_$program "$prefix/share/fish/vendor_completions.d/$program.fish")
+    bash -n "${completions[0]}"
+    for option in $(zcat "$page" | grep -oE 'Fl \\-[a-z\-]+' | sed 's/Fl .-//; s/\\//g' | sort -u); do
+        for file in "${completions[@]}"; do
+            grep -qE -- "(--|-l )$option\b" "$file" || fail "${file##*/} does not know --$option"
+        done
+    done
+done
+
+# DESTDIR goes before the prefix.
+DESTDIR=$folder/staged cmake --install "$build" --prefix /usr/games >/dev/null
+[ -x "$folder/staged/usr/games/bin/Plotterra" ] || fail "DESTDIR is not honoured"
+
+# The library, by CMake and by pkg-config.
+cmake -G Ninja -S "$source/examples" -B "$folder/examples" -DCMAKE_PREFIX_PATH="$prefix" \
+    -DCMAKE_BUILD_TYPE=Release >/dev/null
+cmake --build "$folder/examples" >build.log || fail "$(cat build.log)"
+[[ $("$folder/examples/highest-point" "$world" 2>/dev/null) == [1-9]*" at "*[NS]" "*[EW] ]] ||
+    fail "no highest point"
+"$folder/examples/compare-records" "$older" "$world" 2>/dev/null |
+    grep -q "^changed ffff0001 WQVersion$" || fail "no changed version record"
+"$folder/examples/own-overlay" "$world" own.png 2>log >/dev/null
+! grep "missing" log
+[ -s own.png ] || fail "no picture"
+
+printf '#include "archive/ZPGorvaneClientData.h"\nint main() { return ZPGorvaneClientData::clientDataClassForGorvaneGame(ZPGorvaneGame::first) == nullptr; }\n' >probe.cpp
+export PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name plotterra.pc)")
+c++ probe.cpp $(pkg-config --cflags --libs plotterra) -o probe
+./probe 2>/dev/null || fail "pkg-config's program knows no game"
