@@ -39,8 +39,8 @@ inline constexpr char kZPGorvaneStorageErrorKey_Exception[] = "ZPGorvaneStorageE
 ///
 /// Chains may be read from several threads at once: the file is mapped, so reading moves no
 /// position and needs no lock. Only `close` and the setters must not run beside a read. Where the
-/// file changes meanwhile, each read gives what was there at some moment, or fails; what a file has
-/// lost since it was opened counts as not there.
+/// file changes meanwhile, a read fails or gives what stood in its blocks, before or after; what a
+/// file has lost since it was opened counts as not there.
 class ZPGorvaneBlockStorage {
   public:
     /// Whether a read that an exception ended logs it.
