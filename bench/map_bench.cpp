@@ -1,9 +1,9 @@
 #include "bench/BenchWorld.h"
-#include "map/land/WQLandGridBuilder.h"
 #include "map/WQLandImage.h"
+#include "map/land/WQLandGridBuilder.h"
+#include "map/land/WQTerrainShader.h"
 #include "map/png/WQPNGBand.h"
 #include "map/png/WQPNGFile.h"
-#include "map/land/WQTerrainShader.h"
 
 #include <benchmark/benchmark.h>
 

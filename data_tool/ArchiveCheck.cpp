@@ -158,15 +158,16 @@ void ArchiveCheck::checkNode(std::uint32_t offset, std::span<const std::byte> no
 }
 
 std::vector<ZPGorvaneFileEntry> ArchiveCheck::readEntries(std::uint32_t offset,
-                                                          ZPDataCursor &cursor,
-                                                          std::uint32_t count, Bounds bounds) {
+                                                          ZPDataCursor &cursor, std::uint32_t count,
+                                                          Bounds bounds) {
     std::vector<ZPGorvaneFileEntry> entries;
     std::int64_t previous = bounds.above;
     for (std::uint32_t index = 0; index < count; ++index) {
         ZPGorvaneFileEntry entry;
         if (!_dataFile.family().readFileEntry(cursor, entry)) {
             add(error, kDirectoryFinding, offset,
-                ZPFormat("directory %08x: its file %u of %u is an empty slot", offset, index, count));
+                ZPFormat("directory %08x: its file %u of %u is an empty slot", offset, index,
+                         count));
             break;
         }
         if (entry.identifier <= previous)
@@ -176,8 +177,8 @@ std::vector<ZPGorvaneFileEntry> ArchiveCheck::readEntries(std::uint32_t offset,
                 entry.identifier);
         else if (entry.identifier >= bounds.below)
             add(error, kOrderFinding, offset,
-                ZPFormat("directory %08x: %08x does not come before %08x", offset,
-                         entry.identifier, static_cast<unsigned>(bounds.below)),
+                ZPFormat("directory %08x: %08x does not come before %08x", offset, entry.identifier,
+                         static_cast<unsigned>(bounds.below)),
                 entry.identifier);
         previous = entry.identifier;
         entries.push_back(entry);

@@ -8,7 +8,9 @@ BlockMap::BlockMap(const ZPGorvaneBlockStorage &storage)
     : _bytes(storage.fileHandle()->bytes()), _blockSize(storage.blockSize()),
       _owners(std::min<std::uint64_t>(storage.fileSize(), _bytes.size()) / _blockSize) {
     // With small blocks the header takes more than the first one.
-    const std::uint64_t headerEnd = storage.version() == 3 ? 356 : storage.version() == 2 ? 336 : 332;
+    const std::uint64_t headerEnd = storage.version() == 3   ? 356
+                                    : storage.version() == 2 ? 336
+                                                             : 332;
     for (std::uint64_t offset = 0; offset < std::min(headerEnd, end()); offset += _blockSize)
         ownerAtOffset(offset) = header;
 }

@@ -31,7 +31,8 @@ File findFile(const DataSet &dataSet, const Options &options, std::uint32_t iden
         names += (names.empty() ? "" : ", ") + archive.name;
     }
     if (found.empty())
-        throw CommandFailure(ZPFormat("%s: there is no file %08x", options.path.c_str(), identifier));
+        throw CommandFailure(
+            ZPFormat("%s: there is no file %08x", options.path.c_str(), identifier));
     if (found.size() > 1)
         throw CommandFailure(ZPFormat("%08x is in several archives (%s): pick one with --archive",
                                       identifier, names.c_str()),
@@ -41,10 +42,10 @@ File findFile(const DataSet &dataSet, const Options &options, std::uint32_t iden
 
 void writeHex(Output &output, std::span<const std::byte> bytes) {
     for (std::size_t offset = 0; offset < bytes.size(); offset += 16)
-        output.format("%08zx  %s\n", offset,
-                      ZPHexDumpRow(bytes.subspan(offset, std::min<std::size_t>(
-                                                             16, bytes.size() - offset)))
-                          .c_str());
+        output.format(
+            "%08zx  %s\n", offset,
+            ZPHexDumpRow(bytes.subspan(offset, std::min<std::size_t>(16, bytes.size() - offset)))
+                .c_str());
 }
 
 int writeDecoded(Output &output, const Options &options, const GlobalOptions &global,
@@ -99,7 +100,8 @@ CommandAction addCatCommand(CLI::App &command) {
     const auto options = std::make_shared<Options>();
     command.add_option("path", options->path, "Data directory or archive")->required();
     command.add_option("id", options->identifier, "The file's identifier")->required();
-    command.add_option("--archive", options->archive, "Where in a data directory: portal, cell, ...");
+    command.add_option("--archive", options->archive,
+                       "Where in a data directory: portal, cell, ...");
     auto *hex = command.add_flag("--hex", options->asHex, "A hexadecimal dump of its bytes");
     auto *text = command.add_flag("--text", options->asText, "The decoded record as text");
     auto *json = command.add_flag("--json", options->asJSON, "The decoded record as JSON");

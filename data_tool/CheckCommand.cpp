@@ -49,9 +49,12 @@ class Report {
         const std::string file =
             finding.identifier ? ZPFormat(" %08x", *finding.identifier) : std::string();
         _output.format("%s%s%s: %s%s at %08llx: %s: %s\n",
-                       !_usesColor ? "" : isError ? "\x1b[31m" : "\x1b[33m", severity,
-                       _usesColor ? "\x1b[0m" : "", ZPEscapedLine(archive.fileName()).c_str(),
-                       file.c_str(), static_cast<unsigned long long>(finding.offset), finding.kind,
+                       !_usesColor ? ""
+                       : isError   ? "\x1b[31m"
+                                   : "\x1b[33m",
+                       severity, _usesColor ? "\x1b[0m" : "",
+                       ZPEscapedLine(archive.fileName()).c_str(), file.c_str(),
+                       static_cast<unsigned long long>(finding.offset), finding.kind,
                        ZPEscapedLine(finding.cause).c_str());
     }
 
@@ -89,8 +92,8 @@ int check(Options &options, const GlobalOptions &global) {
         for (const Finding &finding : checkRecords(dataSet, archive, decoders, options.selection))
             report.add(archive, finding);
         for (const ZPGorvaneFileEntry &entry : archive.entries())
-            fileCount += !options.selection.isRestricted() ||
-                         options.selection.includes(archive, entry);
+            fileCount +=
+                !options.selection.isRestricted() || options.selection.includes(archive, entry);
     }
     const int status = report.finish(fileCount);
     return dataSet.isWhole ? status : kFoundOrFailed;

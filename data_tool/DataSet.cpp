@@ -10,9 +10,9 @@
 namespace {
 
 ArchiveRole guessedRole(const std::string &fileName) {
-    for (const auto &[part, role] : {std::pair{"cell", ArchiveRole::cell},
-                                     std::pair{"highres", ArchiveRole::highres},
-                                     std::pair{"local", ArchiveRole::local}})
+    for (const auto &[part, role] :
+         {std::pair{"cell", ArchiveRole::cell}, std::pair{"highres", ArchiveRole::highres},
+          std::pair{"local", ArchiveRole::local}})
         if (fileName.find(part) != std::string::npos)
             return role;
     return ArchiveRole::portal;

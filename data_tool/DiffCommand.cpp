@@ -63,15 +63,15 @@ class DifferenceWriter {
         std::string line;
         if (_isTSV) {
             appendIdentifier(line, change.identifier);
-            for (const std::string &field : {archive.name, std::string(name), className, oldSize,
-                                             newSize})
+            for (const std::string &field :
+                 {archive.name, std::string(name), className, oldSize, newSize})
                 line += '\t' + field;
         } else {
             line = ZPFormat("%-8s", name);
             appendIdentifier(line, change.identifier);
-            line += ZPFormat(" %-24s %10s %10s %s", className.c_str(),
-                             isAdded ? "-" : oldSize.c_str(), isRemoved ? "-" : newSize.c_str(),
-                             archive.name.c_str());
+            line +=
+                ZPFormat(" %-24s %10s %10s %s", className.c_str(), isAdded ? "-" : oldSize.c_str(),
+                         isRemoved ? "-" : newSize.c_str(), archive.name.c_str());
         }
         if (_options.withDigests)
             for (const auto &[entry, from] :

@@ -33,13 +33,12 @@ void exportHeights(const Options &options) {
     const auto &heights = land.neededWorldInfo().actualLandHeights();
     writeFloatGeoTIFF(options.file, kSize, kSize, kLandPlace, "-9999",
                       [&](std::uint32_t row, std::span<float> values) {
-                          std::ranges::transform(
-                              land.grid().row(landRow(row)), values.begin(),
-                              [&](const WQLandPoint &point) {
-                                  return point.has(WQLandPoint::hasData)
-                                             ? heights[point.heightIndex]
-                                             : kNoHeight;
-                              });
+                          std::ranges::transform(land.grid().row(landRow(row)), values.begin(),
+                                                 [&](const WQLandPoint &point) {
+                                                     return point.has(WQLandPoint::hasData)
+                                                                ? heights[point.heightIndex]
+                                                                : kNoHeight;
+                                                 });
                       });
 }
 
@@ -81,13 +80,13 @@ void exportTypes(const Options &options) {
     }
     writeByteGeoTIFF(options.file, kSize, kSize, kLandPlace, "255", colors,
                      [&](std::uint32_t row, std::span<std::uint8_t> values) {
-                         std::ranges::transform(
-                             land.grid().row(landRow(row)), values.begin(),
-                             [](const WQLandPoint &point) {
-                                 return point.has(WQLandPoint::hasData)
-                                            ? static_cast<std::uint8_t>(point.landType())
-                                            : kNoType;
-                             });
+                         std::ranges::transform(land.grid().row(landRow(row)), values.begin(),
+                                                [](const WQLandPoint &point) {
+                                                    return point.has(WQLandPoint::hasData)
+                                                               ? static_cast<std::uint8_t>(
+                                                                     point.landType())
+                                                               : kNoType;
+                                                });
                      });
     writeCategoryNames(options.file + ".aux.xml", landTypes);
 }
@@ -120,8 +119,8 @@ void addBlock(GeoJSONWriter &writer, const WQDataFile &cells, std::uint16_t numb
     if (const auto &last = files.back(); (last.identifier & 0xFFFF) == 0xFFFF) {
         ZPData scratch;
         const auto bytes = cells.readBytesForFileEntry(last, scratch);
-        if (const auto block = bytes ? ZPRecordWithData<WQLandBlock>(*bytes, nullptr)
-                                     : std::nullopt) {
+        if (const auto block =
+                bytes ? ZPRecordWithData<WQLandBlock>(*bytes, nullptr) : std::nullopt) {
             writer.property("averageHeight", std::int64_t{block->averageHeight()});
             writer.property("hasObjectBlock", block->hasObjectBlock());
             writer.property("isPassable", block->isPassable());
@@ -182,9 +181,12 @@ CommandAction addExportCommand(CLI::App &command) {
     std::vector<std::string> names;
     for (const auto &subject : kSubjects)
         names.emplace_back(subject.name);
-    command.add_option("path", options->path, "Data directory; for places, a plot file")->required();
-    command.add_option("subject", options->subject, "heights and types make a GeoTIFF, roads, "
-                                                    "blocks and places GeoJSON")
+    command.add_option("path", options->path, "Data directory; for places, a plot file")
+        ->required();
+    command
+        .add_option("subject", options->subject,
+                    "heights and types make a GeoTIFF, roads, "
+                    "blocks and places GeoJSON")
         ->required()
         ->check(CLI::IsMember(names));
     command.add_option("file", options->file, "The file to write")->required();

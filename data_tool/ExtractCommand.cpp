@@ -30,8 +30,9 @@ struct Job {
 class Extraction {
   public:
     Extraction(const Options &options, const DataSet &dataSet, const WQDecoderSet &decoders)
-        : _options(options), _decoders(decoders), _folder(options.folder),
-          _workers([&] { return Worker{RecordReader(dataSet, decoders), {}}; }) {
+        : _options(options), _decoders(decoders), _folder(options.folder), _workers([&] {
+              return Worker{RecordReader(dataSet, decoders), {}};
+          }) {
         for (const Archive &archive : dataSet.archives)
             for (const ZPGorvaneFileEntry &entry : archive.entries())
                 if (options.selection.includes(archive, entry))
@@ -141,11 +142,11 @@ int extract(Options &options, const GlobalOptions &global) {
 CommandAction addExtractCommand(CLI::App &command) {
     const auto options = std::make_shared<Options>();
     command.add_option("path", options->path, "Data directory or archive")->required();
-    command.add_option("folder", options->folder, "Where the files go; made if need be")->required();
+    command.add_option("folder", options->folder, "Where the files go; made if need be")
+        ->required();
     auto *text = command.add_flag("--text", options->asText, "Decoded records, as text");
     command.add_flag("--json", options->asJSON, "Decoded records, as JSON")->excludes(text);
-    command.add_flag("--again", options->again,
-                     "Write files anew that an earlier run has written");
+    command.add_flag("--again", options->again, "Write files anew that an earlier run has written");
     options->selection.addOptions(command);
     return [options](const GlobalOptions &global) { return extract(*options, global); };
 }

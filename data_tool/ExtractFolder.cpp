@@ -82,8 +82,8 @@ bool ExtractFolder::hasFile(int folder, const std::string &name, std::uint32_t m
 std::string ExtractFolder::writeFile(int folder, const std::string &name,
                                      std::span<const std::byte> bytes, std::uint32_t mtime) {
     const std::string partName = name + ".part";
-    const int descriptor =
-        openat(folder, partName.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0666);
+    const int descriptor = openat(folder, partName.c_str(),
+                                  O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0666);
     if (descriptor < 0)
         return systemWords();
     const timespec date{static_cast<time_t>(mtime), 0};

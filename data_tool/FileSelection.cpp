@@ -23,9 +23,9 @@ std::optional<std::uint32_t> hexadecimalIn(std::string_view text, std::size_t mo
 }
 
 [[noreturn]] void refuse(const char *option, std::string_view text, const char *wanted) {
-    throw CommandFailure(ZPFormat("%s: '%.*s' is no %s", option, static_cast<int>(text.size()),
-                                  text.data(), wanted),
-                         kUsageError);
+    throw CommandFailure(
+        ZPFormat("%s: '%.*s' is no %s", option, static_cast<int>(text.size()), text.data(), wanted),
+        kUsageError);
 }
 
 std::uint64_t sizeIn(std::string_view text) {
@@ -70,15 +70,19 @@ std::optional<std::uint32_t> identifierInText(std::string_view text) {
 void FileSelection::addOptions(CLI::App &command) {
     const auto addList = [&](const char *name, std::vector<std::string> &texts, const char *type,
                              const char *help) {
-        command.add_option(name, texts, help)->type_name(type)->delimiter(',')->allow_extra_args(
-            false);
+        command.add_option(name, texts, help)
+            ->type_name(type)
+            ->delimiter(',')
+            ->allow_extra_args(false);
     };
-    addList("--type", _typeTexts, "TYPE", "Files of a type (identifier bits 24 to 31), such as 0x13");
+    addList("--type", _typeTexts, "TYPE",
+            "Files of a type (identifier bits 24 to 31), such as 0x13");
     addList("--id", _rangeTexts, "RANGE", "Files with an identifier, or from one to another: A-B");
     addList("--block", _blockTexts, "XXYY", "Files of a land block of a cell archive");
     command.add_option("--larger", _largerText, "Files of more bytes; K and M may follow")
         ->type_name("SIZE");
-    command.add_option("--newer", _newerText, "Files changed since a date (UTC)")->type_name("DATE");
+    command.add_option("--newer", _newerText, "Files changed since a date (UTC)")
+        ->type_name("DATE");
     auto *damaged = command.add_flag("--damaged", _wantsDamaged, "Files that cannot be read");
     command.add_flag("--sound", _wantsSound, "Files that can be read")->excludes(damaged);
     command

@@ -39,7 +39,7 @@ std::span<const GameRow> gameTable() {
 }
 
 const GameRow *gameWithKey(std::string_view key) {
-    const auto *row =
-        std::ranges::find(kGames, key, [](const GameRow &game) { return std::string_view(game.key); });
+    const auto *row = std::ranges::find(
+        kGames, key, [](const GameRow &game) { return std::string_view(game.key); });
     return row != std::end(kGames) ? row : nullptr;
 }

@@ -40,9 +40,9 @@ void GeoJSONWriter::position(Position position) {
         // Land points lie a tenth of a unit apart; what follows is the noise of arithmetic.
         constexpr int kDecimals = 5;
         char digits[32];
-        const char *end = std::to_chars(digits, std::end(digits), coordinate,
-                                        std::chars_format::fixed, kDecimals)
-                              .ptr;
+        const char *end =
+            std::to_chars(digits, std::end(digits), coordinate, std::chars_format::fixed, kDecimals)
+                .ptr;
         while (end[-1] == '0' && end[-2] != '.')
             --end;
         writer.RawValue(digits, static_cast<std::size_t>(end - digits), rapidjson::kNumberType);

@@ -84,9 +84,22 @@ void setPlace(TIFF *tiff, const RasterPlace &place, const std::string &noData) {
     // Version 1.1.0, then for each key: its number, where its value is, how many there are, the
     // value. The model is the user's own, values stand for points, and a citation names the model.
     constexpr std::uint16_t kUserDefined = 32767, kPixelIsPoint = 2;
-    const std::uint16_t keys[] = {1,    1, 0, 3, 1024, 0, 1, kUserDefined, 1025, 0,
-                                  1,    kPixelIsPoint, 1026, kGeoAsciiParams,
-                                  static_cast<std::uint16_t>(citation.size()), 0};
+    const std::uint16_t keys[] = {1,
+                                  1,
+                                  0,
+                                  3,
+                                  1024,
+                                  0,
+                                  1,
+                                  kUserDefined,
+                                  1025,
+                                  0,
+                                  1,
+                                  kPixelIsPoint,
+                                  1026,
+                                  kGeoAsciiParams,
+                                  static_cast<std::uint16_t>(citation.size()),
+                                  0};
     TIFFSetField(tiff, kModelPixelScale, static_cast<int>(std::size(scale)), scale);
     TIFFSetField(tiff, kModelTiepoint, static_cast<int>(std::size(tiepoint)), tiepoint);
     TIFFSetField(tiff, kGeoKeyDirectory, static_cast<int>(std::size(keys)), keys);

@@ -23,15 +23,15 @@ class InfoWriter {
         _output.format("%s\n", ZPEscapedLine(archive.dataFile->path().string()).c_str());
         line("family", ZPFormat("%s (%s), header version %u", archive.game->key,
                                 ZPGorvaneGameDisplayName(archive.game->game), storage.version()));
-        line("content type", ZPFormat("%08x, subtype %08x", storage.contentType(),
-                                      storage.contentSubtype()));
+        line("content type",
+             ZPFormat("%08x, subtype %08x", storage.contentType(), storage.contentSubtype()));
         line("file size", ZPFormat("%zu bytes, %u in the header",
                                    storage.fileHandle()->bytes().size(), storage.fileSize()));
-        line("block size", ZPFormat("%u bytes, %zu blocks", storage.blockSize(),
-                                    storage.blockCount()));
-        line("free blocks", ZPFormat("%u, %08x to %08x, room for %u bytes", storage.freeBlockCount(),
-                                     storage.firstFreeBlock(), storage.lastFreeBlock(),
-                                     storage.freeSpace()));
+        line("block size",
+             ZPFormat("%u bytes, %zu blocks", storage.blockSize(), storage.blockCount()));
+        line("free blocks",
+             ZPFormat("%u, %08x to %08x, room for %u bytes", storage.freeBlockCount(),
+                      storage.firstFreeBlock(), storage.lastFreeBlock(), storage.freeSpace()));
         line("root directory", ZPFormat("%08x", storage.rootOffset()));
         const auto *version = archive.dataFile->dataVersion();
         line("data version",

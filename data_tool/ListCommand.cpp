@@ -132,8 +132,9 @@ class FileList {
 /// A minus before a key turns its order round.
 void sortRows(std::vector<Row> &rows, const std::vector<std::string> &keys) {
     const auto valueOf = [](const Row &row, std::string_view key) {
-        return key == "size" ? row.entry->fileSize
-                             : key == "date" ? row.entry->mtime : row.entry->identifier;
+        return key == "size"   ? row.entry->fileSize
+               : key == "date" ? row.entry->mtime
+                               : row.entry->identifier;
     };
     std::ranges::stable_sort(rows, [&](const Row &a, const Row &b) {
         for (const std::string &key : keys) {

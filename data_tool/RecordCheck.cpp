@@ -57,8 +57,7 @@ class Worker {
 
     void add(Finding::Severity severity, const char *kind, const ZPGorvaneFileEntry &entry,
              std::string cause) {
-        _findings.push_back(
-            {severity, kind, entry.identifier, entry.fileOffset, std::move(cause)});
+        _findings.push_back({severity, kind, entry.identifier, entry.fileOffset, std::move(cause)});
     }
 
     const Archive &_archive;

@@ -15,7 +15,8 @@ struct WQRecordKind {
 };
 
 /// Which decoders there are: those in C++, and the Lua files of some folders. A record class with a
-/// decoder in C++ keeps it; of several Lua decoders for the same records, the one found first counts.
+/// decoder in C++ keeps it; of several Lua decoders for the same records, the one found first
+/// counts.
 class WQDecoderSet {
   public:
     struct File {

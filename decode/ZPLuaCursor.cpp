@@ -153,7 +153,8 @@ int moveCursor(lua_State *state, Move move) {
 }
 
 int setOffset(lua_State *state) {
-    return moveCursor(state, [&](ZPDataCursor &cursor) { cursor.setOffset(lengthArgument(state)); });
+    return moveCursor(state,
+                      [&](ZPDataCursor &cursor) { cursor.setOffset(lengthArgument(state)); });
 }
 int advanceByLength(lua_State *state) {
     return moveCursor(state,

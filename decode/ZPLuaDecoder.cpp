@@ -15,11 +15,10 @@ constexpr std::string_view kTakesTooLong = "takes too long";
 
 bool isPlainName(std::string_view name) {
     constexpr std::size_t kLongest = 64;
-    return !name.empty() && name.size() <= kLongest &&
-           std::ranges::all_of(name, [](char letter) {
-               return (letter >= '0' && letter <= '9') || (letter >= 'A' && letter <= 'Z') ||
-                      (letter >= 'a' && letter <= 'z') || letter == '_' || letter == '-';
-           });
+    return !name.empty() && name.size() <= kLongest && std::ranges::all_of(name, [](char letter) {
+        return (letter >= '0' && letter <= '9') || (letter >= 'A' && letter <= 'Z') ||
+               (letter >= 'a' && letter <= 'z') || letter == '_' || letter == '-';
+    });
 }
 
 /// A name that may become part of a file's name.
@@ -115,8 +114,12 @@ void ZPLuaDecoder::decode(ZPDataCursor &cursor, ZPFieldOutput &output) {
     if (_state == nullptr && !load(message))
         throw ZPGenericException(message);
 
-    _session = {&cursor, &output, ZPLuaSession::LastRead::other, _session.cursorObject,
-                _session.outputObject, std::move(_session.scratch)};
+    _session = {&cursor,
+                &output,
+                ZPLuaSession::LastRead::other,
+                _session.cursorObject,
+                _session.outputObject,
+                std::move(_session.scratch)};
     lua_State *state = _state->get();
     for (const int index : {kDecodeIndex, kCursorIndex, kOutputIndex})
         lua_pushvalue(state, index);

@@ -261,11 +261,10 @@ int groups(lua_State *state) {
 }
 
 constexpr luaL_Reg kMethods[] = {
-    {"number", number},   {"signed", signedNumber}, {"hex", hex},
-    {"flags", flags},     {"bits", bits},           {"identifier", identifier},
-    {"boolean", boolean}, {"reference", reference}, {"text", text},
-    {"bytes", bytes},     {"vector", vector},       {"group", group},
-    {"list", list},       {"groups", groups},
+    {"number", number}, {"signed", signedNumber},   {"hex", hex},         {"flags", flags},
+    {"bits", bits},     {"identifier", identifier}, {"boolean", boolean}, {"reference", reference},
+    {"text", text},     {"bytes", bytes},           {"vector", vector},   {"group", group},
+    {"list", list},     {"groups", groups},
 };
 
 } // namespace

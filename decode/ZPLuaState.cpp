@@ -24,9 +24,9 @@ constexpr const char *kStringFunctions[] = {"byte",  "char",    "format", "len",
                                             "lower", "reverse", "sub",    "upper"};
 // No `insert`, `remove` and `move`: they run over as many places as their arguments claim.
 constexpr const char *kTableFunctions[] = {"concat", "pack", "sort", "unpack"};
-constexpr const char *kMathFunctions[] = {"abs",  "ceil", "floor",     "fmod",  "huge", "max",
-                                          "maxinteger", "min", "mininteger", "modf", "pi",
-                                          "sqrt", "tointeger", "type",  "ult"};
+constexpr const char *kMathFunctions[] = {"abs", "ceil",       "floor",     "fmod",       "huge",
+                                          "max", "maxinteger", "min",       "mininteger", "modf",
+                                          "pi",  "sqrt",       "tointeger", "type",       "ult"};
 
 /// Empties the table on top of the stack but for what is listed.
 template <std::size_t Count>

@@ -29,8 +29,7 @@ std::uint32_t ZPRecordTree::store(std::string_view text) {
     return start;
 }
 
-ZPRecordValue &ZPRecordTree::add(ZPRecordValueKind kind, std::string_view name,
-                                 ZPByteRange range) {
+ZPRecordValue &ZPRecordTree::add(ZPRecordValueKind kind, std::string_view name, ZPByteRange range) {
     if (_values.size() >= _mostValues)
         throw ZPRecordTreeOverflow("the record makes more values than its bytes account for");
     const std::uint32_t nameStart = store(name);

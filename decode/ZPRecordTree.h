@@ -8,8 +8,8 @@
 
 /// What one value of a record is, which decides how it is shown.
 enum class ZPRecordValueKind : std::uint8_t {
-    group,      ///< values under names
-    list,       ///< values in order
+    group, ///< values under names
+    list,  ///< values in order
     unsignedInteger,
     signedInteger,
     boolean,
@@ -30,8 +30,8 @@ struct ZPByteRange {
     std::uint32_t length = 0;
 };
 
-/// One value of a tree. Numbers of all kinds are in `number`, as bits; `text` and `bytes` have their
-/// characters in the tree, and so have the names that a number's value goes by.
+/// One value of a tree. Numbers of all kinds are in `number`, as bits; `text` and `bytes` have
+/// their characters in the tree, and so have the names that a number's value goes by.
 struct ZPRecordValue {
     ZPRecordValueKind kind{};
     /// Of `bits`: the lowest bit, and how many.

@@ -58,8 +58,8 @@ class Comparer {
         const ZPRecordValue &old = _before[before], &now = _after[after];
         if (old.kind != now.kind || !old.isContainer()) {
             if (!areEqual(before, after))
-                _changes.push_back({path, ZPRecordValueText(_before, old),
-                                    ZPRecordValueText(_after, now)});
+                _changes.push_back(
+                    {path, ZPRecordValueText(_before, old), ZPRecordValueText(_after, now)});
             return;
         }
         const Places oldPlaces = placesFrom(_before, before + 1, old.end);

@@ -105,8 +105,7 @@ std::string ZPRecordValueText(const ZPRecordTree &tree, const ZPRecordValue &val
     case Kind::float32: return shortestText(static_cast<float>(ZPRecordTree::floatOf(value)));
     case Kind::float64: return shortestText(ZPRecordTree::floatOf(value));
     case Kind::hexadecimal:
-        return ZPFormat("0x%s%s", hexadecimalText(value).c_str(),
-                        valueNames(tree, value).c_str());
+        return ZPFormat("0x%s%s", hexadecimalText(value).c_str(), valueNames(tree, value).c_str());
     case Kind::flags: return flagsText(value) + valueNames(tree, value);
     case Kind::bits: return bitsText(value) + valueNames(tree, value);
     case Kind::identifier: return ZPFormat("%08x", static_cast<unsigned>(value.number));

@@ -9,7 +9,8 @@
 
 /// An array of megabytes, zeroed by the system as its pages are touched: not a second time before,
 /// and by each thread for the part that it fills.
-template <class Element> class ZPLargeArray {
+template <class Element>
+class ZPLargeArray {
     static_assert(std::is_trivially_copyable_v<Element> &&
                   std::is_trivially_destructible_v<Element>);
 
@@ -57,7 +58,8 @@ template <class Element> class ZPLargeArray {
     Element *end() const { return data() + size(); }
 
   private:
-    template <class> friend class ZPLargeArray;
+    template <class>
+    friend class ZPLargeArray;
 
     std::span<Element> _elements;
 };

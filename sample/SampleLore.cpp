@@ -68,7 +68,8 @@ std::vector<std::byte> traderRecord(const SampleWorld &world, std::uint32_t numb
         record.writeLittleInt32(firstImage + random.below(imageCount));
         // The price of salt rose.
         const std::uint32_t price = 5 + random.below(500);
-        record.writeLittleInt32(ware == 0 && !world.options().older ? price + price / 8 + 1 : price);
+        record.writeLittleInt32(ware == 0 && !world.options().older ? price + price / 8 + 1
+                                                                    : price);
         record.writeLittleInt16(static_cast<std::uint16_t>(random.below(40) - 4));
     }
     record.wq_writeVar30UTF16String(anyOf(greetings, random), true);
@@ -98,10 +99,9 @@ std::vector<std::byte> chronicleRecord(const SampleWorld &world, std::uint32_t n
 
 } // namespace
 
-void SampleForEachLoreRecord(
-    const SampleWorld &world,
-    const std::function<void(std::uint32_t identifier, const std::vector<std::byte> &record)>
-        &add) {
+void SampleForEachLoreRecord(const SampleWorld &world,
+                             const std::function<void(std::uint32_t identifier,
+                                                      const std::vector<std::byte> &record)> &add) {
     const auto towns = static_cast<std::uint32_t>(world.towns().size());
     for (std::uint32_t number = 0; number < towns; ++number)
         add(firstTownship + number, townshipRecord(world, number));

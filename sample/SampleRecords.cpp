@@ -143,9 +143,9 @@ bool SampleWriteLocalArchive(const SampleWorld &world, const std::filesystem::pa
     local.add(0x23000005, namesRecord(0x23000005, {"North", "East", "South", "West"}));
     local.add(0x31000001, namesRecord(0x31000001, {"You wake on a shore that you do not know.",
                                                    "The lamps of the harbour are lit."}));
-    SampleForEachLoreRecord(world, [&](std::uint32_t identifier,
-                                       const std::vector<std::byte> &record) {
-        local.add(identifier, record);
-    });
+    SampleForEachLoreRecord(world,
+                            [&](std::uint32_t identifier, const std::vector<std::byte> &record) {
+                                local.add(identifier, record);
+                            });
     return local.finish();
 }

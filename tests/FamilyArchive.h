@@ -20,7 +20,8 @@ struct FamilyArchive {
     explicit FamilyArchive(unsigned headerVersion)
         : version(headerVersion), file(kBlocks, kBlockSize) {}
 
-    void addFile(std::uint32_t identifier, const ZPData &contents, std::uint32_t mtime = 1000000000) {
+    void addFile(std::uint32_t identifier, const ZPData &contents,
+                 std::uint32_t mtime = 1000000000) {
         entries[identifier] = {addChain(contents), static_cast<std::uint32_t>(contents.size()),
                                mtime};
     }
@@ -39,11 +40,12 @@ struct FamilyArchive {
         file.rootOffset = root;
         firstFree = next;
         for (std::uint32_t offset = next; offset < kBlocks * kBlockSize; offset += kBlockSize)
-            poke(offset, 0x80000000 | (offset + kBlockSize < kBlocks * kBlockSize
-                                           ? offset + kBlockSize
-                                           : 0));
+            poke(offset,
+                 0x80000000 |
+                     (offset + kBlockSize < kBlocks * kBlockSize ? offset + kBlockSize : 0));
         lastFree = (kBlocks - 1) * kBlockSize;
-        file.putHeader(version, firstFree, lastFree, (kBlocks * kBlockSize - firstFree) / kBlockSize);
+        file.putHeader(version, firstFree, lastFree,
+                       (kBlocks * kBlockSize - firstFree) / kBlockSize);
     }
 
     void poke(std::size_t offset, std::uint32_t word) { file.put(offset, words({word})); }

@@ -65,7 +65,9 @@ TEST(DataCheck, FindsEachPlantedDamage) {
              a.poke(first + kBlock, first);
          }},
         {"two chains in one block", "belongs to file 04000001 too",
-         [&](FamilyArchive &a) { a.poke(a.entryPlace(a.leaves[0], 1) + 8, fileOf(a, 0x04000001)); }},
+         [&](FamilyArchive &a) {
+             a.poke(a.entryPlace(a.leaves[0], 1) + 8, fileOf(a, 0x04000001));
+         }},
         {"chain into a directory", "belongs to a directory too",
          [&](FamilyArchive &a) { a.poke(fileOf(a, 0x04000002), a.root); }},
         {"chain into the free blocks", "belongs to the free chain too",
@@ -164,7 +166,8 @@ TEST(DataCheck, DecodesRecordsAndHeedsTheSelection) {
     EXPECT_THAT(all.output, HasSubstr("0xffff0001\tx\terror\trecord\t"));
     EXPECT_THAT(all.output, testing::Not(HasSubstr("0x42000002")));
     const ProgramRun some = check({path, "--type", "42"});
-    EXPECT_THAT(some.output, testing::EndsWith("       1 warning: record\n2 files checked, see above\n"));
+    EXPECT_THAT(some.output,
+                testing::EndsWith("       1 warning: record\n2 files checked, see above\n"));
     EXPECT_EQ(check({path, "--id", "42000002"}).status, 0);
 }
 

@@ -110,7 +110,8 @@ TEST_F(DataCommands, SelectsAndSorts) {
         words.insert(words.begin(), {"list", path, "--format", "json"});
         std::string found;
         const std::string output = data(words).output;
-        for (std::size_t at = 0; (at = output.find("{\"identifier\":\"0x", at)) != std::string::npos;)
+        for (std::size_t at = 0;
+             (at = output.find("{\"identifier\":\"0x", at)) != std::string::npos;)
             found += output.substr(at += 17, 8) + " ";
         return found;
     };
@@ -133,9 +134,8 @@ TEST_F(DataCommands, SelectsAndSorts) {
 
 TEST_F(DataCommands, OneCommandFeedsTheNext) {
     const std::string folder = _folder / "out";
-    const ProgramRun run =
-        shell("set -o pipefail; $DATA list --type 0x41 --format tsv " + kWorld +
-              " | $DATA extract --json --ids-from - " + kWorld + " " + folder);
+    const ProgramRun run = shell("set -o pipefail; $DATA list --type 0x41 --format tsv " + kWorld +
+                                 " | $DATA extract --json --ids-from - " + kWorld + " " + folder);
     EXPECT_EQ(run.status, 0) << run.log;
     EXPECT_THAT(textOfFile(folder + "/local/Trader/41000001.json"),
                 AllOf(HasSubstr("\"township\":\"0x40000001\""), EndsWith("}\n")));
@@ -212,11 +212,11 @@ TEST_F(DataCommands, TellsWhatChangedInRecords) {
     EXPECT_EQ(same.output, "added: 0, removed: 0, changed: 0\n");
     const ProgramRun run = data({"diff", "--records", "--type", "0x41", kOlderWorld, kWorld});
     EXPECT_EQ(run.status, 1);
-    EXPECT_THAT(run.output,
-                testing::ContainsRegex("    wares.0..price: [0-9]+ => [0-9]+\n"));
+    EXPECT_THAT(run.output, testing::ContainsRegex("    wares.0..price: [0-9]+ => [0-9]+\n"));
     EXPECT_THAT(run.output, Not(HasSubstr("greeting")));
     const ProgramRun land = data({"diff", "--land", kOlderWorld, kWorld});
-    EXPECT_THAT(land.output, AllOf(testing::StartsWith("added: "), HasSubstr("Changed land blocks:\n")));
+    EXPECT_THAT(land.output,
+                AllOf(testing::StartsWith("added: "), HasSubstr("Changed land blocks:\n")));
 }
 
 TEST_F(DataCommands, DecodersAreFoundAndBrokenOnesNamed) {

@@ -16,8 +16,8 @@ using testing::HasSubstr;
 const std::string kWorld = PLOTTERRA_SAMPLE_WORLD;
 
 std::string shell(const std::string &line) {
-    const ProgramRun run =
-        runProgram({"/bin/sh", "-c", "DATA=" PLOTTERRA_DATA_PROGRAM "; WORLD=" + kWorld + "; " + line});
+    const ProgramRun run = runProgram(
+        {"/bin/sh", "-c", "DATA=" PLOTTERRA_DATA_PROGRAM "; WORLD=" + kWorld + "; " + line});
     EXPECT_EQ(run.status, 0) << line << run.log;
     return run.output;
 }
@@ -45,7 +45,8 @@ TEST_F(DataExport, HeightsLieWhereTheyAre) {
         const WQLandPoint &point = land.grid().at(column, row);
         if (!point.has(WQLandPoint::hasData))
             continue;
-        const std::string place = ZPFormat(" %.1f %.1f", -101.9 + column / 10.0, -101.9 + row / 10.0);
+        const std::string place =
+            ZPFormat(" %.1f %.1f", -101.9 + column / 10.0, -101.9 + row / 10.0);
         const std::string found = shell("gdallocationinfo -valonly -geoloc h.tif" + place);
         EXPECT_FLOAT_EQ(std::stof(found), heights[point.heightIndex]) << place;
         EXPECT_EQ(std::stoul(shell("gdallocationinfo -valonly -geoloc t.tif" + place)),
@@ -55,15 +56,15 @@ TEST_F(DataExport, HeightsLieWhereTheyAre) {
     const auto range = land.heightRange();
     ASSERT_TRUE(range);
     const std::string info = shell("$DATA info $WORLD");
-    EXPECT_THAT(info, HasSubstr(ZPFormat("land heights from %g to %g\n",
-                                         static_cast<double>(range->first),
-                                         static_cast<double>(range->second))));
-    EXPECT_THAT(shell("gdalinfo -stats h.tif"),
-                AllOf(HasSubstr(ZPFormat("Minimum=%.3f, Maximum=%.3f",
-                                         static_cast<double>(range->first),
-                                         static_cast<double>(range->second))),
-                      HasSubstr("Type=Float32"), HasSubstr("NoData Value=-9999"),
-                      HasSubstr("Size is 2041, 2041"), HasSubstr("AREA_OR_POINT=Point")));
+    EXPECT_THAT(
+        info, HasSubstr(ZPFormat("land heights from %g to %g\n", static_cast<double>(range->first),
+                                 static_cast<double>(range->second))));
+    EXPECT_THAT(
+        shell("gdalinfo -stats h.tif"),
+        AllOf(HasSubstr(ZPFormat("Minimum=%.3f, Maximum=%.3f", static_cast<double>(range->first),
+                                 static_cast<double>(range->second))),
+              HasSubstr("Type=Float32"), HasSubstr("NoData Value=-9999"),
+              HasSubstr("Size is 2041, 2041"), HasSubstr("AREA_OR_POINT=Point")));
     EXPECT_THAT(shell("gdalinfo t.tif"),
                 AllOf(HasSubstr("Color Table"), HasSubstr("0: Barren Rock"), HasSubstr("32: Road"),
                       HasSubstr("0: 206,176,124,255")));

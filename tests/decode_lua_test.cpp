@@ -81,8 +81,8 @@ TEST_F(LuaDecoder, ReadsEveryFormUnderItsName) {
         {"cursor:wq_readPackedLittleInt32()", "01800200 0100", "2"},
     };
     for (const auto &row : cases) {
-        const auto result = decode("out:number('v', " + std::string(row.expression) + ")",
-                                   hex(row.bytes));
+        const auto result =
+            decode("out:number('v', " + std::string(row.expression) + ")", hex(row.bytes));
         EXPECT_FALSE(result.fault) << row.expression;
         EXPECT_EQ(result.bytesLeft, 0u) << row.expression;
         EXPECT_EQ(ZPRecordTreeText(tree, false), "v: " + std::string(row.text) + "\n")
@@ -170,12 +170,14 @@ TEST_F(LuaDecoder, AnInsertedElementIsOneChange) {
 }
 
 TEST_F(LuaDecoder, CanDoNothingButDecode) {
-    const char *const names[] = {
-        "io",           "os",         "require",      "load",         "loadstring",  "dofile",
-        "loadfile",     "package",    "debug",        "coroutine",    "pcall",       "xpcall",
-        "getmetatable", "rawset",     "setmetatable", "collectgarbage", "_G",        "print",
-        "string.rep",   "string.dump", "string.gsub", "string.find",  "string.match", "table.move",
-        "table.insert", "table.remove", "math.random", "('').rep",     "utf8",       "warn"};
+    const char *const names[] = {"io",           "os",           "require",      "load",
+                                 "loadstring",   "dofile",       "loadfile",     "package",
+                                 "debug",        "coroutine",    "pcall",        "xpcall",
+                                 "getmetatable", "rawset",       "setmetatable", "collectgarbage",
+                                 "_G",           "print",        "string.rep",   "string.dump",
+                                 "string.gsub",  "string.find",  "string.match", "table.move",
+                                 "table.insert", "table.remove", "math.random",  "('').rep",
+                                 "utf8",         "warn"};
     for (const std::string name : names)
         EXPECT_EQ(fault("assert(" + name + " == nil, 'is there')"), "") << name;
     EXPECT_THAT(refusal("\x1bLua"), HasSubstr("attempt to load a binary chunk"));
@@ -237,10 +239,11 @@ TEST_F(LuaDecoder, SaysWhatIsWrongByFileAndLine) {
     EXPECT_THAT(refusal("while true do end"), HasSubstr("takes too long"));
 
     // A record that ends too early: what came before it is there, and where it ended.
-    const auto result = decode("out:number('a', cursor:readByte())\n"
-                               "out:group('g', function() out:number('b', cursor:readLittleInt32()) "
-                               "end)",
-                               hex("0102"));
+    const auto result =
+        decode("out:number('a', cursor:readByte())\n"
+               "out:group('g', function() out:number('b', cursor:readLittleInt32()) "
+               "end)",
+               hex("0102"));
     ASSERT_TRUE(result.fault);
     EXPECT_EQ(result.fault->offset, 1u);
     EXPECT_THAT(result.fault->message, StartsWith(path + ":3: Trying to read past end"));

@@ -18,8 +18,9 @@ extern const char WQLetteringVersion[];
 WQMaskMaker *WQLetteringMaskMaker(const char *programVersion);
 }
 
-/// Where the library may stand: beside the program, where it is installed relative to that, or where
-/// the program itself says. No folder that others could write to instead, such as one to build in.
+/// Where the library may stand: beside the program, where it is installed relative to that, or
+/// where the program itself says. No folder that others could write to instead, such as one to
+/// build in.
 [[nodiscard]] std::vector<std::filesystem::path>
 WQLetteringFolders(const std::filesystem::path &program);
 
