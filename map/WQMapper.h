@@ -22,7 +22,7 @@ inline constexpr char kWQMapperErrorDomain[] = "WQMapperErrorDomain";
 /// is made. Each picture reads the land blocks anew.
 class WQMapper {
   public:
-    /// The client data must outlive the renderer.
+    /// The client data is that of a directory and must outlive the renderer.
     explicit WQMapper(WQClientData &clientData);
     ~WQMapper();
     WQMapper(const WQMapper &) = delete;
