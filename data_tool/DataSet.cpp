@@ -89,8 +89,8 @@ std::vector<std::filesystem::path> archivesInDirectory(const std::filesystem::pa
 WQRecordKind Archive::kindOf(std::uint32_t identifier) const {
     WQRecordKind kind;
     if (game->classNameOf != nullptr)
-        if (const char *name = game->classNameOf(role, identifier))
-            kind.className = name;
+        if (const char *className = game->classNameOf(role, identifier))
+            kind.className = className;
     if (role != ArchiveRole::cell)
         kind.type = static_cast<std::uint8_t>(identifier >> 24);
     return kind;
