@@ -155,7 +155,8 @@ const WQDataFile &cellDataFileOf(const DataSet &dataSet) {
 int writeLandBlocks(const DataSet &before, const DataSet &after) {
     WQDataFileComparison comparison(&cellDataFileOf(before), &cellDataFileOf(after));
     comparison.buildComparison();
-    comparison.saveLandBlockSummaryToURL(nullptr);
+    if (ZPError error; !comparison.saveLandBlockSummaryToURL(nullptr, &error))
+        throw CommandFailure("standard output: " + error.description());
     return comparison.fileKeysAdded()->empty() && comparison.fileKeysRemoved()->empty() &&
                    comparison.fileKeysChanged()->empty()
                ? kFine

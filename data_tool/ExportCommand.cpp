@@ -4,6 +4,7 @@
 #include "data_tool/Land.h"
 #include "data_tool/RoadLines.h"
 #include "game/WQKnownDungeons.h"
+#include "game/WQLandBlock.h"
 #include "game/WQMapCoordinate.h"
 #include "io/ZPAtomicFile.h"
 #include "io/ZPSystemLog.h"
