@@ -25,10 +25,10 @@ const char *classNameInFirstGame(ArchiveRole role, std::uint32_t identifier) {
 
 // The order is the one in which archives of unknown origin are tried.
 constexpr GameRow kGames[] = {
-    {ZPGorvaneGame::first, "ostvale", 3, &WQArchiveFamily, kFirstGameFiles, &classNameInFirstGame,
+    {ZPGorvaneGame::first, "ostvale", 3, &kWQArchiveFamily, kFirstGameFiles, &classNameInFirstGame,
      true, true},
-    {ZPGorvaneGame::second, "ostvale2", 2, &WQ2ArchiveFamily, {}, nullptr, true, false},
-    {ZPGorvaneGame::firstRetail, "ostvale-retail", 1, &WQRetailArchiveFamily, kRetailFiles, nullptr,
+    {ZPGorvaneGame::second, "ostvale2", 2, &kWQ2ArchiveFamily, {}, nullptr, true, false},
+    {ZPGorvaneGame::firstRetail, "ostvale-retail", 1, &kWQRetailArchiveFamily, kRetailFiles, nullptr,
      false, false},
 };
 
