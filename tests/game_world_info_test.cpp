@@ -144,7 +144,7 @@ TEST(WorldInfo, DamagedRecordsAreRefused) {
     for (std::size_t offset = 4; offset + 4 <= record.size(); ++offset) {
         ZPData damaged = record;
         std::memset(damaged.data() + offset, 0xFF, 4);
-        ZPRecordWithData<WQWorldInfo>(damaged, nullptr);
+        (void)ZPRecordWithData<WQWorldInfo>(damaged, nullptr);
     }
     testing::internal::GetCapturedStderr();
 }

@@ -33,9 +33,9 @@ mode_t modeOf(const std::filesystem::path &path) {
 /// In both ways: most file systems have files without a name, some do not.
 class AtomicFile : public testing::TestWithParam<ZPAtomicFile::Temporary> {
   protected:
-    bool write(std::string_view text, const std::filesystem::path &path,
+    bool write(std::string_view text, const std::filesystem::path &target,
                ZPError *error = nullptr) const {
-        ZPAtomicFile file(path, GetParam());
+        ZPAtomicFile file(target, GetParam());
         return file.open(error) && file.write(bytesOf(text), error) && file.commit(error);
     }
 

@@ -51,7 +51,8 @@ void drawInBlocks(const WQDrawing &drawing, std::size_t firstRow, std::size_t ro
 
 TEST(OverlayDrawing, BlocksAndThreadsChangeNoPixel) {
     OverlayCanvas canvas(1);
-    canvas.choice = {true, somePlaces()};
+    canvas.choice.grid = true;
+    canvas.choice.coordinates = somePlaces();
     const auto drawing = WQDrawOverlays(canvas.style);
     const std::size_t size = drawing->size(), half = size / 2;
     for (const WQPixel ground : {kGround, WQPixel{}}) {
