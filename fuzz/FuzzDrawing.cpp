@@ -32,7 +32,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t siz
     FuzzWriteFile("towns.txt", std::as_bytes(std::span(bytes, size)));
     static WQTypesetter typesetter;
     const WQLandColorTable colors;
-    const WQOverlayChoice choice{false, readPlotFile(FuzzFolder() / "towns.txt")};
+    WQOverlayChoice choice;
+    choice.coordinates = readPlotFile(FuzzFolder() / "towns.txt");
     const std::uint64_t scale = 1 + size % 2;
     const auto drawing =
         WQDrawOverlays({scale, {-0.5f, 0.5f, 0.707107f}, 255, colors, choice, typesetter});

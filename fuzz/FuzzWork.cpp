@@ -25,7 +25,7 @@ void work() {
     dataFile.loadFileEntriesIfNecessary();
     dataFile.check();
     if (const auto *storage = dataFile.blockStorage())
-        storage->check();
+        (void)storage->check();
     WQDataFileComparison comparison(&dataFile, &dataFile);
     comparison.buildComparison();
     const auto grid = WQLandGrid::allocate();

@@ -87,7 +87,7 @@ std::vector<std::byte> chronicleRecord(const SampleWorld &world, std::uint32_t n
     std::uint32_t year = 410 + number * 10;
     for (std::uint32_t entry = 0; entry < entries; ++entry) {
         record.writeBigInt16(static_cast<std::uint16_t>(year += random.below(3)));
-        record.writeByte(static_cast<std::uint8_t>(1 + random.below(12) | random.below(5) << 4));
+        record.writeByte(static_cast<std::uint8_t>((1 + random.below(12)) | random.below(5) << 4));
         const std::uint32_t concerned = std::min(towns, random.below(3));
         record.writeByte(static_cast<std::uint8_t>(concerned));
         for (std::uint32_t town = 0; town < concerned; ++town)

@@ -10,14 +10,6 @@
 
 namespace {
 
-/// A record that says that it was saved and leaves no file.
-class UnsavedObject : public ZPGorvaneStoredObject {
-  public:
-    using ZPGorvaneStoredObject::saveToPath;
-    using ZPGorvaneStoredObject::ZPGorvaneStoredObject;
-    bool saveToPath(const std::filesystem::path &, ZPError *) const override { return true; }
-};
-
 TEST(StoredObject, SavesItsDumpWithTheTimeOfItsFile) {
     const TemporaryFolder folder;
     ZPGorvaneStoredObject record(0x06000001);
@@ -35,11 +27,9 @@ TEST(StoredObject, SavesItsDumpWithTheTimeOfItsFile) {
     EXPECT_EQ(status.st_mtime, 1234567890);
     EXPECT_EQ(status.st_atime, 1234567890);
 
-    EXPECT_FALSE(UnsavedObject(1).saveToPath(folder / "none", 1234567890, &error));
-    EXPECT_EQ(error.domain, kZPGorvaneStorageErrorDomain);
-    const auto cause = error.userInfo.find(NSUnderlyingErrorKey);
-    ASSERT_NE(cause, error.userInfo.end());
-    EXPECT_EQ(std::get<std::shared_ptr<const ZPError>>(cause->second)->code, ENOENT);
+    EXPECT_FALSE(record.setModificationDate(1234567890, folder / "none", &error));
+    EXPECT_EQ(error.domain, kZPPOSIXErrorDomain);
+    EXPECT_EQ(error.code, ENOENT);
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 // What runs of the program leave behind when their surroundings are not as they should be.
 
+#include "io/ZPError.h"
 #include "tests/ProgramRun.h"
 #include "tests/TestSupport.h"
 #include "tool/Options.h"
