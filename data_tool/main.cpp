@@ -1,11 +1,13 @@
 #include "data_tool/Command.h"
+#include "io/ZPProcess.h"
 
-#include <csignal>
 #include <cstdlib>
+#include <iostream>
 
 int main(int argc, char *argv[]) {
-    // A reader that goes away is met where output is written.
-    std::signal(SIGPIPE, SIG_IGN);
+    ZPPrepareProcess();
     // Memory goes back to the system faster as a whole than piece by piece.
-    std::quick_exit(runDataTool(argc, argv));
+    const int status = runDataTool(argc, argv);
+    std::cout.flush();
+    std::quick_exit(status);
 }

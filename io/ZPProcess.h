@@ -4,4 +4,6 @@
 /// size of files, fails from then on instead of ending the process, so that it can be said and the
 /// rest be done. Standard streams that the caller closed lead nowhere, or the first files that are
 /// opened would take their numbers and with them what is logged.
-void ZPPrepareProcess();
+///
+/// In a program that calls it, it also runs before the constructors of static objects: these log.
+__attribute__((constructor(101))) void ZPPrepareProcess();

@@ -21,11 +21,11 @@ TEST(StoredObject, SavesItsDumpWithTheTimeOfItsFile) {
 
     record.appendFormat("line %d", 1);
     EXPECT_TRUE(record.saveToPath(folder / "dump", 1234567890, &error));
-    EXPECT_EQ(textOfFile(folder / "dump"), "line 1\n");
     struct stat status {};
     stat((folder / "dump").c_str(), &status);
     EXPECT_EQ(status.st_mtime, 1234567890);
     EXPECT_EQ(status.st_atime, 1234567890);
+    EXPECT_EQ(textOfFile(folder / "dump"), "line 1\n");
 
     EXPECT_FALSE(record.setModificationDate(1234567890, folder / "none", &error));
     EXPECT_EQ(error.domain, kZPPOSIXErrorDomain);

@@ -160,9 +160,9 @@ TEST(DataCheck, DecodesRecordsAndHeedsTheSelection) {
     EXPECT_EQ(all.status, 1);
     EXPECT_EQ(all.output.substr(0, all.output.find('\n')),
               "identifier\tarchive\tseverity\tkind\toffset\tcause");
-    EXPECT_THAT(all.output, HasSubstr("0x41000001\tx\terror\trecord\t0x00000400\tat 00000008: "));
+    EXPECT_THAT(all.output, HasSubstr("0x41000001\tx\terror\trecord\t0x00000800\tat 00000008: "));
     EXPECT_THAT(all.output,
-                HasSubstr("0x42000001\tx\twarning\trecord\t0x00000800\t1 bytes are left\n"));
+                HasSubstr("0x42000001\tx\twarning\trecord\t0x00000c00\t1 bytes are left\n"));
     EXPECT_THAT(all.output, HasSubstr("0xffff0001\tx\terror\trecord\t"));
     EXPECT_THAT(all.output, testing::Not(HasSubstr("0x42000002")));
     const ProgramRun some = check({path, "--type", "42"});

@@ -193,15 +193,15 @@ TEST(DataCursor, TraceLabels) {
     cursor.readLittleInt32WithName("identifier");
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
               "4 0000001c           identifier: 0000002a\n");
+    EXPECT_EQ(ZPDataCursor::labelForOffset(6).substr(0, 2), "2 ");
+    EXPECT_EQ(ZPDataCursor::labelForOffset(7).substr(0, 2), "1 ");
+    EXPECT_EQ(cursor.labelWithName("abcdefghijklmnopqrstuvwxy"), "4 00000020 abcdefghijklmnopqrst");
     // The four characters of a code, whatever they are.
     cursor.setOffset(4);
     testing::internal::CaptureStdout();
     cursor.readFourCCWithName("code");
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
               std::string("4 00000004                 code: 01000000 - \1\0\0\0\n", 49));
-    EXPECT_EQ(ZPDataCursor::labelForOffset(6).substr(0, 2), "2 ");
-    EXPECT_EQ(ZPDataCursor::labelForOffset(7).substr(0, 2), "1 ");
-    EXPECT_EQ(cursor.labelWithName("abcdefghijklmnopqrstuvwxy"), "4 00000020 abcdefghijklmnopqrst");
 }
 
 TEST(MutableDataCursor, WritesWhatTheCursorReads) {

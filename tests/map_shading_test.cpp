@@ -96,7 +96,7 @@ TEST(LandShading, InPlaceIsTheSameAsApart) {
     EXPECT_EQ(land.light.maximum, light.maximum);
 }
 
-TEST(LandGrid, TakesHeightsAndLandTypesSafely) {
+TEST(LandHeights, TakesHeightsAndLandTypesSafely) {
     auto grid = WQLandGrid::allocate();
     std::array<float, 256> heights{};
     heights[1] = 12.9f;

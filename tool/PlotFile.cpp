@@ -85,6 +85,8 @@ std::optional<std::string> PlotReader::finishLine() {
 }
 
 void PlotReader::addLine(std::string_view line) {
+    if (line.empty())
+        return; // of which there may be a hundred million
     const auto fields = ZPSplitText(line, ';');
     WQMapLocation location;
     if (fields.size() < 3 || fields[1].empty() || !scanCoordinate(fields[1], location))
