@@ -28,8 +28,8 @@ constexpr GameRow kGames[] = {
     {ZPGorvaneGame::first, "ostvale", 3, &kWQArchiveFamily, kFirstGameFiles, &classNameInFirstGame,
      true, true},
     {ZPGorvaneGame::second, "ostvale2", 2, &kWQ2ArchiveFamily, {}, nullptr, true, false},
-    {ZPGorvaneGame::firstRetail, "ostvale-retail", 1, &kWQRetailArchiveFamily, kRetailFiles, nullptr,
-     false, false},
+    {ZPGorvaneGame::firstRetail, "ostvale-retail", 1, &kWQRetailArchiveFamily, kRetailFiles,
+     nullptr, false, false},
 };
 
 } // namespace
