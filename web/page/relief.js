@@ -62,7 +62,7 @@ export class Relief {
         if (isNew || this.isStale)
             this.repaint();
         this.flyTo({tilt: FIRST_TILT, heading: 0, ...view}, 700);
-        this.canvas.focus({preventScroll: true});
+        this.canvas.focus({preventScroll: true, focusVisible: false});
     }
 
     /** Back to where the flat map takes over: told the place in the middle and the zoom. */

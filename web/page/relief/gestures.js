@@ -35,7 +35,7 @@ export class ReliefGestures {
 
     press(event) {
         this.canvas.setPointerCapture(event.pointerId);
-        this.canvas.focus({preventScroll: true});
+        this.canvas.focus({preventScroll: true, focusVisible: false});
         this.relief.stopFlight();
         this.pointers.set(event.pointerId, {x: event.offsetX, y: event.offsetY});
         this.wasMoved = this.pointers.size > 1;
