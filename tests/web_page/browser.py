@@ -89,7 +89,9 @@ class Browser:
         return self.driver.find_element(By.CSS_SELECTOR, selector)
 
     def texts(self, selector):
-        return [element.text for element in self.all(selector)]
+        # At once, since the page may replace elements meanwhile.
+        return self.driver.execute_script(
+            "return [...document.querySelectorAll(arguments[0])].map(e => e.innerText)", selector)
 
     def field(self, name, within=".readout"):
         return self.one(f"{within} [data-field={name}]").text
