@@ -17,7 +17,7 @@ class Run:
     text: str = ""
 
 
-def run(command, folder, output=None, cpu=None):
+def run(command, folder, output=None, cpu=None, statuses=(0,)):
     """Runs a command to its end: whole-process wall time, peak resident memory, how often it
     waited for a page to be read, the stages that
     it reports, what it prints, and the size of the file that it makes."""
@@ -37,7 +37,7 @@ def run(command, folder, output=None, cpu=None):
     child = os.posix_spawnp(command[0], command, environment, file_actions=redirections)
     _, status, usage = os.wait4(child, 0)
     seconds = time.perf_counter() - start
-    if status != 0:
+    if os.waitstatus_to_exitcode(status) not in statuses:
         raise SystemExit(f"failed: {' '.join(command)}")
     return Run(
         seconds,

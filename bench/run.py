@@ -52,6 +52,32 @@ class Bench:
         self.own.append(case)
         return case
 
+    def add_data(self, name, *words, statuses=(0,)):
+        """A run of plotterra-data on the full-size world, its output to a file."""
+        command = [self.build / "plotterra-data", *words]
+        case = Case(f"full-size, {name}", lambda: run(command, self.out, statuses=statuses))
+        self.cases.append(case)
+        self.own.append(case)
+        return case
+
+    def add_extraction(self):
+        """All land blocks to disk, and a copy of the same files."""
+        folder, copy = self.out / "blocks", self.out / "copied-blocks"
+        program, archive = self.build / "plotterra-data", "client_cell_1.dat"
+        extract = [program, "extract", "--type", "WQLandBlock",
+                   self.worlds / "full-size" / archive, folder]
+
+        def without(made, command):
+            shutil.rmtree(made, ignore_errors=True)
+            return run(command, self.out)
+
+        case = Case("full-size, extract 65,000 land blocks", lambda: without(folder, extract))
+        self.cases.append(case)
+        self.own.append(case)
+        peer = self.add_peer("cp -r of the same files", case,
+                             lambda: without(copy, ["cp", "-r", folder, copy]))
+        return case, peer
+
     def older(self, world):
         return ("--old", self.worlds / f"{world}-older")
 
@@ -229,6 +255,13 @@ def measure(bench, rounds):
     libpng_large = bench.add_libpng(large, 8, SLOW)
     bench.add_libvips(large, 8, SLOW)
     page, full_page = bench.add_page("sample"), bench.add_page("full-size")
+    world, older = bench.worlds / "full-size", bench.worlds / "full-size-older"
+    listed = bench.add_data("list --format tsv", "list", "--format", "tsv", world)
+    checked = bench.add_data("check", "check", world)
+    decoded = bench.add_data("check, with a decoder in Lua for 720,000 cells", "check",
+                             "--decoders", Path(__file__).parent / "decoders", world)
+    differences = bench.add_data("diff", "diff", older, world, statuses=(1,))
+    extracted, copied = bench.add_extraction()
     measure_all(bench.cases, rounds)
     peak, step = peak_memory(bench)
 
@@ -254,6 +287,11 @@ def measure(bench, rounds):
         at_most("page, full-size: time", full_page.seconds, 0.25, "{:.3f} s"),
         at_most("page, sample: peak memory", page.peak_bytes / 1e6, 120, "{:.1f} MB"),
         at_most("page, sample: file", page.output_bytes / 1e6, 5, "{:.2f} MB"),
+        at_most("list --format tsv, full-size: time", listed.seconds, 0.35, "{:.3f} s"),
+        at_most("check, full-size: time", checked.seconds, 1, "{:.3f} s"),
+        at_most("check with 720,000 records decoded in Lua: time", decoded.seconds, 4, "{:.3f} s"),
+        at_most("diff, full-size: time", differences.seconds, 0.4, "{:.3f} s"),
+        at_most("extract: share of cp -r", time_ratio(extracted, copied), 1.2),
         at_least("second core: shading", speed_up(one_core, sample, "shade"), 1.7),
         at_least("second core: encoding, scale 1", speed_up(one_core, sample, ENCODING), 1.7),
         at_least("second core: encoding, scale 8", speed_up(large_one_core, large, ENCODING), 1.7),

@@ -58,9 +58,8 @@ ArchiveCheck::ChainEnd ArchiveCheck::followChain(std::uint32_t first, std::uint3
     ChainEnd chain;
     std::uint32_t previous = 0;
     for (std::uint32_t offset = first; offset != 0; ++chain.blockCount) {
-        const std::string reason = _map.faultOfOffset(offset);
-        // A chain cannot be followed past 2 GiB, where an offset looks like a free block's link.
-        if (const bool isFree = (offset & kFreeBit) != 0; isFree || !reason.empty()) {
+        if (const std::string reason = _map.faultOfOffset(offset); !reason.empty()) {
+            const bool isFree = (offset & kFreeBit) != 0 && chain.blockCount > 0;
             fault(kFileChainFinding, previous,
                   isFree ? ZPFormat("the chain runs into the free block %08x", previous)
                          : "the chain's block " + reason);

@@ -23,5 +23,9 @@ std::string BlockMap::faultOfOffset(std::uint64_t offset) const {
         return ZPFormat("%08llx does not fall within the blocks (%08x - %08llx)",
                         static_cast<unsigned long long>(offset), _blockSize,
                         static_cast<unsigned long long>(end()));
+    // An offset with the top bit is the link of a free block.
+    if (offset > 0x7FFFFFFF)
+        return ZPFormat("%08llx lies past 2 GiB, where no chain can go",
+                        static_cast<unsigned long long>(offset));
     return {};
 }

@@ -73,8 +73,8 @@ class Report {
 };
 
 int check(Options &options, const GlobalOptions &global) {
-    options.selection.prepare();
     const WQDecoderSet decoders = loadDecoders(global);
+    options.selection.prepare(decoders);
     const DataSet dataSet = global.openDataSet(options.path);
     Report report(options.format);
     std::size_t fileCount = 0;

@@ -164,8 +164,8 @@ int writeLandBlocks(const DataSet &before, const DataSet &after) {
 }
 
 int diff(Options &options, const GlobalOptions &global) {
-    options.selection.prepare();
     const WQDecoderSet decoders = loadDecoders(global);
+    options.selection.prepare(decoders);
     const DataSet before = global.openDataSet(options.oldPath);
     const DataSet after = global.openDataSet(options.newPath);
     int status;

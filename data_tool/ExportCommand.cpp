@@ -11,6 +11,7 @@
 #include "tool/PlotFile.h"
 
 #include <algorithm>
+#include <array>
 
 namespace {
 
@@ -21,7 +22,7 @@ struct Options {
 };
 
 constexpr unsigned kSize = WQLandGrid::kSize;
-constexpr RasterPlace kLandPlace = {Land::kWest, 102.1, 1 / Land::kPointsPerUnit};
+constexpr RasterPlace kLandPlace = {Land::kWest, Land::yOf(kSize - 1), 1 / Land::kPointsPerUnit};
 
 /// Of the raster, which begins in the north, while the land begins in the south.
 unsigned landRow(std::uint32_t rasterRow) {

@@ -130,8 +130,8 @@ class Extraction {
 };
 
 int extract(Options &options, const GlobalOptions &global) {
-    options.selection.prepare();
     const WQDecoderSet decoders = loadDecoders(global);
+    options.selection.prepare(decoders);
     const DataSet dataSet = global.openDataSet(options.path);
     const int status = Extraction(options, dataSet, decoders).run();
     return dataSet.isWhole ? status : kFoundOrFailed;

@@ -1,5 +1,6 @@
 #include "data_tool/FileSelection.h"
 
+#include "game/WQRecordClass.h"
 #include "io/ZPSystemLog.h"
 #include "io/ZPText.h"
 
@@ -55,10 +56,19 @@ std::int64_t timeIn(std::string_view text) {
         const year_month_day date(year(static_cast<int>(numberIn(parts[0]))),
                                   month(static_cast<unsigned>(numberIn(parts[1]))),
                                   day(static_cast<unsigned>(numberIn(parts[2]))));
-        if (date.ok() && parts[0].size() == 4)
+        if (date.ok() && parts[0].size() == 4 && parts[1].size() <= 2 && parts[2].size() <= 2)
             return sys_seconds(sys_days(date)).time_since_epoch().count();
     }
     refuse("--newer", text, "date such as 2005-03-31, nor a number of seconds since 1970");
+}
+
+bool isClassName(std::string_view text, const WQDecoderSet &decoders) {
+    const auto hasName = [=](const WQRecordClass &row) { return row.name == text; };
+    return std::ranges::any_of(WQPortalRecordClasses(), hasName) ||
+           std::ranges::any_of(WQCellRecordClasses(), hasName) ||
+           std::ranges::any_of(decoders.files(), [=](const WQDecoderSet::File &file) {
+               return file.description.name == text;
+           });
 }
 
 } // namespace
@@ -76,7 +86,7 @@ void FileSelection::addOptions(CLI::App &command) {
             ->allow_extra_args(false);
     };
     addList("--type", _typeTexts, "TYPE",
-            "Files of a type (identifier bits 24 to 31), such as 0x13");
+            "Files of a type (identifier bits 24 to 31), such as 0x13, or of a class");
     addList("--id", _rangeTexts, "RANGE", "Files with an identifier, or from one to another: A-B");
     addList("--block", _blockTexts, "XXYY", "Files of a land block of a cell archive");
     command.add_option("--larger", _largerText, "Files of more bytes; K and M may follow")
@@ -91,12 +101,15 @@ void FileSelection::addOptions(CLI::App &command) {
         ->type_name("FILE");
 }
 
-void FileSelection::prepare() {
+void FileSelection::prepare(const WQDecoderSet &decoders) {
+    _decoders = &decoders;
     for (const std::string &text : _typeTexts) {
-        const auto type = hexadecimalIn(text, 2);
-        if (!type)
-            refuse("--type", text, "type, two hexadecimal digits");
-        _types.push_back(*type);
+        if (const auto type = hexadecimalIn(text, 2))
+            _types.push_back(*type);
+        else if (isClassName(text, decoders))
+            _classes.push_back(text);
+        else
+            refuse("--type", text, "type, two hexadecimal digits, nor the name of a class");
     }
     for (const std::string &text : _blockTexts) {
         const auto block = hexadecimalIn(text, 4);
@@ -117,8 +130,8 @@ void FileSelection::prepare() {
         _newer = timeIn(_newerText);
     if (!_listPath.empty())
         readIdentifiers();
-    _isRestricted = !_types.empty() || !_blocks.empty() || !_ranges.empty() || _larger || _newer ||
-                    _wantsDamaged || _wantsSound || _listed;
+    _isRestricted = !_typeTexts.empty() || !_blocks.empty() || !_ranges.empty() || _larger ||
+                    _newer || _wantsDamaged || _wantsSound || _listed;
 }
 
 void FileSelection::readIdentifiers() {
@@ -156,9 +169,17 @@ void FileSelection::readIdentifierLines(std::istream &lines) {
     }
 }
 
+bool FileSelection::matchesType(const Archive &archive, std::uint32_t identifier) const {
+    if (std::ranges::find(_types, identifier >> 24) != _types.end())
+        return true;
+    return !_classes.empty() &&
+           std::ranges::find(_classes, _decoders->nameOf(archive.kindOf(identifier))) !=
+               _classes.end();
+}
+
 bool FileSelection::matches(const Archive &archive, const ZPGorvaneFileEntry &entry) const {
     const std::uint32_t identifier = entry.identifier;
-    if (!_types.empty() && std::ranges::find(_types, identifier >> 24) == _types.end())
+    if (!_typeTexts.empty() && !matchesType(archive, identifier))
         return false;
     if (!_ranges.empty() && std::ranges::none_of(_ranges, [=](const Range &range) {
             return identifier >= range.first && identifier <= range.last;

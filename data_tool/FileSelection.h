@@ -13,9 +13,9 @@ class FileSelection {
   public:
     /// Adds the options; they are read when the command line is.
     void addOptions(CLI::App &command);
-    /// Makes sense of them, once the command line is read. Throws CommandFailure, a usage error,
-    /// where there is none.
-    void prepare();
+    /// Makes sense of them, once the command line is read; borrows the decoders, whose names are
+    /// classes too. Throws CommandFailure, a usage error, where there is none.
+    void prepare(const WQDecoderSet &decoders);
 
     /// Whether any option leaves files out.
     bool isRestricted() const { return _isRestricted; }
@@ -35,6 +35,7 @@ class FileSelection {
     };
 
     bool matches(const Archive &archive, const ZPGorvaneFileEntry &entry) const;
+    bool matchesType(const Archive &archive, std::uint32_t identifier) const;
     void readIdentifiers();
     void readIdentifierLines(std::istream &lines);
 
@@ -44,7 +45,9 @@ class FileSelection {
     bool _wantsDamaged = false, _wantsSound = false;
     // As understood.
     bool _isRestricted = false;
+    const WQDecoderSet *_decoders = nullptr;
     std::vector<std::uint32_t> _types, _blocks;
+    std::vector<std::string> _classes;
     std::vector<Range> _ranges;
     std::optional<std::uint64_t> _larger;
     std::optional<std::int64_t> _newer;

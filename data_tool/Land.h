@@ -1,6 +1,7 @@
 #pragma once
 
 #include "game/WQClientData.h"
+#include "game/WQMapCoordinate.h"
 #include "map/land/WQLandGrid.h"
 
 /// The land of a data directory with its real heights.
@@ -21,9 +22,9 @@ class Land {
     std::optional<std::pair<float, float>> heightRange() const;
 
     // Map coordinates of the land points.
-    static constexpr double kWest = -101.9, kSouth = -101.9, kPointsPerUnit = 10;
-    static double xOf(unsigned column) { return kWest + column / kPointsPerUnit; }
-    static double yOf(unsigned row) { return kSouth + row / kPointsPerUnit; }
+    static constexpr double kWest = -kWQMapEdge, kSouth = -kWQMapEdge, kPointsPerUnit = 10;
+    static constexpr double xOf(unsigned column) { return kWest + column / kPointsPerUnit; }
+    static constexpr double yOf(unsigned row) { return kSouth + row / kPointsPerUnit; }
 
   private:
     WQClientData _clientData;

@@ -148,8 +148,8 @@ void sortRows(std::vector<Row> &rows, const std::vector<std::string> &keys) {
 }
 
 int list(Options &options, const GlobalOptions &global) {
-    options.selection.prepare();
     const WQDecoderSet decoders = loadDecoders(global);
+    options.selection.prepare(decoders);
     const DataSet dataSet = global.openDataSet(options.path);
     FileList list(dataSet, decoders);
     const auto write = options.format == "tsv"    ? &FileList::writeTSV

@@ -23,8 +23,9 @@ bool isPlainName(std::string_view name) {
 
 /// A name that may become part of a file's name.
 std::string plainName(lua_State *state, const char *field) {
-    const char *text = lua_type(state, -1) == LUA_TSTRING ? lua_tostring(state, -1) : "";
-    std::string name(text, lua_rawlen(state, -1));
+    std::string name;
+    if (lua_type(state, -1) == LUA_TSTRING)
+        name.assign(lua_tostring(state, -1), lua_rawlen(state, -1));
     if (!isPlainName(name))
         luaL_error(state, "'%s' is no text of letters, digits, - and _", field);
     return name;

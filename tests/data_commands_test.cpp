@@ -26,13 +26,13 @@ ProgramRun shell(const std::string &line) {
 
 class DataCommands : public testing::Test {
   protected:
-    /// Files 0x04000001, 0x06000002 (two blocks), 0x06000003 (empty) and 0x13000001.
+    /// Files 0x04000001, 0x06000002 (two blocks), 0x13000001 and 0x13000003 (empty).
     FamilyArchive archive(unsigned version) {
         FamilyArchive made(version);
         made.addFile(0x04000001, hex("01000004 AABB"));
         made.addFile(0x06000002, joined({hex("02000006"), ZPData(1200, std::byte{0x5A})}));
-        made.addFile(0x06000003, ZPData());
         made.addFile(0x13000001, hex("01000013"));
+        made.addFile(0x13000003, ZPData());
         return made;
     }
     std::string written(FamilyArchive made, const std::string &name) {
@@ -51,16 +51,16 @@ TEST_F(DataCommands, ListsArchivesOfEveryFamily) {
         {3, "ostvale",
          "0x04000001\tx\t0x04\tWQPalette\t6\t2001-09-09T01:46:40Z\t0x00020001\t0x00000400\n"
          "0x06000002\tx\t0x06\tWQImage\t1204\t2001-09-09T01:46:40Z\t0x00020001\t0x00000800\n"
-         "0x06000003\tx\t0x06\tWQImage\t0\t2001-09-09T01:46:40Z\t0x00020001\t0x00001000\n"
-         "0x13000001\tx\t0x13\t\t4\t2001-09-09T01:46:40Z\t0x00020001\t0x00001400\n"},
+         "0x13000001\tx\t0x13\t\t4\t2001-09-09T01:46:40Z\t0x00020001\t0x00001000\n"
+         "0x13000003\tx\t0x13\t\t0\t2001-09-09T01:46:40Z\t0x00020001\t0x00001400\n"},
         {2, "ostvale2",
          "0x04000001\tx\t0x04\t\t6\t2001-09-09T01:46:40Z\t\t0x00000400\n"
          "0x06000002\tx\t0x06\t\t1204\t2001-09-09T01:46:40Z\t\t0x00000800\n"
-         "0x06000003\tx\t0x06\t\t0\t2001-09-09T01:46:40Z\t\t0x00001000\n"
-         "0x13000001\tx\t0x13\t\t4\t2001-09-09T01:46:40Z\t\t0x00001400\n"},
+         "0x13000001\tx\t0x13\t\t4\t2001-09-09T01:46:40Z\t\t0x00001000\n"
+         "0x13000003\tx\t0x13\t\t0\t2001-09-09T01:46:40Z\t\t0x00001400\n"},
         {1, "ostvale-retail",
          "0x04000001\tx\t0x04\t\t6\t\t\t0x00000400\n0x06000002\tx\t0x06\t\t1204\t\t\t0x00000800\n"
-         "0x06000003\tx\t0x06\t\t0\t\t\t0x00001000\n0x13000001\tx\t0x13\t\t4\t\t\t0x00001400\n"},
+         "0x13000001\tx\t0x13\t\t4\t\t\t0x00001000\n0x13000003\tx\t0x13\t\t0\t\t\t0x00001400\n"},
     };
     const std::string header = "identifier\tarchive\ttype\tclass\tsize\tdate\tversion\toffset\n";
     for (const auto &row : cases) {
@@ -121,17 +121,19 @@ TEST_F(DataCommands, SelectsAndSorts) {
             found += output.substr(at += 17, 8) + " ";
         return found;
     };
-    EXPECT_EQ(identifiers({"--type", "0x06,13"}), "06000002 06000003 13000001 13000002 ");
+    EXPECT_EQ(identifiers({"--type", "0x06,13"}), "06000002 13000001 13000002 13000003 ");
     EXPECT_EQ(identifiers({"--id", "4000001-6000002", "--id", "0x13000002"}),
               "04000001 06000002 13000002 ");
     EXPECT_EQ(identifiers({"--larger", "6"}), "06000002 ");
     EXPECT_EQ(identifiers({"--newer", "2001-09-10"}), "13000002 ");
     EXPECT_EQ(identifiers({"--damaged"}), "13000001 ");
-    EXPECT_EQ(identifiers({"--sound", "--type", "13"}), "13000002 ");
-    EXPECT_EQ(identifiers({"--sort", "-size,id", "--type", "4,6"}), "06000002 04000001 06000003 ");
+    EXPECT_EQ(identifiers({"--sound", "--type", "13"}), "13000002 13000003 ");
+    EXPECT_EQ(identifiers({"--sort", "-size,-id", "--type", "4,6,13"}),
+              "06000002 04000001 13000001 13000003 13000002 ");
+    EXPECT_EQ(identifiers({"--type", "WQImage,4"}), "04000001 06000002 ");
     EXPECT_EQ(identifiers({"--block", "0400"}), "");
-    std::ofstream(_folder / "ids") << "0x6000003\n\n4000001\r\n";
-    EXPECT_EQ(identifiers({"--ids-from", _folder / "ids"}), "04000001 06000003 ");
+    std::ofstream(_folder / "ids") << "0x6000002\n\n4000001\r\n";
+    EXPECT_EQ(identifiers({"--ids-from", _folder / "ids"}), "04000001 06000002 ");
     std::ofstream(_folder / "ids") << "4000001\nnonsense\n";
     const ProgramRun refused = data({"list", path, "--ids-from", _folder / "ids"});
     EXPECT_EQ(refused.status, 2);
@@ -158,7 +160,7 @@ TEST_F(DataCommands, ExtractsWhatHashesLikeTheDigests) {
     const std::string path = made.writeToPath(_folder / "x.dat"), folder = _folder / "out";
     ProgramRun run = data({"extract", path, folder});
     EXPECT_EQ(run.status, 1);
-    EXPECT_THAT(run.log, AllOf(HasSubstr("x: 13000001: Block "),
+    EXPECT_THAT(run.log, AllOf(HasSubstr("x: 13000001: Block offset 80000000"),
                                HasSubstr("3 files written, 0 were there, 1 failed")));
     const std::string image = folder + "/WQImage/06000002.bin";
     struct stat file {};

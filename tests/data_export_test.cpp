@@ -6,6 +6,7 @@
 #include "tests/ProgramRun.h"
 #include "tests/TestSupport.h"
 
+#include <algorithm>
 #include <gmock/gmock.h>
 
 namespace {

@@ -1,5 +1,6 @@
 #include "data_tool/RoadLines.h"
 
+#include <algorithm>
 #include <gmock/gmock.h>
 
 namespace {
