@@ -170,11 +170,11 @@ void FileSelection::readIdentifierLines(std::istream &lines) {
 }
 
 bool FileSelection::matchesType(const Archive &archive, std::uint32_t identifier) const {
-    if (std::ranges::find(_types, identifier >> 24) != _types.end())
+    const WQRecordKind kind = archive.kindOf(identifier);
+    if (kind.type && std::ranges::find(_types, *kind.type) != _types.end())
         return true;
     return !_classes.empty() &&
-           std::ranges::find(_classes, _decoders->nameOf(archive.kindOf(identifier))) !=
-               _classes.end();
+           std::ranges::find(_classes, _decoders->nameOf(kind)) != _classes.end();
 }
 
 bool FileSelection::matches(const Archive &archive, const ZPGorvaneFileEntry &entry) const {

@@ -32,7 +32,7 @@ class FileList {
         const ZPGorvaneFileEntry &entry = *row.entry;
         std::string &line = _output.buffer();
         appendIdentifier(line, entry.identifier);
-        const std::string name(className(row));
+        const std::string name(_decoders.nameOf(row.archive->kindOf(entry.identifier)));
         line += ' ';
         line += name;
         line.append(name.size() < kClassWidth ? kClassWidth - name.size() : 0, ' ');
@@ -60,11 +60,15 @@ class FileList {
         appendIdentifier(line, entry.identifier);
         line += '\t';
         line += row.archive->name;
-        line += "\t0x";
-        line += kDigits[entry.identifier >> 28];
-        line += kDigits[entry.identifier >> 24 & 0xF];
         line += '\t';
-        line += className(row);
+        const WQRecordKind kind = row.archive->kindOf(entry.identifier);
+        if (kind.type) {
+            line += "0x";
+            line += kDigits[*kind.type >> 4];
+            line += kDigits[*kind.type & 0xF];
+        }
+        line += '\t';
+        line += _decoders.nameOf(kind);
         line += '\t';
         appendNumber(line, entry.fileSize);
         line += '\t';
@@ -95,8 +99,10 @@ class FileList {
         writer.StartObject();
         writeIdentifier("identifier", entry.identifier);
         writeText("archive", row.archive->name);
-        writeText("type", ZPFormat("0x%02x", entry.identifier >> 24));
-        if (const std::string_view name = className(row); !name.empty())
+        const WQRecordKind kind = row.archive->kindOf(entry.identifier);
+        if (kind.type)
+            writeText("type", ZPFormat("0x%02x", *kind.type));
+        if (const std::string_view name = _decoders.nameOf(kind); !name.empty())
             writeText("class", name);
         writer.Key("size");
         writer.Uint(entry.fileSize);
@@ -118,10 +124,6 @@ class FileList {
   private:
     static constexpr std::size_t kClassWidth = 24;
     static constexpr char kDigits[] = "0123456789abcdef";
-
-    std::string_view className(const Row &row) const {
-        return _decoders.nameOf(row.archive->kindOf(row.entry->identifier));
-    }
 
     const DataSet &_dataSet;
     const WQDecoderSet &_decoders;

@@ -36,14 +36,14 @@ void writeText16(ZPMutableDataCursor &record, std::string_view text) {
 }
 
 std::vector<std::byte> townshipRecord(const SampleWorld &world, std::uint32_t number) {
-    constexpr float west = -101.9f, south = -101.9f, pointsPerUnit = 10;
+    constexpr double west = -101.9, south = -101.9, pointsPerUnit = 10;
     const SampleTown &town = world.towns()[number];
     SampleRandom random(SampleHash(world.options().seed ^ 0x40, number));
     ZPMutableDataCursor record;
     record.writeLittleInt32(firstTownship + number);
     writeText16(record, town.name);
-    record.writeLittleFloat32(west + static_cast<float>(town.x) / pointsPerUnit);
-    record.writeLittleFloat32(south + static_cast<float>(town.y) / pointsPerUnit);
+    record.writeLittleFloat32(static_cast<float>(west + town.x / pointsPerUnit));
+    record.writeLittleFloat32(static_cast<float>(south + town.y / pointsPerUnit));
     const std::uint32_t size = random.below(4), terrain = 7, lamps = 10 + random.below(200);
     record.writeLittleInt16(static_cast<std::uint16_t>(size | (town.isPort ? 1u : 0u) << 2 |
                                                        terrain << 3 | lamps << 8));
