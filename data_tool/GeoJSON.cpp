@@ -24,9 +24,18 @@ GeoJSONWriter::GeoJSONWriter() : _document(std::make_unique<Document>()) {
     writer.StartObject();
     _document->key("type");
     _document->text("FeatureCollection");
-    // Without it, readers take positions for places on the earth.
+    // Without it, readers take positions for places on the earth. It is the system that they make of
+    // a GeoTIFF of ours.
     _document->key("crs");
-    writer.Null();
+    writer.StartObject();
+    _document->key("type");
+    _document->text("name");
+    _document->key("properties");
+    writer.StartObject();
+    _document->key("name");
+    _document->text("LOCAL_CS[\"Map coordinates\",UNIT[\"unknown\",1]]");
+    writer.EndObject();
+    writer.EndObject();
     _document->key("features");
     writer.StartArray();
 }

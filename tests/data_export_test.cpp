@@ -65,7 +65,8 @@ TEST_F(DataExport, HeightsLieWhereTheyAre) {
         AllOf(HasSubstr(ZPFormat("Minimum=%.3f, Maximum=%.3f", static_cast<double>(range->first),
                                  static_cast<double>(range->second))),
               HasSubstr("Type=Float32"), HasSubstr("NoData Value=-9999"),
-              HasSubstr("Size is 2041, 2041"), HasSubstr("AREA_OR_POINT=Point")));
+              HasSubstr("Size is 2041, 2041"), HasSubstr("AREA_OR_POINT=Point"),
+                      HasSubstr("ENGCRS[\"Map coordinates\"")));
     EXPECT_THAT(shell("gdalinfo t.tif"),
                 AllOf(HasSubstr("Color Table"), HasSubstr("0: Barren Rock"), HasSubstr("32: Road"),
                       HasSubstr("0: 206,176,124,255")));
@@ -78,7 +79,8 @@ TEST_F(DataExport, FeaturesLieWhereTheyAre) {
     const std::string block = shell("ogrinfo -al -where \"block='7f68'\" b.json");
     EXPECT_THAT(block, AllOf(HasSubstr("Feature Count: 1"),
                              HasSubstr("(-0.3 -18.7,0.5 -18.7,0.5 -17.9,-0.3 -17.9,-0.3 -18.7)")));
-    EXPECT_THAT(shell("ogrinfo -so -al r.json"), HasSubstr("Line String"));
+    EXPECT_THAT(shell("ogrinfo -so -al r.json"),
+                AllOf(HasSubstr("Line String"), HasSubstr("ENGCRS[\"Map coordinates\"")));
     // Each town of the list stands in its place, and each road point is on a road.
     const std::string towns = textOfFile(kWorld + "/towns.txt");
     EXPECT_THAT(shell("ogrinfo -so -al p.json"),
