@@ -24,8 +24,8 @@ GeoJSONWriter::GeoJSONWriter() : _document(std::make_unique<Document>()) {
     writer.StartObject();
     _document->key("type");
     _document->text("FeatureCollection");
-    // Without it, readers take positions for places on the earth. It is the system that they make of
-    // a GeoTIFF of ours.
+    // Without it, readers take positions for places on the earth. It is the system that they make
+    // of a GeoTIFF of ours.
     _document->key("crs");
     writer.StartObject();
     _document->key("type");

@@ -66,7 +66,7 @@ TEST_F(DataExport, HeightsLieWhereTheyAre) {
                                  static_cast<double>(range->second))),
               HasSubstr("Type=Float32"), HasSubstr("NoData Value=-9999"),
               HasSubstr("Size is 2041, 2041"), HasSubstr("AREA_OR_POINT=Point"),
-                      HasSubstr("ENGCRS[\"Map coordinates\"")));
+              HasSubstr("ENGCRS[\"Map coordinates\"")));
     EXPECT_THAT(shell("gdalinfo t.tif"),
                 AllOf(HasSubstr("Color Table"), HasSubstr("0: Barren Rock"), HasSubstr("32: Road"),
                       HasSubstr("0: 206,176,124,255")));
