@@ -9,7 +9,7 @@ install(TARGETS plotterra-lettering
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/plotterra COMPONENT programs)
 install(DIRECTORY decoders/ DESTINATION ${CMAKE_INSTALL_DATADIR}/plotterra/decoders
     COMPONENT programs FILES_MATCHING PATTERN "*.lua")
-install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT programs)
+install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/plotterra COMPONENT programs)
 
 # Man pages, compressed as systems keep them, without the time of day.
 find_program(GZIP gzip REQUIRED)
