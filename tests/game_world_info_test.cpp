@@ -80,7 +80,7 @@ TEST(WorldInfo, WholeRecordWithEitherWeatherModel) {
         EXPECT_FALSE(info->times()[1].isNight); // the word is 2
         EXPECT_EQ(info->days(), std::vector<std::string>{"Mo"});
         EXPECT_EQ(info->months().at(0).startDayOfYear, 90u);
-        const WQWeatherType &weather = info->weatherTypes().at(0);
+        const WQWeatherType weather = info->weatherTypes().at(0);
         EXPECT_EQ(weather.weatherModels.at(0).particleEffectIdentifier, 0x33000001u);
         EXPECT_EQ(weather.weatherModels.at(0).v9,
                   hasNinthField ? std::optional(0x99u) : std::nullopt);
