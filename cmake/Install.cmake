@@ -41,16 +41,18 @@ foreach(program IN LISTS programs)
         DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
 endforeach()
 
-# The library: a target and the headers of each layer, found by find_package or pkg-config.
+# The library: a target and the headers of each layer, found by find_package or pkg-config. The test
+# PublicHeaders compiles each header alone.
 foreach(layer io archive game map_land map_overlay map_png map decode)
-    set_target_properties(plotterra_${layer} PROPERTIES EXPORT_NAME ${layer})
+    get_target_property(folder plotterra_${layer} SOURCE_DIR)
+    file(GLOB headers CONFIGURE_DEPENDS ${folder}/*.h)
+    target_sources(plotterra_${layer} PUBLIC
+        FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${headers})
+    set_target_properties(plotterra_${layer} PROPERTIES
+        EXPORT_NAME ${layer} VERIFY_INTERFACE_HEADER_SETS ON)
     install(TARGETS plotterra_${layer} EXPORT PlotterraTargets
-        ARCHIVE COMPONENT development)
-endforeach()
-foreach(folder io archive game map decode)
-    install(DIRECTORY ${folder} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/plotterra
-        COMPONENT development FILES_MATCHING PATTERN "*.h"
-        PATTERN lettering EXCLUDE PATTERN CMakeFiles EXCLUDE)
+        ARCHIVE COMPONENT development
+        FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/plotterra COMPONENT development)
 endforeach()
 set(package ${CMAKE_INSTALL_LIBDIR}/cmake/Plotterra)
 install(EXPORT PlotterraTargets NAMESPACE Plotterra:: DESTINATION ${package}

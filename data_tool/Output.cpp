@@ -58,7 +58,7 @@ void appendDigits(std::string &text, unsigned number) {
     char digits[Digits];
     for (int place = Digits - 1; place >= 0; --place, number /= 10)
         digits[place] = static_cast<char>('0' + number % 10);
-    text.append(digits, Digits);
+    text.append(digits, sizeof digits);
 }
 
 } // namespace

@@ -60,5 +60,8 @@ cmake --build "$folder/examples" >build.log || fail "$(cat build.log)"
 
 printf '#include "archive/ZPGorvaneClientData.h"\nint main() { return ZPGorvaneClientData::clientDataClassForGorvaneGame(ZPGorvaneGame::first) == nullptr; }\n' >probe.cpp
 export PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name plotterra.pc)")
+# No installed header asks for one that stayed behind.
+find "$prefix/include/plotterra" -name '*.h' -printf '#include "%P"\n' >headers.cpp
+c++ -fsyntax-only headers.cpp $(pkg-config --cflags plotterra lua5.4-c++)
 c++ probe.cpp $(pkg-config --cflags --libs plotterra) -o probe
 ./probe 2>/dev/null || fail "pkg-config's program knows no game"
