@@ -53,12 +53,12 @@ bool usesColor() {
 
 namespace {
 
-template <int Digits>
+template <std::size_t Digits>
 void appendDigits(std::string &text, unsigned number) {
     char digits[Digits];
-    for (int place = Digits - 1; place >= 0; --place, number /= 10)
+    for (std::size_t place = Digits; place-- > 0; number /= 10)
         digits[place] = static_cast<char>('0' + number % 10);
-    text.append(digits, sizeof digits);
+    text.append(digits, Digits);
 }
 
 } // namespace
