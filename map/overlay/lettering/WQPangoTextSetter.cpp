@@ -12,7 +12,7 @@
 namespace {
 
 /// More than Pango and its libraries ask for to set one short text, fonts included.
-constexpr std::size_t kMemoryForText = std::size_t{32} << 20;
+constexpr std::size_t kMemoryForText = std::size_t{64} << 20;
 
 struct Free {
     void operator()(gpointer object) const { g_object_unref(object); }
