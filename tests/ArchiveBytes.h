@@ -1,6 +1,6 @@
 #pragma once
 
-#include "io/ZPExtensions.h"
+#include "tests/TestBytes.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -97,11 +97,7 @@ class ArchiveBytes {
                 entries = entries.subspan(1);
             }
         }
-        children.resize(248);
-        ZPAppendLittleInt32(children, static_cast<std::uint32_t>(own));
-        children.insert(children.end(), files.begin(), files.end());
-        children.resize(1740);
-        return addChain(children);
+        return addChain(nodeBytes(children, static_cast<std::uint32_t>(own), files));
     }
 
     ZPData _bytes;

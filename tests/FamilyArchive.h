@@ -86,23 +86,21 @@ struct FamilyArchive {
 
     ZPData node(const std::vector<std::uint32_t> &children,
                 const std::map<std::uint32_t, Entry> &files) const {
-        ZPData bytes;
+        ZPData offsets, records;
         for (const std::uint32_t child : children)
-            ZPAppendLittleInt32(bytes, child);
-        bytes.resize(248);
-        ZPAppendLittleInt32(bytes, static_cast<std::uint32_t>(files.size()));
+            ZPAppendLittleInt32(offsets, child);
         for (const auto &[identifier, entry] : files) {
             if (version == 3)
-                ZPAppendLittleInt32(bytes, 0x00020001);
+                ZPAppendLittleInt32(records, 0x00020001);
             for (const std::uint32_t word : {identifier, entry.offset, entry.size})
-                ZPAppendLittleInt32(bytes, word);
+                ZPAppendLittleInt32(records, word);
             if (version != 1)
-                ZPAppendLittleInt32(bytes, entry.mtime);
+                ZPAppendLittleInt32(records, entry.mtime);
             if (version == 3)
-                ZPAppendLittleInt32(bytes, 0);
+                ZPAppendLittleInt32(records, 0);
         }
-        bytes.resize(252 + 62 * entrySize());
-        return bytes;
+        return nodeBytes(offsets, static_cast<std::uint32_t>(files.size()), records,
+                         252 + 62 * entrySize());
     }
 
     std::uint32_t next = kBlockSize;

@@ -30,3 +30,12 @@ inline ZPData joined(std::initializer_list<ZPData> parts) {
         bytes.insert(bytes.end(), part.begin(), part.end());
     return bytes;
 }
+
+/// A node of a directory tree: children up to byte 248, a count, entries, zeros up to its size.
+inline ZPData nodeBytes(ZPData children, std::uint32_t count, const ZPData &entries,
+                        std::size_t size = 1740) {
+    children.resize(248);
+    ZPData bytes = joined({children, words({count}), entries});
+    bytes.resize(size);
+    return bytes;
+}

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <gtest/gtest.h>
 #include <iterator>
 #include <memory>
 #include <png.h>
@@ -18,6 +19,20 @@ TemporaryFolder::TemporaryFolder() {
 TemporaryFolder::~TemporaryFolder() {
     std::error_code ignored;
     std::filesystem::remove_all(_path, ignored);
+}
+
+CapturedLog::CapturedLog() {
+    testing::internal::CaptureStderr();
+}
+
+CapturedLog::~CapturedLog() {
+    testing::internal::GetCapturedStderr();
+}
+
+std::string CapturedLog::take() {
+    std::string text = testing::internal::GetCapturedStderr();
+    testing::internal::CaptureStderr();
+    return text;
 }
 
 std::string textOfFile(const std::filesystem::path &path) {

@@ -22,6 +22,18 @@ class TemporaryFolder {
     std::filesystem::path _path;
 };
 
+/// Keeps what is written to standard error to itself as long as it lives; one at a time.
+class CapturedLog {
+  public:
+    CapturedLog();
+    ~CapturedLog();
+    CapturedLog(const CapturedLog &) = delete;
+    CapturedLog &operator=(const CapturedLog &) = delete;
+
+    /// What was written since the beginning, or since the last call.
+    std::string take();
+};
+
 /// A PNG file as libpng reads it: 1 byte (grey) or 4 bytes (red, green, blue, alpha) a pixel.
 struct DecodedPNG {
     std::uint32_t width = 0, height = 0;

@@ -73,9 +73,9 @@ TEST_F(BlockStorage, HeadersThatAreRefused) {
         file.putHeader(3);
         file.put(c.offset, words({c.word}));
         file.bytes.resize(c.size);
-        testing::internal::CaptureStderr();
+        CapturedLog captured;
         EXPECT_EQ(openBytes(file), nullptr) << c.line;
-        EXPECT_NE(testing::internal::GetCapturedStderr().find(c.line), std::string::npos) << c.line;
+        EXPECT_NE(captured.take().find(c.line), std::string::npos) << c.line;
     }
 }
 
@@ -113,7 +113,7 @@ TEST_F(BlockStorage, AFileIsLockedForAsLongAsItIsOpen) {
     storage->close();
     EXPECT_FALSE(isLocked());
     EXPECT_EQ(storage->fileHandle(), nullptr);
-    testing::internal::CaptureStderr();
+    CapturedLog captured;
     ZPError error;
     EXPECT_FALSE(storage->readDataFromBlocksAtOffset(0x400, 1, &error));
     EXPECT_EQ(error.code, ZPGorvaneStorageErrorException);
@@ -126,7 +126,6 @@ TEST_F(BlockStorage, AFileIsLockedForAsLongAsItIsOpen) {
     // A header that is refused leaves no lock behind, nor does a directory opened as a file.
     EXPECT_EQ(open(1, path), nullptr);
     EXPECT_FALSE(isLocked());
-    testing::internal::GetCapturedStderr();
     close(descriptor);
 }
 
@@ -204,7 +203,7 @@ TEST_F(BlockStorage, EveryFaultOfAChainHasItsCode) {
                  {*large, 0x1400, 0x80000400, 1, chain + "1400 contains free block 80000400"},
                  {*sound, 0x2400, 0x3C00, 5, exception},
                  {*large, 0x4000, 0x4000, 5, exception}};
-    testing::internal::CaptureStderr();
+    CapturedLog captured;
     // A second time, for what was remembered of the first.
     for (std::size_t number = 0; number < 2 * std::size(cases); ++number) {
         const auto &c = cases[number % std::size(cases)];
@@ -223,7 +222,7 @@ TEST_F(BlockStorage, EveryFaultOfAChainHasItsCode) {
                   c.code == 5 ? 1u : 0u);
         EXPECT_EQ(error.userInfo, details) << c.reason;
     }
-    EXPECT_NE(testing::internal::GetCapturedStderr().find(
+    EXPECT_NE(captured.take().find(
                   "Caught exception: Trying to read past end in -[ZPDataCursor readLittleInt32] "
                   "(block 00003c00 of the chain starting at 00002400)\n"),
               std::string::npos);
@@ -293,21 +292,21 @@ TEST_F(BlockStorage, ChecksOfHeaderAndFreeBlocks) {
         file.put(0x800, words({c.secondLink}));
         file.put(file.bytes.size() - c.blockSize, words({0x80000000}));
         file.putHeader(3, 0x400, c.lastFree, c.freeCount);
-        testing::internal::CaptureStderr();
+        CapturedLog captured;
         const auto storage = openBytes(file);
         EXPECT_EQ(storage->checkHeader(), c.isHeaderSound) << c.line;
         EXPECT_EQ(storage->checkFreeBlockChain(), c.isChainSound) << c.line;
         EXPECT_EQ(storage->check(), c.isHeaderSound && c.isChainSound) << c.line;
-        EXPECT_NE(testing::internal::GetCapturedStderr().find(c.line), std::string::npos) << c.line;
+        EXPECT_NE(captured.take().find(c.line), std::string::npos) << c.line;
     }
 
     BlockFileBytes file(8);
     for (const std::size_t offset : {0x800u, 0x400u, 0x1400u})
         file.put(offset, words({0x80000800}));
     file.putHeader(3);
-    testing::internal::CaptureStderr();
+    CapturedLog captured;
     openBytes(file)->searchForFirstFreeBlock();
-    const std::string log = testing::internal::GetCapturedStderr();
+    const std::string log = captured.take();
     EXPECT_NE(log.find("             free block count: 3\n"), std::string::npos) << log;
     EXPECT_NE(log.find("unreferenced free block count: 2\n"), std::string::npos) << log;
     EXPECT_LT(log.find("... 00000400"), log.find("... 00001400"));

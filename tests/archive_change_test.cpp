@@ -48,7 +48,7 @@ TEST(ChangingArchive, WhatAShrinkingFileLosesFailsAndTheRestIsRead) {
     ASSERT_EQ(lost.back(), std::byte{kFiles});
 
     std::filesystem::resize_file(path, 10 * kPage + 100);
-    testing::internal::CaptureStderr();
+    CapturedLog captured;
     for (const std::uint32_t number : {kFiles, 1u, 9u, 11u, 10u, kFiles}) {
         ZPError error;
         const auto data = readPage(dataFile, number, &error);
@@ -64,7 +64,7 @@ TEST(ChangingArchive, WhatAShrinkingFileLosesFailsAndTheRestIsRead) {
     dataFile.didReadAllFiles();
     EXPECT_FALSE(readPage(dataFile, kFiles - 1));
     EXPECT_EQ(readPage(dataFile, 2), contentsOfFile(2));
-    const std::string log = testing::internal::GetCapturedStderr();
+    const std::string log = captured.take();
     EXPECT_EQ(countOf(log, "Error: " + path.string() +
                                " lost 225180 of its 266240 bytes while it was read\n"),
               1u)
@@ -82,12 +82,12 @@ TEST(ChangingArchive, AnIndexThatIsLostIsSaidOnce) {
     for (std::uint32_t number = 1; number <= 5000; ++number)
         archive.addEntry(number, {});
     archive.writeToPath(folder / "archive");
-    testing::internal::CaptureStderr();
+    CapturedLog captured;
     WQDataFile dataFile(folder / "archive");
     std::filesystem::resize_file(folder / "archive", 100'000);
     EXPECT_EQ(dataFile.fileEntryWithIdentifier(1), nullptr);
     dataFile.didReadAllFiles();
-    const std::string log = testing::internal::GetCapturedStderr();
+    const std::string log = captured.take();
     EXPECT_EQ(countOf(log, " bytes while it was read\n"), 1u) << log;
     EXPECT_EQ(countOf(log, "rror: "), 2u) << log; // of the root, and this
 }
@@ -128,7 +128,7 @@ TEST(ChangingArchive, LinksThatChangeMeanwhileGiveTheFilesLengthOrAnError) {
                 std::ignore = pwrite(descriptor, words({link}).data(), 4, kLink);
         close(descriptor);
     });
-    testing::internal::CaptureStderr();
+    CapturedLog captured;
     std::size_t readable = 0;
     constexpr std::size_t kReadings = 5000;
     for (std::size_t reading = 0; reading < kReadings; ++reading) {
@@ -142,7 +142,6 @@ TEST(ChangingArchive, LinksThatChangeMeanwhileGiveTheFilesLengthOrAnError) {
     }
     EXPECT_GT(readable, 0u);
     EXPECT_LT(readable, kReadings);
-    testing::internal::GetCapturedStderr();
 }
 
 } // namespace

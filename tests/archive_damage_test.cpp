@@ -54,7 +54,7 @@ class Damage : public testing::Test {
         file.writeToPath(_folder / "client_cell_1.dat");
         Findings found;
         testing::internal::CaptureStdout();
-        testing::internal::CaptureStderr();
+        CapturedLog captured;
         WQClientData clientData(_folder.path());
         clientData.loadAllFileEntries();
         const WQDataFile &dataFile = *clientData.cellDataFile();
@@ -67,7 +67,7 @@ class Damage : public testing::Test {
         }
         (void)clientData.worldInfo();
         dataFile.check();
-        found.log = testing::internal::GetCapturedStderr();
+        found.log = captured.take();
         testing::internal::GetCapturedStdout();
         return found;
     }
@@ -241,10 +241,10 @@ TEST(SharedChains, CostNoMoreThanTheArchiveIsLong) {
         archive.addEntry(0x01000000 + number, {chain, 20 << 20, 0, 1});
     archive.writeToPath(folder / "archive");
 
-    testing::internal::CaptureStderr();
+    CapturedLog captured;
     WQDataFile dataFile(folder / "archive");
     dataFile.loadFileEntriesIfNecessary();
-    EXPECT_NE(testing::internal::GetCapturedStderr().find(
+    EXPECT_NE(captured.take().find(
                   "The files claim more than 16 times what the archive holds; the 40 of 20971520 "
                   "bytes and more are left out"),
               std::string::npos);

@@ -26,15 +26,14 @@ TEST(DataFile, IndexOfAWholeTreeIsBuiltOnce) {
     EXPECT_FALSE(dataFile.hasLoadedFileEntries());
     EXPECT_EQ(dataFile.fileCount(), 0u);
 
-    testing::internal::CaptureStderr();
+    CapturedLog captured;
     {
         std::vector<std::jthread> threads;
         for (int thread = 0; thread < 4; ++thread)
             threads.emplace_back(
                 [&] { std::ignore = dataFile.fileEntryWithIdentifier(0x0A000001); });
     }
-    EXPECT_EQ(countOf(testing::internal::GetCapturedStderr(), "Loading file entries - <WQDataFile"),
-              1u);
+    EXPECT_EQ(countOf(captured.take(), "Loading file entries - <WQDataFile"), 1u);
     EXPECT_EQ(dataFile.fileCount(), 5002u);
     EXPECT_EQ(dataFile.usedFileTypes(), (std::vector<std::uint8_t>{0x01, 0x02, 0x03, 0x0A, 0xFF}));
     EXPECT_EQ(dataFile.fileEntriesByType(0x0A).size(), 1u);
@@ -99,9 +98,8 @@ TEST(DataFile, OfManyEntriesWithOneIdentifierTheLastVisitedCounts) {
     file.putHeader(3);
     WQDataFile dataFile(file.writeToPath(directory / "archive"));
     dataFile.setType(WQDataFile::cell);
-    testing::internal::CaptureStderr();
+    CapturedLog captured;
     dataFile.loadFileEntriesIfNecessary();
-    testing::internal::GetCapturedStderr();
     EXPECT_EQ(dataFile.fileCount(), 3u);
     for (std::uint32_t number = 0; number < 3; ++number) {
         // Of a child's 61 entries, 0 to 60, the last with each remainder.
@@ -126,18 +124,17 @@ TEST(DataFile, AnArchiveThatWasCutShortIsSaidAtOpening) {
     const auto size = std::filesystem::file_size(directory / "archive");
     for (const std::uintmax_t length : {size, size - 1, size - 2048}) {
         std::filesystem::resize_file(directory / "archive", length);
-        testing::internal::CaptureStderr();
+        CapturedLog captured;
         WQDataFile dataFile(directory / "archive");
-        EXPECT_EQ(countOf(testing::internal::GetCapturedStderr(),
-                          "Error: " + (directory / "archive").string() + " holds " +
-                              std::to_string(length) + " bytes, but " + std::to_string(size) +
-                              " by its header: it was cut short\n"),
+        EXPECT_EQ(countOf(captured.take(), "Error: " + (directory / "archive").string() +
+                                               " holds " + std::to_string(length) + " bytes, but " +
+                                               std::to_string(size) +
+                                               " by its header: it was cut short\n"),
                   length < size ? 1u : 0u);
         // What cannot be read is said once, though the version is sought and the index built.
-        testing::internal::CaptureStderr();
         dataFile.quickLoadDataVersion();
         dataFile.loadFileEntriesIfNecessary();
-        const std::string log = testing::internal::GetCapturedStderr();
+        const std::string log = captured.take();
         const auto lines = length == size - 2048 ? 1u : 0u;
         EXPECT_EQ(countOf(log, "Error: "), lines) << log;
         EXPECT_EQ(countOf(log, "Caught exception: "), lines) << log;
@@ -150,9 +147,9 @@ TEST(DataFile, VersionRecordThatEndsTooEarly) {
     archive.addFile(0xFFFF0001, hex("7205"));
     archive.writeToPath(directory / "archive");
     WQDataFile dataFile(directory / "archive");
-    testing::internal::CaptureStderr();
+    CapturedLog captured;
     dataFile.quickLoadDataVersion();
-    EXPECT_EQ(countOf(testing::internal::GetCapturedStderr(),
+    EXPECT_EQ(countOf(captured.take(),
                       "Bummer, caught exception trying to quick load the data version: Trying to "
                       "read past end in -[ZPDataCursor readLittleInt32]\n"),
               1u);
@@ -167,7 +164,7 @@ TEST(DataFile, WithoutStorageOrRootThereIsNothingAndNoFailure) {
     for (const char *name : {"unreadable root", "missing"}) {
         if (name != std::string("missing"))
             file.writeToPath(directory / name);
-        testing::internal::CaptureStderr();
+        CapturedLog captured;
         WQDataFile dataFile(directory / name);
         dataFile.quickLoadDataVersion();
         EXPECT_EQ(dataFile.fileEntryWithIdentifier(1), nullptr);
@@ -178,7 +175,7 @@ TEST(DataFile, WithoutStorageOrRootThereIsNothingAndNoFailure) {
         EXPECT_FALSE(dataFile.readDataForFileEntry({1, 2, 0x404, 4, 0, 0}, &error));
         EXPECT_NE(error.domain, "");
         EXPECT_TRUE(dataFile.check());
-        EXPECT_EQ(countOf(testing::internal::GetCapturedStderr(), "rror: "), 1u);
+        EXPECT_EQ(countOf(captured.take(), "rror: "), 1u);
     }
 }
 

@@ -9,16 +9,6 @@
 
 namespace {
 
-/// A node's bytes: children, count, entry records.
-ZPData node(const ZPData &children, std::uint32_t count, const ZPData &entries,
-            std::size_t size = 1740) {
-    ZPData bytes = children;
-    bytes.resize(248);
-    bytes = joined({bytes, words({count}), entries});
-    bytes.resize(size);
-    return bytes;
-}
-
 ZPData entry(std::uint32_t identifier) {
     return words({1, identifier, 0x400, 12, 1000, 77});
 }
@@ -38,9 +28,9 @@ class Directory : public testing::Test {
         _file.putHeader(version);
         _dataFile = std::make_unique<ZPGorvaneDataFile>(
             family, _file.writeToPath(_directory / std::to_string(version)));
-        testing::internal::CaptureStderr();
+        CapturedLog captured;
         auto root = ZPGorvaneDirectory::initWithDataFile(*_dataFile, 0x800, loadSubdirectories);
-        _log = testing::internal::GetCapturedStderr();
+        _log = captured.take();
         return root;
     }
     std::vector<std::uint32_t> identifiers(const ZPGorvaneDirectory &root) {
@@ -71,7 +61,7 @@ TEST_F(Directory, EntriesOfEachFamily) {
         {kWQ2ArchiveFamily, 2, words({17, 0x400, 12, 99}), words({0, 17, 0x400, 12, 99, 0})}};
     for (const auto &c : cases) {
         _file = BlockFileBytes(16);
-        putNode(0x800, node({}, 1, c.record, c.family.directorySize()));
+        putNode(0x800, nodeBytes({}, 1, c.record, c.family.directorySize()));
         const auto root = readFamily(c.family, c.version, true);
         ASSERT_NE(root, nullptr);
         EXPECT_TRUE(root->isLeaf());
@@ -86,10 +76,10 @@ TEST_F(Directory, EntriesOfEachFamily) {
 
 TEST_F(Directory, TreeAndSearch) {
     // 0x800: 20, 40 with children 0x1000 (10), 0x1800 (30) and 0x2000 (50)
-    putNode(0x800, node(words({0x1000, 0x1800, 0x2000}), 2, joined({entry(20), entry(40)})));
-    putNode(0x1000, node({}, 1, entry(10)));
-    putNode(0x1800, node(words({0xCDCDCDCD}), 1, entry(30)));
-    putNode(0x2000, node({}, 1, entry(50)));
+    putNode(0x800, nodeBytes(words({0x1000, 0x1800, 0x2000}), 2, joined({entry(20), entry(40)})));
+    putNode(0x1000, nodeBytes({}, 1, entry(10)));
+    putNode(0x1800, nodeBytes(words({0xCDCDCDCD}), 1, entry(30)));
+    putNode(0x2000, nodeBytes({}, 1, entry(50)));
     const auto tree = read();
     EXPECT_EQ(identifiers(*tree), (Identifiers{20, 40, 10, 30, 50}));
     std::vector<ZPGorvaneFileEntry> entries(tree->entryCount());
@@ -117,25 +107,26 @@ TEST_F(Directory, FaultsOfANodeAreLoggedAndTolerated) {
         std::size_t fileCount;
         const char *line;
     } cases[] = {
-        {node({}, 62, full), 62, "invalid number of files (62), must be count <= 61"},
-        {node({}, 3, joined({five, emptySlot, five})), 1, "> Failed to create file entry 1"},
-        {node({}, 2, joined({five, five})), 2,
+        {nodeBytes({}, 62, full), 62, "invalid number of files (62), must be count <= 61"},
+        {nodeBytes({}, 3, joined({five, emptySlot, five})), 1, "> Failed to create file entry 1"},
+        {nodeBytes({}, 2, joined({five, five})), 2,
          "dir 00000800> files out of order, prev id (00000005) >= cur id (00000005)"},
-        {node(words({0x1001}), 1, five), 1, "> Subdirectory at index 0 failed checks..."},
-        {node(words({0x4000}), 1, five), 1, "Block offset 00004000 does not fall within"},
-        {node(words({0x1000}), 1, five), 2, "dir 00000800> count: 1, subdirs: 1, files: 1"},
+        {nodeBytes(words({0x1001}), 1, five), 1, "> Subdirectory at index 0 failed checks..."},
+        {nodeBytes(words({0x4000}), 1, five), 1, "Block offset 00004000 does not fall within"},
+        {nodeBytes(words({0x1000}), 1, five), 2, "dir 00000800> count: 1, subdirs: 1, files: 1"},
         // to itself, twice to one node, and to a node that leads back here
-        {node(words({0x800, 0x1000}), 1, five), 2, "Subdirectory 00000800 was read already"},
-        {node(words({0x1000, 0x1000}), 1, five), 2, "Subdirectory 00001000 was read already"},
-        {node(words({0x1800, 0x1000}), 1, five), 3, "dir 00001800> Subdirectory 00000800 was read"},
+        {nodeBytes(words({0x800, 0x1000}), 1, five), 2, "Subdirectory 00000800 was read already"},
+        {nodeBytes(words({0x1000, 0x1000}), 1, five), 2, "Subdirectory 00001000 was read already"},
+        {nodeBytes(words({0x1800, 0x1000}), 1, five), 3,
+         "dir 00001800> Subdirectory 00000800 was read"},
         // a child whose entries pass its end
-        {node(words({0x2000, 0x1000}), 1, five), 64, "dir 00002000> Caught exception"}};
+        {nodeBytes(words({0x2000, 0x1000}), 1, five), 64, "dir 00002000> Caught exception"}};
     for (const auto &c : cases) {
         _file = BlockFileBytes(16);
         putNode(0x800, c.root);
-        putNode(0x1000, node({}, 1, entry(9)));
-        putNode(0x1800, node(words({0x800}), 1, entry(3)));
-        putNode(0x2000, node({}, 0xFFFFFFFF, full));
+        putNode(0x1000, nodeBytes({}, 1, entry(9)));
+        putNode(0x1800, nodeBytes(words({0x800}), 1, entry(3)));
+        putNode(0x2000, nodeBytes({}, 0xFFFFFFFF, full));
         const auto root = read();
         ASSERT_NE(root, nullptr) << c.line;
         EXPECT_EQ(identifiers(*root).size(), c.fileCount) << c.line;
@@ -144,18 +135,16 @@ TEST_F(Directory, FaultsOfANodeAreLoggedAndTolerated) {
 
     // The search ends in a directory that leads back to itself.
     _file = BlockFileBytes(16);
-    putNode(0x800, node(words({0x800, 0x800}), 1, entry(5)));
+    putNode(0x800, nodeBytes(words({0x800, 0x800}), 1, entry(5)));
     read();
     EXPECT_FALSE(ZPGorvaneDirectory::searchForFileWithIdentifier(9, *_dataFile, 0x800));
     // A hostile count in the root is the caller's to catch.
-    putNode(0x800, node({}, 63, full));
+    putNode(0x800, nodeBytes({}, 63, full));
     EXPECT_THROW(read(), ZPRangeException);
-    testing::internal::GetCapturedStderr();
     // Who wants the index gets what there is.
-    testing::internal::CaptureStderr();
+    CapturedLog captured;
     const auto tree = ZPGorvaneDirectory::treeOfDataFile(*_dataFile);
-    EXPECT_EQ(countOf(testing::internal::GetCapturedStderr(), "dir 00000800> Caught exception"),
-              1u);
+    EXPECT_EQ(countOf(captured.take(), "dir 00000800> Caught exception"), 1u);
     ASSERT_NE(tree, nullptr);
     EXPECT_EQ(identifiers(*tree).size(), 62u);
 }
@@ -176,10 +165,10 @@ TEST_F(Directory, ChildrenThatACountLeavesOutAreNamed) {
         {words({0x1000, 0x1800, 0, 0x2000}), 1, nullptr}};
     for (const auto &c : cases) {
         _file = BlockFileBytes(16);
-        putNode(0x800, node(c.children, c.count, joined({entry(20), entry(40)})));
-        putNode(0x1000, node({}, 1, entry(10)));
-        putNode(0x1800, node({}, 1, entry(30)));
-        putNode(0x2000, node({}, 1, entry(50)));
+        putNode(0x800, nodeBytes(c.children, c.count, joined({entry(20), entry(40)})));
+        putNode(0x1000, nodeBytes({}, 1, entry(10)));
+        putNode(0x1800, nodeBytes({}, 1, entry(30)));
+        putNode(0x2000, nodeBytes({}, 1, entry(50)));
         _file.put(0x2800, words({0x80000000}));
         putNode(0x3000, ZPData(1740, std::byte{7}));
         EXPECT_EQ(identifiers(*read()), (Identifiers{20, 10, 30}));
@@ -199,7 +188,7 @@ TEST_F(Directory, DescriptionsNameTheClassesOfTheFamily) {
                  {kWQ2ArchiveFamily, 2, "<WQ2Directory: 0x", "<WQ2FileEntry:0x"}};
     for (const auto &c : cases) {
         _file = BlockFileBytes(16);
-        putNode(0x800, node({}, 1, entry(5), c.family.directorySize()));
+        putNode(0x800, nodeBytes({}, 1, entry(5), c.family.directorySize()));
         const auto root = readFamily(c.family, c.version, true);
         ASSERT_NE(root, nullptr);
         EXPECT_TRUE(root->description().starts_with(c.directory)) << root->description();

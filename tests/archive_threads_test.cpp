@@ -47,9 +47,8 @@ TEST(Threads, WhoeverBuildsAnIndexTakesUpNoOtherWorkMeanwhile) {
         found += dataFile.fileEntryWithIdentifier(number) != nullptr;
         isLookingUp = wasLookingUp;
     };
-    testing::internal::CaptureStderr();
+    CapturedLog captured;
     arena.execute([&] { tbb::parallel_for(1u, kTasks + 1, lookUp, tbb::simple_partitioner()); });
-    testing::internal::GetCapturedStderr();
     EXPECT_EQ(found, kTasks);
     EXPECT_EQ(takenUp, 0u);
 }

@@ -74,14 +74,14 @@ TEST(ClientData, WithoutADirectoryThereIsNothing) {
 
 TEST(ClientData, WithoutArchivesEverythingIsThereAndEmpty) {
     const TemporaryFolder folder;
-    testing::internal::CaptureStderr();
+    CapturedLog captured;
     WQClientData clientData(folder.path());
     clientData.loadAllFileEntries();
     EXPECT_EQ(clientData.worldInfo(), nullptr);
     EXPECT_EQ(clientData.skillTable(), nullptr);
     EXPECT_EQ(clientData.newCellObjectWithIdentifier(0x1234FFFF), nullptr);
     EXPECT_FALSE(clientData.paletteWithIdentifier(0x04000001));
-    const std::string log = testing::internal::GetCapturedStderr();
+    const std::string log = captured.take();
     std::size_t at = 0;
     for (const char *name : {"portal.dat", "highres.dat", "cell_1.dat", "local_English.dat"}) {
         at = log.find(ZPFormat("client_%s\n", name), at);
@@ -112,11 +112,10 @@ class ClientDataLookup : public testing::Test {
         cell.addFile(0x12340100, words({0x12340100}));
         cell.addFile(0xFFFF0001, words({7}));
         cell.writeToPath(_folder / "client_cell_1.dat");
-        testing::internal::CaptureStderr();
         _clientData.emplace(_folder.path());
     }
-    ~ClientDataLookup() override { testing::internal::GetCapturedStderr(); }
 
+    CapturedLog _captured;
     TemporaryFolder _folder;
     std::optional<WQClientData> _clientData;
 };
@@ -145,8 +144,7 @@ TEST_F(ClientDataLookup, Records) {
     const WQDataFile other(_folder / "client_cell_1.dat");
     EXPECT_EQ(_clientData->newObjectForFileEntry(entry, other), nullptr);
 
-    const std::string log = testing::internal::GetCapturedStderr();
-    testing::internal::CaptureStderr();
+    const std::string log = _captured.take();
     EXPECT_NE(log.find("Warning: Identifier stored in file (06000002) doesn't match identifier "
                        "passed in (06000001)"),
               std::string::npos);
@@ -257,20 +255,15 @@ TEST(RecordCache, AnotherRecordUnderTheSameKeyTakesThePlace) {
 TEST(RetailClientData, OpensItsTwoArchives) {
     const TemporaryFolder folder;
     BlockFileBytes file(3);
-    ZPData node = words({});
-    node.resize(248);
-    node = joined({node, words({1, 0xFFFF0001, 0x800, 4})});
-    node.resize(996);
-    file.putChain({0x400}, node);
+    file.putChain({0x400}, nodeBytes({}, 1, words({0xFFFF0001, 0x800, 4}), 996));
     file.putChain({0x800}, words({9}));
     file.rootOffset = 0x400;
     file.putHeader(1);
     file.writeToPath(folder / "cell.dat");
-    testing::internal::CaptureStderr();
+    CapturedLog captured;
     testing::internal::CaptureStdout();
     WQRetailClientData clientData(folder.path());
     const std::string output = testing::internal::GetCapturedStdout();
-    testing::internal::GetCapturedStderr();
     EXPECT_EQ(
         output.find("basePath: " + folder.path().string() + "\nportal:   <WQRetailDataFile: "), 0u);
     EXPECT_NE(output.find("\ncell:     <WQRetailDataFile: "), std::string::npos);

@@ -245,9 +245,9 @@ TEST_F(Comparison, AnyNumberOfThreadsSaysTheSame) {
         SCOPED_TRACE(threads);
         tbb::task_arena arena(threads);
         WQDataFileComparison comparison(dataFile.get(), newerDataFile.get());
-        testing::internal::CaptureStderr();
+        CapturedLog captured;
         arena.execute([&comparison] { comparison.buildComparison(); });
-        const std::string log = testing::internal::GetCapturedStderr();
+        const std::string log = captured.take();
         std::vector<std::string> lines;
         appendLines(lines, files.size(), comparison);
         appendLines(lines, newerFiles.size(), comparison);

@@ -48,19 +48,16 @@ TEST(LandBlock, DecodesAndWritesBack) {
 
 TEST(LandBlock, LengthsOtherThanTheRecords) {
     ZPData record = recordOf(1, 0x0028);
-    testing::internal::CaptureStderr();
+    CapturedLog captured;
     for (std::size_t length = 0; length < record.size(); ++length) {
         ZPError error;
         EXPECT_FALSE(
             ZPRecordWithData<WQLandBlock>(std::span(record).first(length), nullptr, &error));
         EXPECT_EQ(error.code, 5);
     }
-    testing::internal::GetCapturedStderr();
     record.resize(255);
-    testing::internal::CaptureStderr();
     EXPECT_TRUE(ZPRecordWithData<WQLandBlock>(record, nullptr));
-    EXPECT_NE(testing::internal::GetCapturedStderr().find("[7f01ffff] Warning: 3 bytes left"),
-              std::string::npos);
+    EXPECT_NE(captured.take().find("[7f01ffff] Warning: 3 bytes left"), std::string::npos);
 }
 
 TEST(LandBlock, WaterAndPassability) {
@@ -117,7 +114,7 @@ TEST(LandBlock, EditingOperations) {
     // Column 0x7F, row 1: k is 18, so that the markers are 72 - 800 and 72 - 796.
     const auto word = [&](unsigned element) { return block.topology()[element]; };
     constexpr std::uint16_t kA = 0xFD28, kB = 0xFD2C;
-    testing::internal::CaptureStderr();
+    CapturedLog captured;
     block.changeLandTypes(5);
     EXPECT_EQ(word(0), (0x7F + 5 - 130) * 4);
     EXPECT_EQ(word(WQLandBlock::indexOfVertex(3, 5)), 0x10000 + (2 + 4 - 400) * 4);
@@ -130,7 +127,7 @@ TEST(LandBlock, EditingOperations) {
     block.changeLandTypes4();
     EXPECT_EQ((std::array{word(47), word(46), word(37), word(50), word(49), word(40)}),
               (std::array<std::uint16_t, 6>{0, 40, kA, 0, 40, kB}));
-    const std::string log = testing::internal::GetCapturedStderr();
+    const std::string log = captured.take();
     EXPECT_NE(log.find("b) xx: 0x7f, yy: 0x01, t2: 0xfd2c, ind: 16203"), std::string::npos) << log;
     EXPECT_NE(log.find("t1:  0, t2: fd2c, t3: 28"), std::string::npos);
 }

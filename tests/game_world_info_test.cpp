@@ -58,10 +58,10 @@ TEST(WorldInfo, WholeRecordWithEitherWeatherModel) {
         archive.addFile(0x13000000, regionRecord(hasNinthField));
         archive.addFile(0xFFFF0001, words({version}));
         archive.writeToPath(folder / "client_portal.dat");
-        testing::internal::CaptureStderr();
+        CapturedLog captured;
         WQClientData clientData(folder.path());
         const WQWorldInfo *info = clientData.worldInfo();
-        const std::string log = testing::internal::GetCapturedStderr();
+        const std::string log = captured.take();
         ASSERT_NE(info, nullptr) << log;
         EXPECT_EQ(log.find("bytes left"), std::string::npos) << log;
         EXPECT_EQ(clientData.worldInfo(), info);
@@ -137,7 +137,7 @@ TEST(WorldInfo, TextSections) {
 
 TEST(WorldInfo, DamagedRecordsAreRefused) {
     ZPData record = regionRecord(false);
-    testing::internal::CaptureStderr();
+    CapturedLog captured;
     for (std::size_t length = 0; length < record.size(); ++length)
         EXPECT_FALSE(ZPRecordWithData<WQWorldInfo>(std::span(record).first(length), nullptr));
     // Any word may claim to count what is not there.
@@ -146,7 +146,6 @@ TEST(WorldInfo, DamagedRecordsAreRefused) {
         std::memset(damaged.data() + offset, 0xFF, 4);
         (void)ZPRecordWithData<WQWorldInfo>(damaged, nullptr);
     }
-    testing::internal::GetCapturedStderr();
 }
 
 /// Bytes on the heap, those of large allocations included.
@@ -171,11 +170,10 @@ TEST(WorldInfo, ARecordOfAMillionElementsTakesLittleMoreThanItsBytes) {
         ZPAppendLittleInt32(record, kCount);
         record.resize(record.size() + kCount * size);
         record.insert(record.end(), 4096, std::byte{0}); // all that follows is empty
-        testing::internal::CaptureStderr();
+        CapturedLog captured;
         const std::size_t before = memoryHeld();
         const auto info = ZPRecordWithData<WQWorldInfo>(record, nullptr);
         const std::size_t after = memoryHeld();
-        testing::internal::GetCapturedStderr();
         ASSERT_TRUE(info);
         EXPECT_LT(after, before + record.size() + (1 << 20));
     }

@@ -70,10 +70,10 @@ TEST(Logger, TellsOfWhatItCannotWrite) {
     if (access("/dev/full", W_OK) != 0)
         GTEST_SKIP() << "there is no device that is always full";
     const auto logger = ZPLogger::initWithOutputToPath("/dev/full");
-    testing::internal::CaptureStderr();
+    CapturedLog captured;
     logger->log("one");
     logger->log("two");
-    const std::string said = testing::internal::GetCapturedStderr();
+    const std::string said = captured.take();
     EXPECT_EQ(std::ranges::count(said, '\n'), 1);
     EXPECT_NE(said.find(ZPError::posix(ENOSPC).description()), said.npos);
     ZPError error;
@@ -108,9 +108,9 @@ TEST(SystemLog, EscapesWhatATerminalWouldObey) {
         EXPECT_EQ(ZPEscapedText(text), escaped);
 
     const auto logged = [](const std::string &text) {
-        testing::internal::CaptureStderr();
+        CapturedLog captured;
         ZPLog("%s", text.c_str());
-        return testing::internal::GetCapturedStderr();
+        return captured.take();
     };
     EXPECT_TRUE(logged("a\x1b]0;b\x07\nc\td").ends_with("] a\\x1b]0;b\\x07\nc\td\n"));
     EXPECT_TRUE(logged(std::string(70000, 'x')).ends_with("xxx... and 4464 bytes more\n"));

@@ -1,4 +1,5 @@
 #include "game/WQKnownDungeons.h"
+#include "tests/TestSupport.h"
 
 #include <gtest/gtest.h>
 
@@ -9,19 +10,12 @@
 
 namespace {
 
-std::size_t countOf(std::string_view text, std::string_view part) {
-    std::size_t count = 0;
-    for (std::size_t at = text.find(part); at != text.npos; at = text.find(part, at + 1))
-        ++count;
-    return count;
-}
-
 // The table is the user's to replace: what holds for any.
 TEST(KnownDungeons, SharedNamesAreThoseOfTheTableAndAreCountedOnce) {
-    testing::internal::CaptureStderr();
+    CapturedLog captured;
     const WQKnownDungeonDictionary &names = WQKnownDungeonNames();
     EXPECT_EQ(&WQKnownDungeonNames(), &names);
-    EXPECT_LE(countOf(testing::internal::GetCapturedStderr(), "known dungeons"), 1u);
+    EXPECT_LE(countOf(captured.take(), "known dungeons"), 1u);
 
     std::map<unsigned, std::string_view> expected;
     for (const WQKnownDungeon *row = WQKnownDungeonTable; row->name != nullptr; ++row) {
@@ -38,11 +32,11 @@ TEST(KnownDungeons, SharedNamesAreThoseOfTheTableAndAreCountedOnce) {
 TEST(KnownDungeons, LaterNameOfARepeatedKeyWins) {
     const WQKnownDungeon table[] = {
         {0x004A, "", "First"}, {0xBEEF, "", "Other"}, {0x004A, "", "Second"}, {}};
-    testing::internal::CaptureStderr();
+    CapturedLog captured;
     const auto names = WQKnownDungeonNamesOfTable(table);
     const WQKnownDungeon emptyTable[] = {{}};
     EXPECT_TRUE(WQKnownDungeonNamesOfTable(emptyTable).empty());
-    const std::string log = testing::internal::GetCapturedStderr();
+    const std::string log = captured.take();
 
     EXPECT_EQ(names.size(), 2u);
     EXPECT_EQ(names.at(0x004A), "Second");

@@ -1,4 +1,5 @@
 #include "map/land/WQMapColorScheme.h"
+#include "tests/TestSupport.h"
 
 #include <gtest/gtest.h>
 
@@ -51,9 +52,9 @@ TEST(MapColorScheme, ColorArrayFollowsOnlyWhenUpdated) {
 TEST(MapColorScheme, LogsLinesThatCanBePasted) {
     WQMapColorScheme scheme;
     scheme.setRoadColor({1, 0.5, 0, 0.25});
-    testing::internal::CaptureStderr();
+    CapturedLog captured;
     scheme.logColors();
-    const std::string log = testing::internal::GetCapturedStderr();
+    const std::string log = captured.take();
 
     EXPECT_NE(log.find("] color data:\n"
                        "_barrenRockColor         = [NSColor colorWithSRGBRed:0.809365 "

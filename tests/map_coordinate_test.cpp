@@ -1,5 +1,6 @@
 #include "game/WQMapCoordinate.h"
 #include "io/ZPPointText.h"
+#include "tests/TestSupport.h"
 
 #include <gtest/gtest.h>
 
@@ -39,10 +40,10 @@ TEST(MapCoordinate, ReadsEveryAcceptedForm) {
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.text.substr(0, 60));
-        testing::internal::CaptureStderr();
+        CapturedLog captured;
         WQMapLocation location{-1, -1};
         EXPECT_TRUE(WQMapCoordinateFromString(c.text, &location));
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+        EXPECT_EQ(captured.take(), "");
         EXPECT_EQ(location.x, c.x);
         EXPECT_EQ(location.y, c.y);
     }
@@ -77,11 +78,11 @@ TEST(MapCoordinate, FailureNamesTheMissingPartAndKeepsTheRest) {
     for (const auto &c : cases) {
         SCOPED_TRACE(c.text);
         const std::string text = c.text;
-        testing::internal::CaptureStderr();
+        CapturedLog captured;
         WQMapLocation location{-1, -1};
         EXPECT_FALSE(WQMapCoordinateFromString(text, &location));
         EXPECT_FALSE(WQMapCoordinateFromString(text, nullptr));
-        const std::string log = testing::internal::GetCapturedStderr();
+        const std::string log = captured.take();
         EXPECT_NE(log.find("] " + (c.message + text) + "'\n"), log.npos) << log;
         EXPECT_NE(log.find("] " + text + " => " + c.point + "\n"), log.npos) << log;
         EXPECT_EQ(location.x, c.x);

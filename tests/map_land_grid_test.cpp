@@ -57,10 +57,10 @@ class LandGrid : public testing::Test {
         return file;
     }
     WQLandCounts fill(const WQDataFileComparison *comparison = nullptr) {
-        testing::internal::CaptureStderr();
+        CapturedLog captured;
         const auto file = dataFile();
         const WQLandCounts counts = WQFillLandGrid(*_grid, *file, comparison);
-        _log = testing::internal::GetCapturedStderr();
+        _log = captured.take();
         return counts;
     }
     bool logSays(const std::string &text) const { return _log.find(text) != std::string::npos; }

@@ -109,10 +109,10 @@ TEST_F(OverlayText, NumbersOfTheGridAreTheSameOnBothSides) {
 }
 
 TEST_F(OverlayText, CharactersWithoutGlyphAreSaidOnce) {
-    testing::internal::CaptureStderr();
+    CapturedLog captured;
     for (int repeat = 0; repeat < 3; ++repeat)
         EXPECT_GT(widthOf("private \U0010FFFD"), 0);
-    const std::string log = testing::internal::GetCapturedStderr();
+    const std::string log = captured.take();
     EXPECT_THAT(log, ContainsRegex("no font of this machine has all characters of the label"));
     EXPECT_EQ(std::ranges::count(log, '\n'), 1) << log;
 }
@@ -129,10 +129,9 @@ TEST_F(OverlayText, LabelsAreSetOnlyWhereTheyMayShow) {
                  {{-edge - 1, 0}, true},  {{-3e30, 3e30}, false}};
     for (const auto &[place, isSet] : cases) {
         OverlayCanvas fresh(1);
-        testing::internal::CaptureStderr();
+        CapturedLog captured;
         WQMarkerOverlay(fresh.drawing, fresh.style).drawMapPoint({"", place, label});
-        EXPECT_EQ(!testing::internal::GetCapturedStderr().empty(), isSet)
-            << place.x << ", " << place.y;
+        EXPECT_EQ(!captured.take().empty(), isSet) << place.x << ", " << place.y;
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "tests/ProgramRun.h"
 #include "tests/SampleChanges.h"
+#include "tests/SampleRun.h"
 #include "tests/TestSupport.h"
 
 #include <algorithm>
@@ -18,10 +19,6 @@ using testing::HasSubstr;
 
 namespace {
 
-const std::string kProgram = PLOTTERRA_PROGRAM;
-const std::string kWorld = PLOTTERRA_SAMPLE_WORLD;
-const std::string kOlderWorld = PLOTTERRA_OLDER_SAMPLE_WORLD;
-
 class ChangesRun : public testing::Test {
   protected:
     /// Draws one world against another and lists the changes.
@@ -34,19 +31,13 @@ class ChangesRun : public testing::Test {
     TemporaryFolder folder;
 };
 
-/// Names by block, read from the table that the program was built with.
-std::map<unsigned, std::string> dungeonNames() {
-    std::map<unsigned, std::string> names;
-    std::ifstream file(PLOTTERRA_KNOWN_DUNGEONS);
-    for (std::string line; std::getline(file, line);)
-        if (!line.starts_with('#'))
-            names[static_cast<unsigned>(std::stoul(line, nullptr, 16))] =
-                line.substr(line.rfind('\t') + 1);
-    return names;
-}
-
 std::string listOf(const std::string &title, const std::vector<std::uint16_t> &blocks) {
-    static const auto names = dungeonNames();
+    static const auto names = [] {
+        std::map<unsigned, std::string> byBlock;
+        for (auto &[block, name] : knownDungeonRows())
+            byBlock[block] = std::move(name);
+        return byBlock;
+    }();
     std::string text = std::string(70, '-') + "\n" + title + " land blocks:\n";
     for (const unsigned block : blocks) {
         const auto place = [](unsigned index, const char *letters) {

@@ -2,6 +2,7 @@
 
 #include "io/ZPError.h"
 #include "tests/ProgramRun.h"
+#include "tests/SampleRun.h"
 #include "tests/TestSupport.h"
 #include "tool/Options.h"
 
@@ -13,11 +14,6 @@ using testing::Contains;
 using testing::HasSubstr;
 
 namespace {
-
-const std::string kProgram = PLOTTERRA_PROGRAM;
-const std::string kWorld = PLOTTERRA_SAMPLE_WORLD;
-const std::string kOlderWorld = PLOTTERRA_OLDER_SAMPLE_WORLD;
-constexpr std::uint32_t kSize = 2041;
 
 class OutputRun : public testing::Test {
   protected:

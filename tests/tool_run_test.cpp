@@ -1,6 +1,7 @@
 // Runs of the built programs on the sample world, which the test suite makes first.
 
 #include "tests/ProgramRun.h"
+#include "tests/SampleRun.h"
 #include "tests/TestSupport.h"
 
 #include <algorithm>
@@ -16,17 +17,8 @@ using testing::StartsWith;
 namespace {
 
 /// What the program says of the table that it was built with.
-const std::string kKnownDungeonsLine = [] {
-    std::ifstream file(PLOTTERRA_KNOWN_DUNGEONS);
-    std::size_t rows = 0;
-    for (std::string line; std::getline(file, line);)
-        rows += !line.empty() && line != "\r" && !line.starts_with('#');
-    return std::to_string(rows) + " known dungeons";
-}();
-
-const std::string kProgram = PLOTTERRA_PROGRAM;
-const std::string kWorld = PLOTTERRA_SAMPLE_WORLD;
-constexpr std::uint32_t kSize = 2041;
+const std::string kKnownDungeonsLine =
+    std::to_string(knownDungeonRows().size()) + " known dungeons";
 
 class PlotterraRun : public testing::Test {
   protected:
