@@ -2,8 +2,8 @@
 #include "data_tool/Command.h"
 #include "data_tool/DecoderFolders.h"
 #include "data_tool/RecordCheck.h"
-#include "decode/ZPEscapedLine.h"
 #include "io/ZPSystemLog.h"
+#include "io/ZPText.h"
 
 #include <map>
 
@@ -53,9 +53,9 @@ class Report {
                        : isError   ? "\x1b[31m"
                                    : "\x1b[33m",
                        severity, _usesColor ? "\x1b[0m" : "",
-                       ZPEscapedLine(archive.fileName()).c_str(), file.c_str(),
+                       ZPEscapedText(archive.fileName()).c_str(), file.c_str(),
                        static_cast<unsigned long long>(finding.offset), finding.kind,
-                       ZPEscapedLine(finding.cause).c_str());
+                       ZPEscapedText(finding.cause).c_str());
     }
 
     void writeTSV(const Archive &archive, const Finding &finding, const char *severity) {
@@ -64,7 +64,7 @@ class Report {
             appendIdentifier(line, *finding.identifier);
         line += ZPFormat("\t%s\t%s\t%s\t0x%08llx\t", archive.name.c_str(), severity, finding.kind,
                          static_cast<unsigned long long>(finding.offset));
-        _output.write(line + ZPEscapedLine(finding.cause) + "\n");
+        _output.write(line + ZPEscapedText(finding.cause) + "\n");
     }
 
     const bool _isTSV, _usesColor;

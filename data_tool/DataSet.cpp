@@ -2,7 +2,6 @@
 
 #include "data_tool/ArchiveFamily.h"
 #include "data_tool/Failure.h"
-#include "game/WQDataFile.h"
 
 #include <algorithm>
 #include <system_error>
@@ -101,12 +100,30 @@ const Archive *DataSet::archiveWithName(std::string_view name) const {
     return found != archives.end() ? &*found : nullptr;
 }
 
+const Archive *DataSet::portal() const {
+    if (const Archive *named = archiveWithName("portal"))
+        return named;
+    const auto found = std::ranges::find(archives, ArchiveRole::portal, &Archive::role);
+    return found != archives.end() ? &*found : nullptr;
+}
+
+const WQDataFile &DataSet::cellDataFile() const {
+    for (const Archive &archive : archives)
+        if (const auto *dataFile = dynamic_cast<const WQDataFile *>(archive.dataFile.get());
+            dataFile != nullptr && archive.role == ArchiveRole::cell)
+            return *dataFile;
+    throw CommandFailure(path.string() + ": has no cell archive of the first game");
+}
+
 WQDecodingContext DataSet::decodingContext() const {
-    const auto versionOf = [](const Archive *archive) {
-        const auto *version = archive != nullptr ? archive->dataFile->dataVersion() : nullptr;
-        return version != nullptr ? version->version() : 0;
-    };
-    return {versionOf(archiveWithName("portal"))};
+    const Archive *archive = portal();
+    const auto *version = archive != nullptr ? archive->dataFile->dataVersion() : nullptr;
+    return {version != nullptr ? version->version() : 0};
+}
+
+ZPGorvaneDataFile *DataSetClientData::dataFileWithName(std::string_view name) {
+    const Archive *archive = name == "portal" ? _dataSet.portal() : _dataSet.archiveWithName(name);
+    return archive != nullptr ? archive->dataFile.get() : nullptr;
 }
 
 DataSet openDataSet(const std::filesystem::path &path, const GameRow *game) {

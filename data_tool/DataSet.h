@@ -2,6 +2,7 @@
 
 #include "data_tool/GameTable.h"
 #include "decode/WQDecoderSet.h"
+#include "game/WQDataFile.h"
 
 /// One opened archive of a data set, with its index loaded.
 struct Archive {
@@ -27,11 +28,27 @@ struct DataSet {
     bool isWhole = true;
 
     /// Null when no archive has this name.
-    const Archive *archiveWithName(std::string_view name) const;
+    [[nodiscard]] const Archive *archiveWithName(std::string_view name) const;
+    /// That of the name, else the first of this role, for a copy under a name of its own. Null when
+    /// there is none.
+    [[nodiscard]] const Archive *portal() const;
+    /// Throws CommandFailure when there is no cell archive of the first game.
+    [[nodiscard]] const WQDataFile &cellDataFile() const;
     /// The region record is read differently from some data version on.
-    WQDecodingContext decodingContext() const;
+    [[nodiscard]] WQDecodingContext decodingContext() const;
+};
+
+/// The archives of a data set for records that ask for them. Borrows the set.
+class DataSetClientData : public ZPGorvaneClientData {
+  public:
+    explicit DataSetClientData(const DataSet &dataSet)
+        : ZPGorvaneClientData(dataSet.path), _dataSet(dataSet) {}
+    [[nodiscard]] ZPGorvaneDataFile *dataFileWithName(std::string_view name) override;
+
+  private:
+    const DataSet &_dataSet;
 };
 
 /// Opens the archives at a path, as those of `game` or, for null, of the family that each of them
 /// looks like. Throws CommandFailure when there is none that can be opened.
-DataSet openDataSet(const std::filesystem::path &path, const GameRow *game);
+[[nodiscard]] DataSet openDataSet(const std::filesystem::path &path, const GameRow *game);

@@ -1,7 +1,7 @@
 #include "data_tool/Command.h"
 #include "data_tool/DecoderFolders.h"
-#include "decode/ZPEscapedLine.h"
 #include "io/ZPSystemLog.h"
+#include "io/ZPText.h"
 
 namespace {
 
@@ -27,12 +27,12 @@ int listDecoders(const GlobalOptions &global) {
         decoders.addFolder(folder);
     int status = kFine;
     for (const auto &file : decoders.files()) {
-        const std::string path = ZPEscapedLine(file.path.string());
+        const std::string path = ZPEscapedText(file.path.string());
         if (file.fault.empty()) {
             output.format("%-24s %-28s %s\n", file.description.name.c_str(),
                           recordsOf(file.description).c_str(), path.c_str());
         } else {
-            output.format("%-24s %-28s %s\n", "-", "broken", ZPEscapedLine(file.fault).c_str());
+            output.format("%-24s %-28s %s\n", "-", "broken", ZPEscapedText(file.fault).c_str());
             status = kFoundOrFailed;
         }
     }

@@ -3,7 +3,6 @@
 #include "data_tool/FileSelection.h"
 #include "data_tool/RecordReader.h"
 #include "data_tool/SetDifference.h"
-#include "decode/ZPEscapedLine.h"
 #include "decode/ZPRecordTreeDifference.h"
 #include "game/WQDataFileComparison.h"
 #include "io/ZPSHA1.h"
@@ -144,16 +143,8 @@ std::vector<std::pair<const Archive *, const Archive *>> pairsOf(const DataSet &
     return pairs;
 }
 
-const WQDataFile &cellDataFileOf(const DataSet &dataSet) {
-    for (const Archive &archive : dataSet.archives)
-        if (const auto *dataFile = dynamic_cast<const WQDataFile *>(archive.dataFile.get());
-            dataFile != nullptr && archive.role == ArchiveRole::cell)
-            return *dataFile;
-    throw CommandFailure(dataSet.path.string() + ": has no cell archive of the first game");
-}
-
 int writeLandBlocks(const DataSet &before, const DataSet &after) {
-    WQDataFileComparison comparison(&cellDataFileOf(before), &cellDataFileOf(after));
+    WQDataFileComparison comparison(&before.cellDataFile(), &after.cellDataFile());
     comparison.buildComparison();
     if (ZPError error; !comparison.saveLandBlockSummaryToURL(nullptr, &error))
         throw CommandFailure("standard output: " + error.description());
@@ -166,6 +157,8 @@ int writeLandBlocks(const DataSet &before, const DataSet &after) {
 int diff(Options &options, const GlobalOptions &global) {
     const WQDecoderSet decoders = loadDecoders(global);
     options.selection.prepare(decoders);
+    if (options.asLand && options.selection.isRestricted())
+        throw CommandFailure("--land is of all land blocks and takes no selection", kUsageError);
     const DataSet before = global.openDataSet(options.oldPath);
     const DataSet after = global.openDataSet(options.newPath);
     int status;
@@ -186,13 +179,16 @@ CommandAction addDiffCommand(CLI::App &command) {
     const auto options = std::make_shared<Options>();
     command.add_option("old", options->oldPath, "Older data directory or archive")->required();
     command.add_option("new", options->newPath, "Newer data directory or archive")->required();
-    command.add_option("--format", options->format, "text or tsv")
-        ->check(CLI::IsMember({"text", "tsv"}));
-    command.add_flag("--digests", options->withDigests, "With the SHA-1 of each file");
+    auto *format = command.add_option("--format", options->format, "text or tsv")
+                       ->check(CLI::IsMember({"text", "tsv"}));
+    auto *digests =
+        command.add_flag("--digests", options->withDigests, "With the SHA-1 of each file");
     auto *records = command.add_flag("--records", options->withRecords,
                                      "With the fields that changed, of records with a decoder");
     command.add_flag("--land", options->asLand, "Land blocks instead of files, for cell archives")
-        ->excludes(records);
+        ->excludes(records)
+        ->excludes(digests)
+        ->excludes(format);
     options->selection.addOptions(command);
     return [options](const GlobalOptions &global) { return diff(*options, global); };
 }

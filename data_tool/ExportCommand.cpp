@@ -29,19 +29,17 @@ unsigned landRow(std::uint32_t rasterRow) {
     return kSize - 1 - rasterRow;
 }
 
-void exportHeights(const Options &options) {
+void exportHeights(const DataSet &dataSet, const std::string &file) {
     constexpr float kNoHeight = -9999;
-    const Land land(options.path);
-    const auto &heights = land.neededWorldInfo().actualLandHeights();
-    writeFloatGeoTIFF(options.file, kSize, kSize, kLandPlace, "-9999",
-                      [&](std::uint32_t row, std::span<float> values) {
-                          std::ranges::transform(land.grid().row(landRow(row)), values.begin(),
-                                                 [&](const WQLandPoint &point) {
-                                                     return point.has(WQLandPoint::hasData)
-                                                                ? heights[point.heightIndex]
-                                                                : kNoHeight;
-                                                 });
-                      });
+    const Land land(dataSet);
+    const auto &heights = land.worldInfo().actualLandHeights();
+    writeFloatGeoTIFF(
+        file, kSize, kSize, kLandPlace, "-9999", [&](std::uint32_t row, std::span<float> values) {
+            std::ranges::transform(
+                land.grid().row(landRow(row)), values.begin(), [&](const WQLandPoint &point) {
+                    return point.has(WQLandPoint::hasData) ? heights[point.heightIndex] : kNoHeight;
+                });
+        });
 }
 
 std::string escapedForXML(std::string_view text) {
@@ -70,17 +68,17 @@ void writeCategoryNames(const std::string &path, const std::vector<WQLandInfo> &
         throw CommandFailure(path + ": " + error.failureReason());
 }
 
-void exportTypes(const Options &options) {
+void exportTypes(const DataSet &dataSet, const std::string &file) {
     constexpr std::uint8_t kNoType = 255;
-    const Land land(options.path);
-    const auto &landTypes = land.neededWorldInfo().landTypes();
+    const Land land(dataSet);
+    const auto &landTypes = land.worldInfo().landTypes();
     std::array<RasterColor, 256> colors{};
     for (std::size_t type = 0; type < std::min(landTypes.size(), colors.size()); ++type) {
         const auto byteOf = [](double part) { return static_cast<std::uint8_t>(part * 255 + 0.5); };
         const WQLandInfo::Color &color = landTypes[type].color();
         colors[type] = {byteOf(color.red), byteOf(color.green), byteOf(color.blue)};
     }
-    writeByteGeoTIFF(options.file, kSize, kSize, kLandPlace, "255", colors,
+    writeByteGeoTIFF(file, kSize, kSize, kLandPlace, "255", colors,
                      [&](std::uint32_t row, std::span<std::uint8_t> values) {
                          std::ranges::transform(land.grid().row(landRow(row)), values.begin(),
                                                 [](const WQLandPoint &point) {
@@ -90,11 +88,11 @@ void exportTypes(const Options &options) {
                                                                : kNoType;
                                                 });
                      });
-    writeCategoryNames(options.file + ".aux.xml", landTypes);
+    writeCategoryNames(file + ".aux.xml", landTypes);
 }
 
-void exportRoads(const Options &options) {
-    const Land land(options.path);
+void exportRoads(const DataSet &dataSet, const std::string &file) {
+    const Land land(dataSet);
     GeoJSONWriter writer;
     for (const std::vector<LandPlace> &line : traceRoads(land.grid())) {
         std::vector<Position> positions;
@@ -106,7 +104,7 @@ void exportRoads(const Options &options) {
             writer.beginLine(positions);
         writer.endFeature();
     }
-    writer.writeToPath(options.file);
+    writer.writeToPath(file);
 }
 
 void addBlock(GeoJSONWriter &writer, const WQDataFile &cells, std::uint16_t number) {
@@ -134,46 +132,52 @@ void addBlock(GeoJSONWriter &writer, const WQDataFile &cells, std::uint16_t numb
     writer.endFeature();
 }
 
-void exportBlocks(const Options &options) {
+void exportBlocks(const DataSet &dataSet, const std::string &file) {
     constexpr unsigned kBlocksPerSide = 255;
-    const Land land(options.path);
+    const WQDataFile &cells = dataSet.cellDataFile();
     GeoJSONWriter writer;
     for (unsigned column = 0; column < kBlocksPerSide; ++column)
         for (unsigned row = 0; row < kBlocksPerSide; ++row) {
             const auto number = static_cast<std::uint16_t>(column << 8 | row);
-            if (!land.cellDataFile().fileEntriesByLandBlock(number).empty())
-                addBlock(writer, land.cellDataFile(), number);
+            if (!cells.fileEntriesByLandBlock(number).empty())
+                addBlock(writer, cells, number);
         }
-    writer.writeToPath(options.file);
+    writer.writeToPath(file);
 }
 
-void exportPlaces(const Options &options) {
-    if (!std::filesystem::is_regular_file(options.path))
-        throw CommandFailure(options.path + ": is no plot file");
+void exportPlaces(const std::string &plotFile, const std::string &file) {
+    if (!std::filesystem::is_regular_file(plotFile))
+        throw CommandFailure(plotFile + ": is no plot file");
     GeoJSONWriter writer;
-    for (const WQMapPoint &point : readPlotFile(options.path)) {
+    for (const WQMapPoint &point : readPlotFile(plotFile)) {
         writer.beginPoint({point.coordinate().x, point.coordinate().y});
         writer.property("type", std::string_view(point.type()));
         writer.property("label", std::string_view(point.label()));
         writer.endFeature();
     }
-    writer.writeToPath(options.file);
+    writer.writeToPath(file);
 }
 
+constexpr char kPlaces[] = "places";
+/// What is made of archives.
 constexpr struct {
     const char *name;
-    void (*run)(const Options &);
+    void (*run)(const DataSet &dataSet, const std::string &file);
 } kSubjects[] = {{"heights", &exportHeights},
                  {"types", &exportTypes},
                  {"roads", &exportRoads},
-                 {"blocks", &exportBlocks},
-                 {"places", &exportPlaces}};
+                 {"blocks", &exportBlocks}};
 
-int exportSubject(const Options &options) {
+int exportSubject(const Options &options, const GlobalOptions &global) {
+    if (options.subject == kPlaces) {
+        exportPlaces(options.path, options.file);
+        return kFine;
+    }
+    const DataSet dataSet = global.openDataSet(options.path);
     for (const auto &subject : kSubjects)
         if (options.subject == subject.name)
-            subject.run(options);
-    return kFine;
+            subject.run(dataSet, options.file);
+    return dataSet.isWhole ? kFine : kFoundOrFailed;
 }
 
 } // namespace
@@ -183,6 +187,7 @@ CommandAction addExportCommand(CLI::App &command) {
     std::vector<std::string> names;
     for (const auto &subject : kSubjects)
         names.emplace_back(subject.name);
+    names.emplace_back(kPlaces);
     command.add_option("path", options->path, "Data directory; for places, a plot file")
         ->required();
     command
@@ -192,5 +197,5 @@ CommandAction addExportCommand(CLI::App &command) {
         ->required()
         ->check(CLI::IsMember(names));
     command.add_option("file", options->file, "The file to write")->required();
-    return [options](const GlobalOptions &) { return exportSubject(*options); };
+    return [options](const GlobalOptions &global) { return exportSubject(*options, global); };
 }

@@ -1,5 +1,6 @@
 #include "data_tool/Command.h"
 #include "data_tool/DecoderFolders.h"
+#include "data_tool/DeferredSignals.h"
 #include "data_tool/ExtractFolder.h"
 #include "data_tool/FileSelection.h"
 #include "data_tool/Progress.h"
@@ -33,21 +34,30 @@ class Extraction {
         : _options(options), _decoders(decoders), _folder(options.folder), _workers([&] {
               return Worker{RecordReader(dataSet, decoders), {}};
           }) {
-        for (const Archive &archive : dataSet.archives)
+        for (const Archive &archive : dataSet.archives) {
+            std::map<std::string, std::size_t> unknown;
             for (const ZPGorvaneFileEntry &entry : archive.entries())
                 if (options.selection.includes(archive, entry))
-                    addJob(dataSet, archive, entry);
+                    addJob(dataSet, archive, entry, unknown);
+            for (const auto &[className, count] : unknown) {
+                say(ZPFormat("%s: %zu files, %s: there is no decoder for them",
+                             archive.name.c_str(), count, className.c_str()));
+                _unknownCount += count;
+            }
+        }
     }
 
-    /// The exit status.
+    /// The exit status, unless a signal ends the process.
     int run() {
         constexpr std::size_t kJobsPerTask = 64;
+        const DeferredSignals signals;
         {
             Progress progress("extracting", _jobs.size());
             tbb::parallel_for(tbb::blocked_range<std::size_t>(0, _jobs.size(), kJobsPerTask),
                               [&](const auto &range) {
                                   Worker &worker = _workers.local();
-                                  for (std::size_t job = range.begin(); job < range.end(); ++job)
+                                  for (std::size_t job = range.begin();
+                                       job < range.end() && !DeferredSignals::received(); ++job)
                                       doJob(worker, _jobs[job]);
                                   progress.add(range.size());
                               });
@@ -55,9 +65,14 @@ class Extraction {
         std::ranges::sort(_faults);
         for (const auto &[place, text] : _faults)
             say(text);
-        say(ZPFormat("%zu files written, %zu were there, %zu failed", _written.load(),
-                     _skipped.load(), _faults.size()));
-        return _faults.empty() ? kFine : kFoundOrFailed;
+        std::string line =
+            ZPFormat("%zu files written, %zu were there, %zu failed", _written.load(),
+                     _skipped.load(), _faults.size() + _unknownCount);
+        const std::size_t done = _written + _skipped + _faults.size();
+        if (DeferredSignals::received() != 0)
+            line += ZPFormat("; interrupted, %zu were still to come", _jobs.size() - done);
+        say(line);
+        return _faults.empty() && _unknownCount == 0 ? kFine : kFoundOrFailed;
     }
 
   private:
@@ -66,13 +81,22 @@ class Extraction {
         ZPData scratch;
     };
 
-    void addJob(const DataSet &dataSet, const Archive &archive, const ZPGorvaneFileEntry &entry) {
+    bool isRaw() const { return !_options.asText && !_options.asJSON; }
+
+    /// `unknown` counts the files that nobody can decode, by class.
+    void addJob(const DataSet &dataSet, const Archive &archive, const ZPGorvaneFileEntry &entry,
+                std::map<std::string, std::size_t> &unknown) {
         const WQRecordKind kind = archive.kindOf(entry.identifier);
+        const auto file = _decoders.fileFor(kind);
         std::string className(_decoders.nameOf(kind));
         if (className.empty())
             className = kind.type ? ZPFormat("type_%02x", *kind.type) : "files";
+        if (!isRaw() && !file && _decoders.rowFor(kind) == nullptr) {
+            ++unknown[className];
+            return;
+        }
         std::string_view extension = _options.asText ? "txt" : _options.asJSON ? "json" : "bin";
-        if (const auto file = _decoders.fileFor(kind); file && extension == "bin")
+        if (isRaw() && file)
             if (const auto &own = _decoders.files()[*file].description.extension; !own.empty())
                 extension = own;
         const int folder = _folder.folder(dataSet.isDirectory ? archive.name : "", className);
@@ -82,9 +106,9 @@ class Extraction {
     void doJob(Worker &worker, const Job &job) {
         const ZPGorvaneFileEntry &entry = *job.entry;
         const std::string name = ZPFormat("%08x.", entry.identifier) + std::string(job.extension);
-        const bool isRaw = !_options.asText && !_options.asJSON;
-        const auto knownSize = isRaw ? std::optional<std::uint64_t>(entry.fileSize) : std::nullopt;
-        if (!_options.again && ExtractFolder::hasFile(job.folder, name, entry.mtime, knownSize)) {
+        // Decoding is what takes time; bytes are at hand, and held against the file's size.
+        if (!isRaw() && !_options.again &&
+            ExtractFolder::hasFile(job.folder, name, entry.mtime, std::nullopt)) {
             ++_skipped;
             return;
         }
@@ -94,21 +118,20 @@ class Extraction {
         if (!bytes)
             return fail(job, error.failureReason());
         std::string text;
-        if (!isRaw) {
+        if (!isRaw()) {
             const auto result = worker.reader.decode(*job.archive, entry.identifier, *bytes);
-            if (!result)
-                return fail(job, "there is no decoder for it");
             if (result->fault)
                 return fail(job, faultText(*result));
             text = _options.asText ? worker.reader.text(*job.archive, entry.identifier, *bytes)
                                    : worker.reader.json();
         }
-        const auto contents = isRaw ? *bytes : std::as_bytes(std::span(text));
-        if (const std::string fault =
-                ExtractFolder::writeFile(job.folder, name, contents, entry.mtime);
-            !fault.empty())
-            return fail(job, name + ": " + fault);
-        ++_written;
+        const auto contents = isRaw() ? *bytes : std::as_bytes(std::span(text));
+        switch (ExtractFolder::writeFile(job.folder, name, contents, entry.mtime,
+                                         _options.again || !isRaw(), &error)) {
+        case ExtractFolder::Outcome::written: ++_written; return;
+        case ExtractFolder::Outcome::wasThere: ++_skipped; return;
+        case ExtractFolder::Outcome::failed: fail(job, name + ": " + error.failureReason());
+        }
     }
 
     void fail(const Job &job, const std::string &reason) {
@@ -122,6 +145,7 @@ class Extraction {
     const WQDecoderSet &_decoders;
     ExtractFolder _folder;
     std::vector<Job> _jobs;
+    std::size_t _unknownCount = 0;
     tbb::enumerable_thread_specific<Worker> _workers;
     std::atomic<std::size_t> _written = 0, _skipped = 0;
     std::mutex _lock;

@@ -1,7 +1,6 @@
 #include "data_tool/ExtractFolder.h"
 
 #include "data_tool/Failure.h"
-#include "io/ZPError.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -10,8 +9,8 @@
 
 namespace {
 
-std::string systemWords() {
-    return ZPError::posix(errno).failureReason();
+int createFile(int folder, const char *name) {
+    return openat(folder, name, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
 }
 
 bool writeAll(int descriptor, std::span<const std::byte> bytes) {
@@ -24,49 +23,47 @@ bool writeAll(int descriptor, std::span<const std::byte> bytes) {
     return true;
 }
 
-} // namespace
-
-ExtractFolder::ExtractFolder(const std::filesystem::path &path) : _path(path) {
-    std::error_code fault;
-    std::filesystem::create_directories(path, fault);
-    _root = ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (_root < 0)
-        throw CommandFailure(path.string() + ": " + systemWords());
+bool setDate(int descriptor, std::uint32_t mtime) {
+    const timespec dates[] = {{0, UTIME_OMIT}, {static_cast<time_t>(mtime), 0}};
+    return mtime == 0 || futimens(descriptor, dates) == 0;
 }
+
+} // namespace
 
 ExtractFolder::~ExtractFolder() {
     for (const auto &[name, descriptor] : _folders)
         close(descriptor);
-    close(_root);
 }
 
 int ExtractFolder::openFolder(int parent, const std::string &name) {
-    if (mkdirat(parent, name.c_str(), 0777) != 0 && errno != EEXIST)
-        throw CommandFailure((_path / name).string() + ": " + systemWords());
-    const int descriptor =
-        openat(parent, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    if (descriptor < 0)
-        throw CommandFailure((_path / name).string() + ": " + systemWords());
-    return descriptor;
+    if (mkdirat(parent, name.c_str(), 0777) == 0 || errno == EEXIST) {
+        const int descriptor =
+            openat(parent, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+        if (descriptor >= 0)
+            return descriptor;
+    }
+    throw CommandFailure((_path / name).string() + ": " + ZPError::posix(errno).failureReason());
 }
 
 int ExtractFolder::folder(const std::string &archive, const std::string &className) {
-    int parent = _root;
+    if (_folders.empty()) {
+        std::error_code fault;
+        std::filesystem::create_directories(_path, fault);
+        const int root = ::open(_path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        if (root < 0)
+            throw CommandFailure(_path.string() + ": " + ZPError::posix(errno).failureReason());
+        _folders.emplace("", root);
+    }
+    int parent = _folders.at("");
     std::string path;
     for (const std::string &name : {archive, className}) {
         if (name.empty())
             continue;
         path += "/" + name;
-        const auto [place, isNew] = _folders.try_emplace(path, -1);
-        if (isNew) {
-            try {
-                place->second = openFolder(parent, name);
-            } catch (const CommandFailure &) {
-                _folders.erase(place);
-                throw;
-            }
-        }
-        parent = place->second;
+        const auto found = _folders.find(path);
+        parent = found != _folders.end()
+                     ? found->second
+                     : _folders.emplace(path, openFolder(parent, name)).first->second;
     }
     return parent;
 }
@@ -79,26 +76,29 @@ bool ExtractFolder::hasFile(int folder, const std::string &name, std::uint32_t m
            (!size || static_cast<std::uint64_t>(file.st_size) == *size);
 }
 
-std::string ExtractFolder::writeFile(int folder, const std::string &name,
-                                     std::span<const std::byte> bytes, std::uint32_t mtime) {
-    const std::string partName = name + ".part";
-    const int descriptor = openat(folder, partName.c_str(),
-                                  O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0666);
-    if (descriptor < 0)
-        return systemWords();
-    const timespec date{static_cast<time_t>(mtime), 0};
-    const timespec dates[] = {date, date};
-    bool isWritten =
-        writeAll(descriptor, bytes) && (mtime == 0 || futimens(descriptor, dates) == 0);
-    std::string fault = isWritten ? std::string() : systemWords();
-    if (close(descriptor) != 0 && isWritten) {
-        isWritten = false;
-        fault = systemWords();
+ExtractFolder::Outcome ExtractFolder::writeFile(int folder, const std::string &name,
+                                                std::span<const std::byte> bytes,
+                                                std::uint32_t mtime, bool again, ZPError *error) {
+    int descriptor = createFile(folder, name.c_str());
+    if (descriptor < 0 && errno == EEXIST) {
+        if (!again && hasFile(folder, name, mtime, bytes.size()))
+            return Outcome::wasThere;
+        // A new file instead of new contents: the old one may have a second name elsewhere.
+        if (unlinkat(folder, name.c_str(), 0) == 0)
+            descriptor = createFile(folder, name.c_str());
     }
-    if (isWritten && renameat(folder, partName.c_str(), folder, name.c_str()) == 0)
-        return {};
+    const bool isOpen = descriptor >= 0;
+    bool isWritten = isOpen && writeAll(descriptor, bytes) && setDate(descriptor, mtime);
+    int fault = errno;
+    if (isOpen && close(descriptor) != 0 && isWritten) {
+        isWritten = false;
+        fault = errno;
+    }
     if (isWritten)
-        fault = systemWords();
-    unlinkat(folder, partName.c_str(), 0);
-    return fault;
+        return Outcome::written;
+    if (isOpen)
+        unlinkat(folder, name.c_str(), 0);
+    if (error != nullptr)
+        *error = ZPError::posix(fault);
+    return Outcome::failed;
 }

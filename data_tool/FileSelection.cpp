@@ -144,9 +144,10 @@ void FileSelection::readIdentifiers() {
     readIdentifierLines(file);
 }
 
-/// Lines of identifiers, or the TSV of `list` and `diff`, whose first two columns are identifier
-/// and archive.
+/// Lines of identifiers, or the TSV of `list`, `diff` and `check`, whose first two columns are
+/// identifier and archive: without its header too, and in any order, as `grep` and `sort` leave it.
 void FileSelection::readIdentifierLines(std::istream &lines) {
+    constexpr std::size_t kFewestColumns = 6;
     bool hasArchives = false;
     std::string line;
     for (unsigned number = 1; std::getline(lines, line); ++number) {
@@ -155,7 +156,7 @@ void FileSelection::readIdentifierLines(std::istream &lines) {
         const auto fields = ZPSplitText(line, '\t');
         if (fields[0].empty())
             continue;
-        if (number == 1 && fields[0] == "identifier") {
+        if (fields[0] == "identifier") {
             hasArchives = fields.size() > 1 && fields[1] == "archive";
             continue;
         }
@@ -164,7 +165,8 @@ void FileSelection::readIdentifierLines(std::istream &lines) {
             throw CommandFailure(ZPFormat("%s:%u: '%s' does not begin with an identifier",
                                           _listPath.c_str(), number, line.c_str()),
                                  kUsageError);
-        const bool hasArchive = hasArchives && fields.size() > 1;
+        const bool hasArchive =
+            fields.size() >= kFewestColumns || (hasArchives && fields.size() > 1);
         _listed->insert({*identifier, std::string(hasArchive ? fields[1] : "")});
     }
 }

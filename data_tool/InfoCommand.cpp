@@ -1,8 +1,8 @@
 #include "data_tool/Command.h"
 #include "data_tool/DecoderFolders.h"
 #include "data_tool/Land.h"
-#include "decode/ZPEscapedLine.h"
 #include "io/ZPSystemLog.h"
+#include "io/ZPText.h"
 
 #include <algorithm>
 #include <map>
@@ -20,7 +20,7 @@ class InfoWriter {
 
     void write(const Archive &archive) {
         const ZPGorvaneBlockStorage &storage = archive.storage();
-        _output.format("%s\n", ZPEscapedLine(archive.dataFile->path().string()).c_str());
+        _output.format("%s\n", ZPEscapedText(archive.dataFile->path().string()).c_str());
         line("family", ZPFormat("%s (%s), header version %u", archive.game->key,
                                 ZPGorvaneGameDisplayName(archive.game->game), storage.version()));
         line("content type",
@@ -84,7 +84,7 @@ int info(const std::string &path, const GlobalOptions &global) {
         writer.write(archive);
     const Archive *cells = dataSet.archiveWithName("cell");
     if (dataSet.isDirectory && cells != nullptr && cells->game->game == ZPGorvaneGame::first)
-        if (const auto range = Land(path).heightRange())
+        if (const auto range = Land(dataSet).heightRange())
             writer.writeHeights(*range);
     writer.finish();
     return dataSet.isWhole ? kFine : kFoundOrFailed;

@@ -5,19 +5,22 @@
 
 #include <algorithm>
 
-Land::Land(const std::filesystem::path &directory)
-    : _clientData(directory), _grid(WQLandGrid::allocate()) {
-    if (cellDataFile().blockStorage() == nullptr)
-        throw CommandFailure(directory.string() + ": has no cell archive of the first game");
+Land::Land(const DataSet &dataSet) : _clientData(dataSet), _grid(WQLandGrid::allocate()) {
     if (_grid == nullptr)
         throw std::bad_alloc();
-    cellDataFile().loadFileEntriesIfNecessary();
-    WQFillLandGrid(*_grid, cellDataFile(), nullptr);
-    _worldInfo = _clientData.worldInfo();
+    WQFillLandGrid(*_grid, dataSet.cellDataFile(), nullptr);
+    const Archive *portal = dataSet.portal();
+    const auto *entry =
+        portal != nullptr ? portal->entries().find(kWQWorldInfoIdentifier) : nullptr;
+    if (entry == nullptr)
+        return;
+    ZPData scratch;
+    if (const auto bytes = portal->dataFile->readBytesForFileEntry(*entry, scratch))
+        _worldInfo = ZPRecordWithData<WQWorldInfo>(*bytes, &_clientData);
 }
 
-const WQWorldInfo &Land::neededWorldInfo() const {
-    if (_worldInfo == nullptr)
+const WQWorldInfo &Land::worldInfo() const {
+    if (!_worldInfo)
         throw CommandFailure(_clientData.basePath().string() +
                              ": has no region record, which tells the real heights and the names "
                              "of the land types");
@@ -30,7 +33,7 @@ std::optional<std::pair<float, float>> Land::heightRange() const {
         for (const WQLandPoint &point : _grid->row(row))
             isUsed[point.heightIndex] |= point.has(WQLandPoint::hasData);
     std::optional<std::pair<float, float>> range;
-    for (std::size_t index = 0; _worldInfo != nullptr && index < isUsed.size(); ++index) {
+    for (std::size_t index = 0; _worldInfo && index < isUsed.size(); ++index) {
         if (!isUsed[index])
             continue;
         const float height = _worldInfo->actualLandHeights()[index];

@@ -1,25 +1,22 @@
 #pragma once
 
-#include "game/WQClientData.h"
+#include "data_tool/DataSet.h"
 #include "game/WQMapCoordinate.h"
+#include "game/WQWorldInfo.h"
 #include "map/land/WQLandGrid.h"
 
-/// The land of a data directory with its real heights.
+/// The land of a data set with its real heights. Borrows the set.
 class Land {
   public:
-    /// Opens the archives and reads every land block. Throws CommandFailure when there is no cell
-    /// archive.
-    explicit Land(const std::filesystem::path &directory);
+    /// Reads every land block. Throws CommandFailure when there is no cell archive.
+    explicit Land(const DataSet &dataSet);
 
     const WQLandGrid &grid() const { return *_grid; }
-    /// Null without a region record.
-    const WQWorldInfo *worldInfo() const { return _worldInfo; }
-    WQDataFile &cellDataFile() const { return *_clientData.cellDataFile(); }
-    /// Throws CommandFailure when there is none.
-    const WQWorldInfo &neededWorldInfo() const;
+    /// The region record. Throws CommandFailure when there is none.
+    [[nodiscard]] const WQWorldInfo &worldInfo() const;
 
-    /// Of the points with data; none without points or without real heights.
-    std::optional<std::pair<float, float>> heightRange() const;
+    /// Of the points with data; none without points or without a region record.
+    [[nodiscard]] std::optional<std::pair<float, float>> heightRange() const;
 
     // Map coordinates of the land points.
     static constexpr double kWest = -kWQMapEdge, kSouth = -kWQMapEdge, kPointsPerUnit = 10;
@@ -27,7 +24,7 @@ class Land {
     static constexpr double yOf(unsigned row) { return kSouth + row / kPointsPerUnit; }
 
   private:
-    WQClientData _clientData;
-    const WQWorldInfo *_worldInfo = nullptr;
+    DataSetClientData _clientData;
+    std::optional<WQWorldInfo> _worldInfo;
     std::unique_ptr<WQLandGrid> _grid;
 };

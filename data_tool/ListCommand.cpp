@@ -1,7 +1,6 @@
 #include "data_tool/Command.h"
 #include "data_tool/DecoderFolders.h"
 #include "data_tool/FileSelection.h"
-#include "decode/ZPEscapedLine.h"
 #include "io/ZPSystemLog.h"
 #include "io/ZPText.h"
 
@@ -46,7 +45,7 @@ class FileList {
             line += ZPFormat("%08x ", entry.version);
         appendIdentifier(line, entry.fileOffset);
         if (_dataSet.archives.size() > 1)
-            line.append(" ").append(ZPEscapedLine(row.archive->name));
+            line.append(" ").append(ZPEscapedText(row.archive->name));
         line += '\n';
         _output.write({});
     }

@@ -1,9 +1,9 @@
 #include "data_tool/Output.h"
 
 #include "data_tool/Failure.h"
-#include "decode/ZPEscapedLine.h"
 #include "io/ZPError.h"
 #include "io/ZPSystemLog.h"
+#include "io/ZPText.h"
 
 #include <cerrno>
 #include <charconv>
@@ -13,7 +13,7 @@
 #include <unistd.h>
 
 void say(const std::string &text) {
-    const std::string line = "plotterra-data: " + ZPEscapedLine(text) + "\n";
+    const std::string line = "plotterra-data: " + ZPEscapedText(text) + "\n";
     // There is nobody to tell when this fails.
     [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, line.data(), line.size());
 }

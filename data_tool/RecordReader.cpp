@@ -2,7 +2,7 @@
 
 #include "decode/ZPRecordTreeJSON.h"
 #include "decode/ZPRecordTreeText.h"
-#include "game/WQClientData.h"
+#include "game/WQRecordClass.h"
 #include "io/ZPSystemLog.h"
 
 std::string RecordReader::text(const Archive &archive, std::uint32_t identifier,
@@ -14,9 +14,7 @@ std::string RecordReader::text(const Archive &archive, std::uint32_t identifier,
                           : WQRecordClassForPortalIdentifier(identifier);
     if (recordClass == nullptr || !recordClass->isDecoded)
         return ZPRecordTreeText(_tree, false);
-    if (_clientData == nullptr)
-        _clientData = std::make_unique<WQClientData>(archive.dataFile->path().parent_path());
-    const auto record = recordClass->newRecord(bytes, _clientData.get());
+    const auto record = recordClass->newRecord(bytes, &_clientData);
     return record != nullptr ? record->dumpText() : std::string();
 }
 

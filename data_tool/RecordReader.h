@@ -9,7 +9,7 @@ class RecordReader {
   public:
     /// Borrows both.
     RecordReader(const DataSet &dataSet, const WQDecoderSet &decoders)
-        : _dataSet(dataSet), _decoders(decoders, dataSet.decodingContext()) {}
+        : _clientData(dataSet), _decoders(decoders, dataSet.decodingContext()) {}
 
     /// None where nobody knows the file's format. The tree is that of the last file.
     std::optional<ZPDecodingResult> decode(const Archive &archive, std::uint32_t identifier,
@@ -29,11 +29,9 @@ class RecordReader {
     std::string json() const;
 
   private:
-    const DataSet &_dataSet;
+    DataSetClientData _clientData;
     WQDecoders _decoders;
     ZPRecordTree _tree;
-    /// For classes that ask for the data set's version; made when the first is met.
-    std::unique_ptr<ZPGorvaneClientData> _clientData;
 };
 
 /// What is wrong with a record that was decoded, and where; empty when nothing is.

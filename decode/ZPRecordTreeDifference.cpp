@@ -1,8 +1,8 @@
 #include "decode/ZPRecordTreeDifference.h"
 
-#include "decode/ZPEscapedLine.h"
 #include "decode/ZPRecordTreeText.h"
 #include "io/ZPSystemLog.h"
+#include "io/ZPText.h"
 
 #include <algorithm>
 #include <map>
@@ -51,7 +51,7 @@ class Comparer {
 
   private:
     static std::string join(const std::string &path, std::string_view name) {
-        return (path.empty() ? path : path + ".") + ZPEscapedLine(name);
+        return (path.empty() ? path : path + ".") + ZPEscapedText(name);
     }
 
     void compareValues(const std::string &path, std::uint32_t before, std::uint32_t after) {

@@ -1,9 +1,9 @@
 #include "decode/ZPRecordTreeText.h"
 
-#include "decode/ZPEscapedLine.h"
 #include "io/ZPExtensions.h"
 #include "io/ZPLogger.h"
 #include "io/ZPSystemLog.h"
+#include "io/ZPText.h"
 
 #include <algorithm>
 #include <charconv>
@@ -44,7 +44,7 @@ std::string valueNames(const ZPRecordTree &tree, const ZPRecordValue &value) {
         return names;
     for (std::size_t at = 0; (at = names.find('\n', at)) != std::string::npos;)
         names.replace(at, 1, ", ");
-    return ZPFormat(" (%s)", ZPEscapedLine(names).c_str());
+    return ZPFormat(" (%s)", ZPEscapedText(names).c_str());
 }
 
 std::size_t countOfValues(const ZPRecordTree &tree, const ZPRecordValue &container) {
@@ -66,7 +66,7 @@ class TextWriter {
             const ZPRecordValue &value = _tree[place];
             std::string label = isList ? ZPFormat("[%zu]", index) : std::string();
             if (const auto name = _tree.name(value); !name.empty())
-                label.append(isList ? " " : "").append(ZPEscapedLine(name));
+                label.append(isList ? " " : "").append(ZPEscapedText(name));
             writeLine(value, label.append(": ").append(ZPRecordValueText(_tree, value)));
             if (!value.isContainer())
                 continue;
@@ -110,7 +110,7 @@ std::string ZPRecordValueText(const ZPRecordTree &tree, const ZPRecordValue &val
     case Kind::bits: return bitsText(value) + valueNames(tree, value);
     case Kind::identifier: return ZPFormat("%08x", static_cast<unsigned>(value.number));
     case Kind::reference: return ZPFormat("-> %08x", static_cast<unsigned>(value.number));
-    case Kind::text: return ZPFormat("\"%s\"", ZPEscapedLine(tree.text(value)).c_str());
+    case Kind::text: return ZPFormat("\"%s\"", ZPEscapedText(tree.text(value)).c_str());
     case Kind::bytes: {
         const std::string_view bytes = tree.text(value);
         return ZPHexString(std::as_bytes(std::span(bytes.data(), bytes.size())));

@@ -155,7 +155,7 @@ bool WQMapCoordinateFromString(std::string_view text, WQMapLocation *outPoint) {
     const char *missing = scanLocation(text, location);
     const bool success = missing == nullptr;
     if (!success) {
-        const std::string shown = ZPEscapedText(text);
+        const std::string shown = ZPEscapedText(text, "\\");
         ZPLog("Failed to scan %s map coordinate: '%s'", missing, shown.c_str());
         ZPLog("%s => %s", shown.c_str(), ZPStringFromPoint(location.x, location.y).c_str());
     }

@@ -27,12 +27,14 @@ std::string timeAndProcess() {
 }
 
 /// A whole line of text that may come from a file: a terminal takes no commands from it, and no
-/// text fills the disk. The program's own texts have line ends and tabs.
+/// text fills the disk. The program's own texts have line ends and tabs,
+/// and what was escaped before has backslashes.
 std::string printable(const std::string &text) {
     constexpr std::size_t kLongestLine = 1 << 16;
+    constexpr char kAllowed[] = "\n\t\\";
     if (text.size() <= kLongestLine)
-        return ZPEscapedText(text, "\n\t") + "\n";
-    return ZPEscapedText(std::string_view(text).substr(0, kLongestLine), "\n\t") +
+        return ZPEscapedText(text, kAllowed) + "\n";
+    return ZPEscapedText(std::string_view(text).substr(0, kLongestLine), kAllowed) +
            ZPFormat("... and %zu bytes more\n", text.size() - kLongestLine);
 }
 

@@ -67,6 +67,33 @@ std::optional<char32_t> nextUTF8(std::string_view &text) {
     return character;
 }
 
+/// Of these a terminal takes commands, or shows what follows in another place.
+bool isHarmful(char32_t character) {
+    const auto isWithin = [=](char32_t first, char32_t last) {
+        return character >= first && character <= last;
+    };
+    return character < 0x20 || isWithin(0x7F, 0x9F) || isWithin(0x200E, 0x200F) ||
+           isWithin(0x2028, 0x202E) || isWithin(0x2066, 0x2069);
+}
+
+/// What follows the backslash for a character that is often escaped, 0 for any other.
+char escapeLetter(char32_t character) {
+    switch (character) {
+    case '\n': return 'n';
+    case '\t': return 't';
+    case '\\': return '\\';
+    default: return 0;
+    }
+}
+
+void appendHexadecimal(std::string &text, char32_t number, int fewestDigits) {
+    int digits = fewestDigits;
+    while (digits < 8 && number >> (4 * digits) != 0)
+        ++digits;
+    while (digits-- > 0)
+        text += "0123456789abcdef"[number >> (4 * digits) & 15];
+}
+
 } // namespace
 
 std::string ZPStringFromWindows1252(std::span<const std::byte> bytes) {
@@ -129,22 +156,26 @@ std::u16string ZPUTF16FromString(std::string_view text) {
 }
 
 std::string ZPEscapedText(std::string_view text, std::string_view allowed) {
-    static constexpr char kDigits[] = "0123456789abcdef";
+    const auto isPlain = [](char byte) { return byte >= 0x20 && byte < 0x7F && byte != '\\'; };
+    if (std::ranges::all_of(text, isPlain))
+        return std::string(text);
     std::string escaped;
     escaped.reserve(text.size());
     while (!text.empty()) {
         const std::string_view rest = text;
         const std::optional<char32_t> character = nextUTF8(text);
         const std::string_view bytes = rest.substr(0, rest.size() - text.size());
-        const bool isControl =
-            character && (*character < 0x20 || (*character >= 0x7F && *character < 0xA0));
-        if (character && (!isControl || allowed.find(bytes) != allowed.npos)) {
+        if (!character) {
+            for (const char byte : bytes)
+                appendHexadecimal(escaped.append("\\x"), static_cast<unsigned char>(byte), 2);
+        } else if ((!isHarmful(*character) && *character != '\\') ||
+                   allowed.find(bytes) != allowed.npos) {
             escaped += bytes;
-            continue;
-        }
-        for (const char byte : bytes) {
-            const auto code = static_cast<unsigned char>(byte);
-            escaped.append("\\x").append({kDigits[code >> 4], kDigits[code & 15]});
+        } else if (const char letter = escapeLetter(*character)) {
+            escaped.append(1, '\\').append(1, letter);
+        } else {
+            appendHexadecimal(escaped.append("\\u{"), *character, 2);
+            escaped += '}';
         }
     }
     return escaped;

@@ -3,6 +3,8 @@
 #include "tests/ProgramRun.h"
 #include "tests/TestSupport.h"
 
+#include <csignal>
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
@@ -141,6 +143,15 @@ TEST_F(DataCommands, OneCommandFeedsTheNext) {
     EXPECT_EQ(run.status, 0) << run.log;
     EXPECT_THAT(textOfFile(folder + "/local/Trader/41000001.json"),
                 AllOf(HasSubstr("\"township\":\"0x40000001\""), EndsWith("}\n")));
+    EXPECT_FALSE(std::filesystem::exists(folder + "/portal"));
+    // Every archive has a file of this identifier; the list tells which is meant, with its header
+    // and without it.
+    for (const char *filter : {"cat", "grep cell", "cut -f 1,2"}) {
+        const ProgramRun one = shell("$DATA list --id ffff0001 --format tsv " + kWorld +
+                                     " | grep 'identifier\\|cell' | " + filter +
+                                     " | $DATA list --ids-from - " + kWorld);
+        EXPECT_THAT(one.output, testing::MatchesRegex("0xffff0001 WQVersion .* cell\n")) << filter;
+    }
     // A reader that goes away ends it quietly.
     const ProgramRun broken = shell("$DATA list " + kWorld + " | head -1; echo ${PIPESTATUS[0]}");
     EXPECT_EQ(broken.log, "");
@@ -161,9 +172,24 @@ TEST_F(DataCommands, ExtractsWhatHashesLikeTheDigests) {
     ASSERT_EQ(stat(image.c_str(), &file), 0);
     EXPECT_EQ(file.st_mtime, 1000000000);
 
-    // An interrupted run leaves a file without its date, or without its name.
-    std::ofstream(image) << "half";
-    std::ofstream(folder + "/WQPalette/04000001.bin.part") << "ha";
+    // What has not both the right size and date is written anew, and never through a link.
+    const std::string outer = _folder / "outer", palette = folder + "/WQPalette/04000001.bin";
+    const auto setDate = [](const std::string &changed, time_t date) {
+        const timespec dates[] = {{date, 0}, {date, 0}};
+        ASSERT_EQ(utimensat(AT_FDCWD, changed.c_str(), dates, 0), 0);
+    };
+    std::ofstream(outer) << "kept";
+    std::filesystem::remove(image);
+    std::filesystem::create_hard_link(outer, image);
+    std::filesystem::remove(palette);
+    std::filesystem::create_symlink(outer, palette);
+    setDate(folder + "/type_13/13000003.bin", 1000000001);
+    run = data({"extract", path, folder});
+    EXPECT_THAT(run.log, HasSubstr("3 files written, 0 were there, 1 failed"));
+    EXPECT_EQ(textOfFile(outer), "kept");
+    EXPECT_EQ(textOfFile(palette).size(), 6u);
+    std::ofstream(palette) << "half";
+    setDate(palette, 1000000000);
     run = data({"extract", path, folder});
     EXPECT_THAT(run.log, HasSubstr("1 files written, 2 were there, 1 failed"));
     const std::string text = textOfFile(image);
@@ -184,6 +210,27 @@ TEST_F(DataCommands, ExtractsWhatHashesLikeTheDigests) {
     std::filesystem::create_directory_symlink(_folder / "elsewhere", folder + "/WQImage");
     EXPECT_EQ(data({"extract", path, folder}).status, 1);
     EXPECT_TRUE(std::filesystem::is_empty(_folder / "elsewhere"));
+}
+
+TEST_F(DataCommands, AnInterruptedExtractionGoesOn) {
+    const std::string folder = _folder / "out",
+                      extract = "$DATA extract --type WQDungeonBlock " + kWorld + " " + folder;
+    const auto numberBefore = [](const std::string &text, const char *words) {
+        const std::size_t end = text.find(words), start = text.rfind(' ', end - 1);
+        return end != std::string::npos ? std::stoul(text.substr(start)) : 0;
+    };
+    const ProgramRun first = shell(extract + " & until compgen -G '" + folder +
+                                   "/cell/*/*'; do :; done; kill -TERM $!; wait $!");
+    EXPECT_EQ(first.status, 128 + SIGTERM);
+    EXPECT_THAT(first.log, testing::ContainsRegex("; interrupted, [1-9][0-9]* were still to come"));
+    const ProgramRun second = shell(extract);
+    EXPECT_EQ(second.status, 0);
+    EXPECT_EQ(numberBefore(second.log, " were there"), numberBefore(first.log, " files written"));
+    EXPECT_EQ(numberBefore(second.log, " files written"),
+              numberBefore(first.log, " were still to come"));
+    // A caller that ignores a signal has its way.
+    EXPECT_EQ(
+        shell("trap '' HUP; " + extract + " --again & sleep 0.1; kill -HUP $!; wait $!").status, 0);
 }
 
 TEST_F(DataCommands, ShowsRecordsDecoded) {
@@ -216,6 +263,7 @@ TEST_F(DataCommands, TellsWhatChangedInRecords) {
     EXPECT_THAT(run.output, testing::ContainsRegex("    wares.0..price: [0-9]+ => [0-9]+\n"));
     EXPECT_THAT(run.output, Not(HasSubstr("greeting")));
     const ProgramRun land = data({"diff", "--land", kOlderWorld, kWorld});
+    EXPECT_EQ(data({"diff", "--land", "--type", "41", kOlderWorld, kWorld}).status, 2);
     EXPECT_THAT(land.output,
                 AllOf(testing::StartsWith("added: "), HasSubstr("Changed land blocks:\n")));
 }

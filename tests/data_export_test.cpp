@@ -38,8 +38,9 @@ class DataExport : public testing::Test {
 
 TEST_F(DataExport, HeightsLieWhereTheyAre) {
     shell("$DATA export $WORLD heights h.tif && $DATA export $WORLD types t.tif");
-    const Land land(kWorld);
-    const auto &heights = land.neededWorldInfo().actualLandHeights();
+    const DataSet dataSet = openDataSet(kWorld, nullptr);
+    const Land land(dataSet);
+    const auto &heights = land.worldInfo().actualLandHeights();
     // Points far from each other and from every symmetry; the coordinates are in map units.
     for (const auto &[column, row] : {std::pair{700u, 1200u}, std::pair{1500u, 900u},
                                       std::pair{1000u, 1700u}, std::pair{300u, 333u}}) {

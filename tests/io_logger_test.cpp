@@ -97,12 +97,13 @@ TEST(Logger, NamesTheReadThatADumpEndsIn) {
 
 TEST(SystemLog, EscapesWhatATerminalWouldObey) {
     const std::pair<std::string_view, const char *> cases[] = {
-        {"tab\tline\n é 😀", "tab\\x09line\\x0a é 😀"},
-        {std::string_view("a\0b", 3), "a\\x00b"},
-        {"\x1b[31mred\x7f", "\\x1b[31mred\\x7f"},
-        {"\xc2\x9b"
-         "31m",
-         "\\xc2\\x9b31m"}, // the C1 form of the same command
+        {"tab\tline\n é 😀 \\n", "tab\\tline\\n é 😀 \\\\n"},
+        {std::string_view("a\0b", 3), "a\\u{00}b"},
+        {"\x1b[31mred\x7f", "\\u{1b}[31mred\\u{7f}"},
+        // The C1 form of the same command, and a letter beside it.
+        {"\u009b31m \u00a0", "\\u{9b}31m \u00a0"},
+        // What would turn the text round, and a character beside it.
+        {"a\u202ecod.exe \u202f", "a\\u{202e}cod.exe \u202f"},
         {"\xe9t\xe9 \xe2\x82", "\\xe9t\\xe9 \\xe2\\x82"}};
     for (const auto &[text, escaped] : cases)
         EXPECT_EQ(ZPEscapedText(text), escaped);
@@ -112,7 +113,7 @@ TEST(SystemLog, EscapesWhatATerminalWouldObey) {
         ZPLog("%s", text.c_str());
         return captured.take();
     };
-    EXPECT_TRUE(logged("a\x1b]0;b\x07\nc\td").ends_with("] a\\x1b]0;b\\x07\nc\td\n"));
+    EXPECT_TRUE(logged("a\x1b]0;b\x07\nc\t\\d").ends_with("] a\\u{1b}]0;b\\u{07}\nc\t\\d\n"));
     EXPECT_TRUE(logged(std::string(70000, 'x')).ends_with("xxx... and 4464 bytes more\n"));
 }
 

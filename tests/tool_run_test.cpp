@@ -278,7 +278,7 @@ TEST_F(PlotterraRun, ReadsLargePlotFilesInLittleMemoryAndFewWords) {
     const ProgramRun result = run({"--plot", out("plot.txt"), kWorld, out("map")});
     EXPECT_LT(result.peakMemory, 160 * 1024);
     const auto lines = result.logLines();
-    EXPECT_EQ(std::ranges::count(lines, "\\x1b[1mnowhere => {0, 0}"), 100);
+    EXPECT_EQ(std::ranges::count(lines, "\\u{1b}[1mnowhere => {0, 0}"), 100);
     EXPECT_THAT(lines, Contains("... and 100 more coordinates that cannot be read"));
     EXPECT_THAT(lines, Contains("Found 104857801 lines in " + out("plot.txt")));
     EXPECT_THAT(lines, Contains("Found 1 coordinates"));
