@@ -24,11 +24,12 @@ class Report {
 
     void add(const Archive &archive, const Finding &finding) {
         const bool isError = finding.severity == Finding::Severity::error;
-        ++_counts[{isError ? "error" : "warning", finding.kind}];
+        const char *severity = isError ? "error" : "warning";
+        ++_counts[{severity, finding.kind}];
         if (_isTSV)
-            writeTSV(archive, finding, isError ? "error" : "warning");
+            writeTSV(archive, finding, severity);
         else
-            writeText(archive, finding, isError);
+            writeText(archive, finding, severity, isError ? "\x1b[31m" : "\x1b[33m");
     }
 
     /// The exit status. The summary is for people; a table has none.
@@ -44,17 +45,13 @@ class Report {
     }
 
   private:
-    void writeText(const Archive &archive, const Finding &finding, bool isError) {
-        const char *severity = isError ? "error" : "warning";
+    void writeText(const Archive &archive, const Finding &finding, const char *severity,
+                   const char *color) {
         const std::string file =
             finding.identifier ? ZPFormat(" %08x", *finding.identifier) : std::string();
-        _output.format("%s%s%s: %s%s at %08llx: %s: %s\n",
-                       !_usesColor ? ""
-                       : isError   ? "\x1b[31m"
-                                   : "\x1b[33m",
-                       severity, _usesColor ? "\x1b[0m" : "",
-                       ZPEscapedText(archive.fileName()).c_str(), file.c_str(),
-                       static_cast<unsigned long long>(finding.offset), finding.kind,
+        _output.format("%s%s%s: %s%s at %08llx: %s: %s\n", _usesColor ? color : "", severity,
+                       _usesColor ? "\x1b[0m" : "", ZPEscapedText(archive.fileName()).c_str(),
+                       file.c_str(), static_cast<unsigned long long>(finding.offset), finding.kind,
                        ZPEscapedText(finding.cause).c_str());
     }
 
@@ -92,11 +89,9 @@ int check(Options &options, const GlobalOptions &global) {
         for (const Finding &finding : checkRecords(dataSet, archive, decoders, options.selection))
             report.add(archive, finding);
         for (const ZPGorvaneFileEntry &entry : archive.entries())
-            fileCount +=
-                !options.selection.isRestricted() || options.selection.includes(archive, entry);
+            fileCount += options.selection.includes(archive, entry);
     }
-    const int status = report.finish(fileCount);
-    return dataSet.isWhole ? status : kFoundOrFailed;
+    return statusOver(dataSet, report.finish(fileCount));
 }
 
 } // namespace

@@ -49,5 +49,9 @@ inline constexpr CommandRow kCommands[] = {
     {"decoders", "the decoders that are there", &addDecodersCommand},
 };
 
+/// The exit status of a command that goes over a data set: not kFine where an archive could not be
+/// opened, or where what lies behind a fault was left out.
+[[nodiscard]] int statusOver(const DataSet &dataSet, int status);
+
 /// Reads a command line, runs its command and gives the exit status.
 int runDataTool(int argc, const char *const *argv);

@@ -5,17 +5,21 @@
 
 namespace {
 
+std::atomic<bool> isVerbose = false;
+std::atomic<unsigned> faultCount = 0;
+
 /// The library logs every step. What a user of this tool has to know of that are the faults of an
 /// archive's structure.
-void sayFaults(std::string_view line) {
+void takeLogLine(std::string_view line) {
     constexpr unsigned kMostLines = 20;
-    static std::atomic<unsigned> lineCount = 0;
     const bool isFault = line.starts_with("dir ") || line.starts_with("Error") ||
                          line.starts_with("Caught exception");
-    if (!isFault)
+    const unsigned count = isFault ? ++faultCount : 0;
+    if (isVerbose)
+        ZPWriteLogLine(line);
+    else if (!isFault)
         return;
-    const unsigned count = ++lineCount;
-    if (count <= kMostLines)
+    else if (count <= kMostLines)
         say(std::string(line));
     else if (count == kMostLines + 1)
         say("(more faults are not shown; `check` lists them all)");
@@ -23,7 +27,7 @@ void sayFaults(std::string_view line) {
 
 /// Ahead of the classes that log while they register themselves, before main.
 [[gnu::constructor(101)]] void quietenLog() {
-    ZPSetLogSink(&sayFaults);
+    ZPSetLogSink(&takeLogLine);
 }
 
 void addGlobalOptions(CLI::App &app, GlobalOptions &options) {
@@ -41,8 +45,7 @@ void addGlobalOptions(CLI::App &app, GlobalOptions &options) {
 }
 
 int runCommand(const GlobalOptions &options, const CommandAction &action) {
-    if (options.isVerbose)
-        ZPSetLogSink(nullptr);
+    isVerbose = options.isVerbose;
     try {
         return action(options);
     } catch (const CommandFailure &failure) {
@@ -59,6 +62,10 @@ int runCommand(const GlobalOptions &options, const CommandAction &action) {
 }
 
 } // namespace
+
+int statusOver(const DataSet &dataSet, int status) {
+    return status == kFine && (!dataSet.isWhole || faultCount > 0) ? kFoundOrFailed : status;
+}
 
 int runDataTool(int argc, const char *const *argv) {
     CLI::App app("Looks into the data archives of an online role-playing game.", "plotterra-data");

@@ -9,6 +9,7 @@
 #include "io/ZPSystemLog.h"
 
 #include <algorithm>
+#include <cerrno>
 
 namespace {
 
@@ -146,8 +147,11 @@ std::vector<std::pair<const Archive *, const Archive *>> pairsOf(const DataSet &
 int writeLandBlocks(const DataSet &before, const DataSet &after) {
     WQDataFileComparison comparison(&before.cellDataFile(), &after.cellDataFile());
     comparison.buildComparison();
-    if (ZPError error; !comparison.saveLandBlockSummaryToURL(nullptr, &error))
-        throw CommandFailure("standard output: " + error.description());
+    if (ZPError error; !comparison.saveLandBlockSummaryToURL(nullptr, &error)) {
+        if (error.code == EPIPE)
+            throw BrokenPipe();
+        throw CommandFailure("cannot write to standard output: " + error.failureReason());
+    }
     return comparison.fileKeysAdded()->empty() && comparison.fileKeysRemoved()->empty() &&
                    comparison.fileKeysChanged()->empty()
                ? kFine
@@ -170,7 +174,7 @@ int diff(Options &options, const GlobalOptions &global) {
             writer.write(old, now);
         status = writer.finish();
     }
-    return before.isWhole && after.isWhole ? status : kFoundOrFailed;
+    return statusOver(before, statusOver(after, status));
 }
 
 } // namespace

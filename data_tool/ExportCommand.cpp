@@ -177,7 +177,7 @@ int exportSubject(const Options &options, const GlobalOptions &global) {
     for (const auto &subject : kSubjects)
         if (options.subject == subject.name)
             subject.run(dataSet, options.file);
-    return dataSet.isWhole ? kFine : kFoundOrFailed;
+    return statusOver(dataSet, kFine);
 }
 
 } // namespace

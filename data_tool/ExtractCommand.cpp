@@ -158,7 +158,7 @@ int extract(Options &options, const GlobalOptions &global) {
     options.selection.prepare(decoders);
     const DataSet dataSet = global.openDataSet(options.path);
     const int status = Extraction(options, dataSet, decoders).run();
-    return dataSet.isWhole ? status : kFoundOrFailed;
+    return statusOver(dataSet, status);
 }
 
 } // namespace

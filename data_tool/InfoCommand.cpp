@@ -87,7 +87,7 @@ int info(const std::string &path, const GlobalOptions &global) {
         if (const auto range = Land(dataSet).heightRange())
             writer.writeHeights(*range);
     writer.finish();
-    return dataSet.isWhole ? kFine : kFoundOrFailed;
+    return statusOver(dataSet, kFine);
 }
 
 } // namespace

@@ -172,7 +172,7 @@ int list(Options &options, const GlobalOptions &global) {
     for (const Row &row : rows)
         (list.*write)(row);
     list.finish();
-    return dataSet.isWhole ? kFine : kFoundOrFailed;
+    return statusOver(dataSet, kFine);
 }
 
 } // namespace

@@ -115,20 +115,12 @@ int readFourFloats(lua_State *state) {
     });
 }
 
-int readDataWithLength(lua_State *state) {
+template <auto Read>
+int readBytes(lua_State *state) {
     ZPLuaSession &session = sessionOf(state);
     const std::uint64_t length = lengthArgument(state);
     return ZPLuaGuarded(state, [&] {
-        push(state, session.cursor->readSpanOfLength(length));
-        return 1;
-    });
-}
-
-int peekDataWithLength(lua_State *state) {
-    ZPLuaSession &session = sessionOf(state);
-    const std::uint64_t length = lengthArgument(state);
-    return ZPLuaGuarded(state, [&] {
-        push(state, session.cursor->peekDataWithLength(length));
+        push(state, (session.cursor->*Read)(length));
         return 1;
     });
 }
@@ -201,8 +193,8 @@ constexpr luaL_Reg kMethods[] = {
     {"readLittleVector3", readLittleVector3},
     {"readLittleVector4", readFourFloats<&Cursor::readLittleVector4>},
     {"readLittleQuaternion", readFourFloats<&Cursor::readLittleQuaternion>},
-    {"readDataWithLength", readDataWithLength},
-    {"peekDataWithLength", peekDataWithLength},
+    {"readDataWithLength", readBytes<&ZPDataCursor::readDataWithLength>},
+    {"peekDataWithLength", readBytes<&ZPDataCursor::peekDataWithLength>},
     {"readUUID", readUUID},
     {"readUTF16StringOfLength", readUTF16StringOfLength},
     {"readLength8UTF16StringAndAlign", readString<&Cursor::readLength8UTF16StringAndAlign>},

@@ -6,6 +6,7 @@
 #include "io/ZPBackgroundWork.h"
 #include "io/ZPSystemLog.h"
 
+#include <cerrno>
 #include <cstdio>
 
 namespace {
@@ -13,9 +14,9 @@ namespace {
 bool saveText(const std::string &text, const std::filesystem::path *path, ZPError *error) {
     if (path != nullptr)
         return ZPWriteTextToPath(text, *path, error);
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    std::fflush(stdout);
-    return true;
+    if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0)
+        return true;
+    return ZPFail(error, ZPError::posix(errno));
 }
 
 bool saveDigests(const std::optional<WQFileDigestMap> &digests, const std::filesystem::path &path,

@@ -29,12 +29,12 @@ std::string timeAndProcess() {
 /// A whole line of text that may come from a file: a terminal takes no commands from it, and no
 /// text fills the disk. The program's own texts have line ends and tabs,
 /// and what was escaped before has backslashes.
-std::string printable(const std::string &text) {
+std::string printable(std::string_view text) {
     constexpr std::size_t kLongestLine = 1 << 16;
     constexpr char kAllowed[] = "\n\t\\";
     if (text.size() <= kLongestLine)
         return ZPEscapedText(text, kAllowed) + "\n";
-    return ZPEscapedText(std::string_view(text).substr(0, kLongestLine), kAllowed) +
+    return ZPEscapedText(text.substr(0, kLongestLine), kAllowed) +
            ZPFormat("... and %zu bytes more\n", text.size() - kLongestLine);
 }
 
@@ -70,10 +70,13 @@ void ZPLog(const char *format, ...) {
     va_start(arguments, format);
     const std::string text = ZPFormatArguments(format, arguments);
     va_end(arguments);
-    if (const ZPLogSink sink = logSink) {
+    if (const ZPLogSink sink = logSink)
         sink(text);
-        return;
-    }
+    else
+        ZPWriteLogLine(text);
+}
+
+void ZPWriteLogLine(std::string_view text) {
     const std::string line = timeAndProcess() + printable(text);
 
     // A log that cannot be written has nowhere to report that.

@@ -51,6 +51,12 @@ class ArchiveBytes {
     /// Lists a file without storing anything.
     void addEntry(std::uint32_t identifier, const Entry &entry) { _entries[identifier] = entry; }
 
+    /// Lists files 1 to `count`, of no bytes.
+    void addEntries(std::uint32_t count) {
+        for (std::uint32_t number = 1; number <= count; ++number)
+            addEntry(number, {});
+    }
+
     /// Overwrites a little-endian word.
     void poke(std::size_t offset, std::uint32_t word) {
         ZPData bytes;

@@ -118,8 +118,7 @@ TEST(DataFile, OfManyEntriesWithOneIdentifierTheLastVisitedCounts) {
 TEST(DataFile, AnArchiveThatWasCutShortIsSaidAtOpening) {
     const TemporaryFolder directory;
     ArchiveBytes archive;
-    for (std::uint32_t number = 1; number <= 200; ++number)
-        archive.addEntry(number, {});
+    archive.addEntries(200);
     archive.writeToPath(directory / "archive");
     const auto size = std::filesystem::file_size(directory / "archive");
     for (const std::uintmax_t length : {size, size - 1, size - 2048}) {

@@ -30,8 +30,7 @@ TEST(Threads, WhoeverBuildsAnIndexTakesUpNoOtherWorkMeanwhile) {
     constexpr std::uint32_t kThreads = 8, kTasks = 200, kFiles = 8000;
     const TemporaryFolder folder;
     ArchiveBytes archive;
-    for (std::uint32_t number = 1; number <= kFiles; ++number)
-        archive.addEntry(number, {});
+    archive.addEntries(kFiles);
     archive.writeToPath(folder / "archive");
     ZPGorvaneArchiveFamily family = kWQArchiveFamily;
     family.readFileEntry = &readFileEntrySlowly;

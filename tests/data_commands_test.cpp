@@ -136,6 +136,23 @@ TEST_F(DataCommands, SelectsAndSorts) {
     EXPECT_THAT(refused.log, HasSubstr("ids:2: 'nonsense'"));
 }
 
+TEST_F(DataCommands, WhatIsLeftOutBehindADamagedDirectoryIsNoSuccess) {
+    FamilyArchive made = archive(3);
+    made.finish();
+    made.poke(FamilyArchive::placeInChain(made.leaves.at(0), 248), 63);
+    const std::string path = made.writeToPath(_folder / "x.dat");
+    for (const std::vector<std::string> &words : {std::vector<std::string>{"list", path},
+                                                  {"info", path},
+                                                  {"extract", path, _folder / "out"},
+                                                  {"diff", path, path}}) {
+        const ProgramRun run = data(words);
+        EXPECT_EQ(run.status, 1) << words[0];
+        EXPECT_THAT(run.log, HasSubstr("invalid number of files")) << words[0];
+    }
+    // What was asked for is all there.
+    EXPECT_EQ(data({"cat", path, "13000001"}).status, 0);
+}
+
 TEST_F(DataCommands, OneCommandFeedsTheNext) {
     const std::string folder = _folder / "out";
     const ProgramRun run = shell("set -o pipefail; $DATA list --type 0x41 --format tsv " + kWorld +
@@ -156,6 +173,12 @@ TEST_F(DataCommands, OneCommandFeedsTheNext) {
     const ProgramRun broken = shell("$DATA list " + kWorld + " | head -1; echo ${PIPESTATUS[0]}");
     EXPECT_EQ(broken.log, "");
     EXPECT_THAT(broken.output, EndsWith("\n0\n"));
+    for (const std::string &command : {"list " + kWorld, "cat --text " + kWorld + " 13000000",
+                                       "diff --land " + kOlderWorld + " " + kWorld}) {
+        const ProgramRun full = shell("$DATA " + command + " > /dev/full");
+        EXPECT_EQ(full.status, 1);
+        EXPECT_THAT(full.log, HasSubstr("cannot write to standard output: No space")) << command;
+    }
 }
 
 TEST_F(DataCommands, ExtractsWhatHashesLikeTheDigests) {
