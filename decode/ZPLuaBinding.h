@@ -1,8 +1,8 @@
 #pragma once
 
 #include "decode/ZPFieldOutput.h"
+#include "decode/ZPLua.h"
 
-#include <lua.hpp>
 #include <string>
 
 /// What the functions of a script's `cursor` and `out` work on. Each function has the address of

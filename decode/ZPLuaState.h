@@ -1,10 +1,11 @@
 #pragma once
 
+#include "decode/ZPLua.h"
+
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
-#include <lua.hpp>
 #include <memory>
 #include <string>
 
