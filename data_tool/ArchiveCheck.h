@@ -12,7 +12,8 @@ class ArchiveCheck {
     /// Borrows the archive, which has its storage.
     explicit ArchiveCheck(const ZPGorvaneDataFile &dataFile);
 
-    Findings run();
+    /// Once: the findings are the caller's then.
+    [[nodiscard]] Findings run();
 
   private:
     struct Bounds {

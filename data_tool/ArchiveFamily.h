@@ -7,7 +7,7 @@
 /// Finds the family of an archive by what stands where the headers of each family have their magic
 /// numbers and, where two families share those, by which of them makes sense of the rest. Throws
 /// CommandFailure, telling what was found there, when the file fits none or cannot be read.
-const GameRow &familyOfArchive(const std::filesystem::path &path);
+[[nodiscard]] const GameRow &familyOfArchive(const std::filesystem::path &path);
 
 /// How a file fares as an archive of one family; empty when it fits.
-std::string reasonNotOfFamily(std::span<const std::byte> file, const GameRow &game);
+[[nodiscard]] std::string reasonNotOfFamily(std::span<const std::byte> file, const GameRow &game);

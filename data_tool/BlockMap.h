@@ -16,7 +16,7 @@ class BlockMap {
     std::uint64_t end() const { return _owners.size() * std::uint64_t{_blockSize}; }
 
     /// Why an offset is none of a block that a chain may use; empty when it is.
-    std::string faultOfOffset(std::uint64_t offset) const;
+    [[nodiscard]] std::string faultOfOffset(std::uint64_t offset) const;
     /// Of a block, by its sound offset.
     std::uint32_t linkAtOffset(std::uint64_t offset) const {
         const std::byte *word = _bytes.data() + offset;

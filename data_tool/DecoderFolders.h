@@ -5,8 +5,8 @@
 
 /// Folders where decoders are looked for, those that count more first: named on the command line,
 /// the user's own, installed beside the program.
-std::vector<std::filesystem::path> decoderFolders(const GlobalOptions &options);
+[[nodiscard]] std::vector<std::filesystem::path> decoderFolders(const GlobalOptions &options);
 
 /// The decoders of all these folders. What is wrong with one is said on standard error. Throws
 /// CommandFailure when a folder that was named on the command line cannot be read.
-WQDecoderSet loadDecoders(const GlobalOptions &options);
+[[nodiscard]] WQDecoderSet loadDecoders(const GlobalOptions &options);

@@ -5,7 +5,7 @@
 #include <set>
 
 /// An identifier as people write it: up to eight hexadecimal digits, with or without `0x`.
-std::optional<std::uint32_t> identifierInText(std::string_view text);
+[[nodiscard]] std::optional<std::uint32_t> identifierInText(std::string_view text);
 
 /// Which files of a data set a command is for: the options that `list`, `extract`, `check` and
 /// `diff` have in common.

@@ -39,4 +39,4 @@ struct GameRow {
 
 std::span<const GameRow> gameTable();
 /// Null for a key that is none.
-const GameRow *gameWithKey(std::string_view key);
+[[nodiscard]] const GameRow *gameWithKey(std::string_view key);

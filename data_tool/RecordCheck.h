@@ -7,5 +7,5 @@
 /// Decodes every selected file of an archive that somebody knows the format of, on all processors:
 /// records that do not decode or leave bytes over, and identifiers that are not their entry's. In
 /// the order of identifiers; files that cannot be read are left to ArchiveCheck.
-Findings checkRecords(const DataSet &dataSet, const Archive &archive, const WQDecoderSet &decoders,
-                      const FileSelection &selection);
+[[nodiscard]] Findings checkRecords(const DataSet &dataSet, const Archive &archive,
+                                    const WQDecoderSet &decoders, const FileSelection &selection);

@@ -12,8 +12,8 @@ class RecordReader {
         : _clientData(dataSet), _decoders(decoders, dataSet.decodingContext()) {}
 
     /// None where nobody knows the file's format. The tree is that of the last file.
-    std::optional<ZPDecodingResult> decode(const Archive &archive, std::uint32_t identifier,
-                                           std::span<const std::byte> bytes) {
+    [[nodiscard]] std::optional<ZPDecodingResult>
+    decode(const Archive &archive, std::uint32_t identifier, std::span<const std::byte> bytes) {
         ZPRecordDecoder *decoder = _decoders.decoderFor(archive.kindOf(identifier));
         if (decoder == nullptr)
             return std::nullopt;
@@ -23,10 +23,10 @@ class RecordReader {
 
     /// The record as text: the dump of its own class where a C++ class reads its fields, else the
     /// tree, which was just decoded.
-    std::string text(const Archive &archive, std::uint32_t identifier,
-                     std::span<const std::byte> bytes);
+    [[nodiscard]] std::string text(const Archive &archive, std::uint32_t identifier,
+                                   std::span<const std::byte> bytes);
     /// The tree as one line of JSON.
-    std::string json() const;
+    [[nodiscard]] std::string json() const;
 
   private:
     DataSetClientData _clientData;
@@ -35,4 +35,4 @@ class RecordReader {
 };
 
 /// What is wrong with a record that was decoded, and where; empty when nothing is.
-std::string faultText(const ZPDecodingResult &result);
+[[nodiscard]] std::string faultText(const ZPDecodingResult &result);

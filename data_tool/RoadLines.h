@@ -12,4 +12,4 @@ struct LandPlace {
 
 /// The land's roads as lines from one end or crossing to the next; a ring ends where it begins.
 /// Points in a straight row are left out. A road of a single point is a line of one.
-std::vector<std::vector<LandPlace>> traceRoads(const WQLandGrid &grid);
+[[nodiscard]] std::vector<std::vector<LandPlace>> traceRoads(const WQLandGrid &grid);

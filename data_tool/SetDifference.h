@@ -19,5 +19,5 @@ struct ArchiveDifference {
 
 /// Compares the selected files of two archives byte for byte, on all processors. Either may be
 /// null, and has no files then.
-ArchiveDifference compareArchives(const Archive *before, const Archive *after,
-                                  const FileSelection &selection);
+[[nodiscard]] ArchiveDifference compareArchives(const Archive *before, const Archive *after,
+                                                const FileSelection &selection);

@@ -29,18 +29,18 @@ class WQDecoderSet {
 
     /// Adds the files of a folder that end in ".lua", in the order of their names. False when there
     /// is no such folder or it cannot be read.
-    bool addFolder(const std::filesystem::path &folder);
+    [[nodiscard]] bool addFolder(const std::filesystem::path &folder);
 
     /// In the order in which they were found, the broken ones too.
     const std::vector<File> &files() const { return _files; }
 
     /// Null when no decoder is written in C++.
-    const WQRecordDecoderRow *rowFor(const WQRecordKind &kind) const;
+    [[nodiscard]] const WQRecordDecoderRow *rowFor(const WQRecordKind &kind) const;
     /// The place in `files()` of the Lua decoder for these records; none when there is none, or
     /// there is one in C++.
-    std::optional<std::size_t> fileFor(const WQRecordKind &kind) const;
+    [[nodiscard]] std::optional<std::size_t> fileFor(const WQRecordKind &kind) const;
     /// The record class's name, or that of the Lua decoder; empty when there is neither.
-    std::string_view nameOf(const WQRecordKind &kind) const;
+    [[nodiscard]] std::string_view nameOf(const WQRecordKind &kind) const;
 
   private:
     std::vector<File> _files;
@@ -55,7 +55,7 @@ class WQDecoders {
     WQDecoders(const WQDecoderSet &set, const WQDecodingContext &context);
 
     /// Null where nobody knows the format. Valid as long as this.
-    ZPRecordDecoder *decoderFor(const WQRecordKind &kind);
+    [[nodiscard]] ZPRecordDecoder *decoderFor(const WQRecordKind &kind);
 
   private:
     const WQDecoderSet &_set;

@@ -25,8 +25,8 @@ struct ZPLuaDecoderDescription {
 class ZPLuaDecoder : public ZPRecordDecoder {
   public:
     /// Null, with a message that names the file and, where there is one, the line.
-    static std::unique_ptr<ZPLuaDecoder> decoderAtPath(const std::filesystem::path &path,
-                                                       std::string &message);
+    [[nodiscard]] static std::unique_ptr<ZPLuaDecoder>
+    decoderAtPath(const std::filesystem::path &path, std::string &message);
 
     const ZPLuaDecoderDescription &description() const { return _description; }
     void decode(ZPDataCursor &cursor, ZPFieldOutput &output) override;

@@ -27,11 +27,11 @@ class ZPLuaState {
 
     /// Runs a script, as text and never as bytecode, and leaves its one result on the stack. False,
     /// with a message that names file and line, when it fails.
-    bool runScript(const std::filesystem::path &path, std::string &message);
+    [[nodiscard]] bool runScript(const std::filesystem::path &path, std::string &message);
     /// Calls the function under its arguments on the stack, for at most so many instructions.
     /// False, with the message, when it fails; `isOutOfMemory()` then says whether that was why.
-    bool call(int argumentCount, int resultCount, std::uint64_t mostInstructions,
-              std::string &message);
+    [[nodiscard]] bool call(int argumentCount, int resultCount, std::uint64_t mostInstructions,
+                            std::string &message);
     bool isOutOfMemory() const { return _isOutOfMemory; }
 
   private:

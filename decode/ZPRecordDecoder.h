@@ -16,7 +16,7 @@ class ZPRecordDecoder {
 struct ZPDecodingResult {
     struct Fault {
         std::string message;
-        /// How far the cursor had come.
+        /// How far the cursor had come, in bytes.
         std::uint32_t offset;
     };
     std::optional<Fault> fault;
@@ -25,5 +25,5 @@ struct ZPDecodingResult {
 };
 
 /// Decodes a record into `tree`. After a fault the tree holds what came before it.
-ZPDecodingResult ZPDecodeRecord(ZPRecordDecoder &decoder, std::span<const std::byte> record,
-                                ZPRecordTree &tree);
+[[nodiscard]] ZPDecodingResult
+ZPDecodeRecord(ZPRecordDecoder &decoder, std::span<const std::byte> record, ZPRecordTree &tree);

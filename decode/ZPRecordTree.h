@@ -24,7 +24,7 @@ enum class ZPRecordValueKind : std::uint8_t {
     bytes,
 };
 
-/// Where a value stood in its record.
+/// Where a value stood in its record, in bytes.
 struct ZPByteRange {
     std::uint32_t offset = 0;
     std::uint32_t length = 0;

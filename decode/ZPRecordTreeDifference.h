@@ -12,5 +12,5 @@ struct ZPRecordChange {
 /// What changed from one decoded record to another of the same decoder. Values of a group are
 /// compared by name; those of a list in order, what both lists begin and end with being set aside
 /// first, so that an insertion is one change.
-std::vector<ZPRecordChange> ZPRecordTreeDifference(const ZPRecordTree &before,
-                                                   const ZPRecordTree &after);
+[[nodiscard]] std::vector<ZPRecordChange> ZPRecordTreeDifference(const ZPRecordTree &before,
+                                                                 const ZPRecordTree &after);

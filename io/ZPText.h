@@ -21,7 +21,7 @@ std::u16string ZPUTF16FromString(std::string_view text);
 /// A text from a file, fit for a terminal: control characters (also those past ASCII), those that
 /// turn the direction of writing, backslashes and bytes that are not UTF-8 become `\n`, `\t`,
 /// `\u{1b}`, `\\`, `\x80`. The ASCII characters of `allowed` stay.
-std::string ZPEscapedText(std::string_view text, std::string_view allowed = {});
+[[nodiscard]] std::string ZPEscapedText(std::string_view text, std::string_view allowed = {});
 
 /// Whether the bytes are well-formed UTF-8 (no overlong form, surrogate or value past U+10FFFF).
 bool ZPIsValidUTF8(std::string_view text);
