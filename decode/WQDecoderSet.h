@@ -29,7 +29,7 @@ class WQDecoderSet {
 
     /// Adds the files of a folder that end in ".lua", in the order of their names. False when there
     /// is no such folder or it cannot be read.
-    [[nodiscard]] bool addFolder(const std::filesystem::path &folder);
+    bool addFolder(const std::filesystem::path &folder);
 
     /// In the order in which they were found, the broken ones too.
     const std::vector<File> &files() const { return _files; }
