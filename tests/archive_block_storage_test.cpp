@@ -267,6 +267,18 @@ TEST_F(BlockStorage, ChainsThatShareADamagedPartMeetTheSameFault) {
     }
 }
 
+TEST_F(BlockStorage, WhatIsKnownOfAFilesChainsEndsWithTheFile) {
+    BlockFileBytes file(8);
+    for (std::uint32_t block = 1; block < 5; ++block)
+        file.put(block * 1024, words({block < 4 ? (block + 1) * 1024 : 1024}));
+    file.putHeader(3);
+    const auto storage = openBytes(file);
+    EXPECT_FALSE(storage->readDataFromBlocksAtOffset(1024, 8));
+    file.put(0x1000, words({0}));
+    storage->setFileHandle(ZPFileHandle::fileHandleAtPath(file.writeToPath(_directory / "mended")));
+    EXPECT_TRUE(storage->readDataFromBlocksAtOffset(1024, 8));
+}
+
 TEST_F(BlockStorage, ChecksOfHeaderAndFreeBlocks) {
     const struct {
         std::uint32_t blockSize;
@@ -301,7 +313,7 @@ TEST_F(BlockStorage, ChecksOfHeaderAndFreeBlocks) {
     }
 
     BlockFileBytes file(8);
-    for (const std::size_t offset : {0x800u, 0x400u, 0x1400u})
+    for (const std::size_t offset : {0x800u, 0x400u, 0x1C00u}) // the last block is one of them
         file.put(offset, words({0x80000800}));
     file.putHeader(3);
     CapturedLog captured;
@@ -309,7 +321,7 @@ TEST_F(BlockStorage, ChecksOfHeaderAndFreeBlocks) {
     const std::string log = captured.take();
     EXPECT_NE(log.find("             free block count: 3\n"), std::string::npos) << log;
     EXPECT_NE(log.find("unreferenced free block count: 2\n"), std::string::npos) << log;
-    EXPECT_LT(log.find("... 00000400"), log.find("... 00001400"));
+    EXPECT_LT(log.find("... 00000400"), log.find("... 00001c00"));
 }
 
 } // namespace

@@ -107,6 +107,7 @@ TEST_F(Directory, FaultsOfANodeAreLoggedAndTolerated) {
         std::size_t fileCount;
         const char *line;
     } cases[] = {
+        {nodeBytes({}, 61, full), 61, ""},
         {nodeBytes({}, 62, full), 62, "invalid number of files (62), must be count <= 61"},
         {nodeBytes({}, 3, joined({five, emptySlot, five})), 1, "> Failed to create file entry 1"},
         {nodeBytes({}, 2, joined({five, five})), 2,
@@ -131,6 +132,7 @@ TEST_F(Directory, FaultsOfANodeAreLoggedAndTolerated) {
         ASSERT_NE(root, nullptr) << c.line;
         EXPECT_EQ(identifiers(*root).size(), c.fileCount) << c.line;
         EXPECT_NE(_log.find(c.line), std::string::npos) << c.line << "\n" << _log;
+        EXPECT_EQ(_log.empty(), *c.line == '\0') << _log;
     }
 
     // The search ends in a directory that leads back to itself.
@@ -192,8 +194,14 @@ TEST_F(Directory, DescriptionsNameTheClassesOfTheFamily) {
         const auto root = readFamily(c.family, c.version, true);
         ASSERT_NE(root, nullptr);
         EXPECT_TRUE(root->description().starts_with(c.directory)) << root->description();
+        // The time is the archive's, not that of the place where it is read.
+        setenv("TZ", "XXX-5", 1);
+        tzset();
         const auto text = root->files().front().description(c.family.fileEntryClassName);
+        unsetenv("TZ");
+        tzset();
         EXPECT_TRUE(text.starts_with(c.entry)) << text;
+        EXPECT_EQ(countOf(text, ", mtime: 1970-01-01 00:"), 1u) << text;
     }
 }
 

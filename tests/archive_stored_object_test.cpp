@@ -27,6 +27,12 @@ TEST(StoredObject, SavesItsDumpWithTheTimeOfItsFile) {
     EXPECT_EQ(status.st_atime, 1234567890);
     EXPECT_EQ(textOfFile(folder / "dump"), "line 1\n");
 
+    // The word has no sign: half of it lies past 2038.
+    EXPECT_TRUE(record.saveToPath(folder / "dump", 0xF0000000, &error));
+    stat((folder / "dump").c_str(), &status);
+    EXPECT_EQ(status.st_mtime, 0xF0000000);
+    EXPECT_EQ(status.st_atime, 0xF0000000);
+
     EXPECT_FALSE(record.setModificationDate(1234567890, folder / "none", &error));
     EXPECT_EQ(error.domain, kZPPOSIXErrorDomain);
     EXPECT_EQ(error.code, ENOENT);

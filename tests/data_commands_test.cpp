@@ -227,6 +227,13 @@ TEST_F(DataCommands, ExtractsWhatHashesLikeTheDigests) {
         data({"diff", "--digests", "--format", "tsv", path, written(other, "z.dat")});
     EXPECT_THAT(changed.output, HasSubstr("0x06000002\tz\tchanged\tWQImage\t1204\t14\t" + digest));
 
+    // A file that cannot be written whole is not there at all.
+    run = shell("ulimit -f 1; $DATA extract --again " + path + " " + folder);
+    EXPECT_EQ(run.status, 1);
+    EXPECT_THAT(run.log, AllOf(HasSubstr("06000002.bin: File too large"),
+                               HasSubstr("2 files written, 0 were there, 2 failed")));
+    EXPECT_FALSE(std::filesystem::exists(image));
+
     // Nothing is written through a link that leads out of the folder.
     std::filesystem::remove_all(folder + "/WQImage");
     std::filesystem::create_directory(_folder / "elsewhere");

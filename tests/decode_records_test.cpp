@@ -73,6 +73,19 @@ TEST(RecordDecoders, RegionRecordIsReadToItsEndInEitherVersion) {
         EXPECT_THAT(text, HasSubstr("name: \"" + landType.name() + "\""));
     EXPECT_THAT(text, HasSubstr("startDayOfYear: 330"));
 
+    // Exactly 1 means night: what the class makes of another word, the tree does too.
+    ZPData changed = *data;
+    std::size_t nights = 0;
+    for (std::uint32_t place = 0; place < tree.size(); ++place)
+        if (const ZPRecordValue &value = tree[place]; tree.name(value) == "isNight") {
+            nights += value.number != 0;
+            changed[value.range.offset] = std::byte{2};
+        }
+    EXPECT_GT(nights, 0u);
+    EXPECT_EQ(nights, std::ranges::count(info->times(), true, &WQTimeOfDay::isNight));
+    EXPECT_FALSE(ZPDecodeRecord(*decoders.decoderFor(kind), changed, tree).fault);
+    EXPECT_THAT(ZPRecordTreeText(tree, false), testing::Not(HasSubstr("isNight: true")));
+
     // Before data version 1394 weather models were shorter, and this record makes no sense.
     WQDecoders oldDecoders(set, {1393});
     const auto oldResult = ZPDecodeRecord(*oldDecoders.decoderFor(kind), *data, tree);

@@ -250,6 +250,14 @@ TEST(RecordCache, AnotherRecordUnderTheSameKeyTakesThePlace) {
     EXPECT_EQ(found(), 3u);
     EXPECT_EQ(cache.totalCost(), 10u);
     EXPECT_EQ(cache.count(), 1u);
+
+    // A pin goes with its record: at once where nobody else uses that.
+    put(4, true);
+    put(5, true);
+    EXPECT_EQ(leaving.identifiers, (std::vector{1u, 2u, 3u, 4u}));
+    EXPECT_EQ(cache.count(), 1u);
+    cache.removeUnusedObjects();
+    EXPECT_EQ(found(), 5u);
 }
 
 TEST(RetailClientData, OpensItsTwoArchives) {

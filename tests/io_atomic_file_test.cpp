@@ -190,4 +190,22 @@ TEST_P(AtomicFile, LeavesNothingWhateverEndsTheProcess) {
     }
 }
 
+TEST_P(AtomicFile, IsWrittenInSpiteOfSignalsThatTheCallerIgnores) {
+    for (const int signal : {SIGINT, SIGHUP, SIGQUIT}) {
+        const pid_t process = fork();
+        if (process == 0) {
+            std::signal(signal, SIG_IGN); // as nohup does
+            ZPAtomicFile file(path, GetParam());
+            const bool isOpen = file.open() && file.write(bytesOf("kept"));
+            raise(signal);
+            _exit(isOpen && file.commit() ? 0 : 1);
+        }
+        int status = 0;
+        waitpid(process, &status, 0);
+        EXPECT_EQ(status, 0) << signal;
+        EXPECT_EQ(textOfFile(path), "kept") << signal;
+        std::filesystem::remove(path);
+    }
+}
+
 } // namespace

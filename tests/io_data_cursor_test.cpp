@@ -1,4 +1,5 @@
 #include "tests/TestBytes.h"
+#include "tests/TestSupport.h"
 
 #include "io/ZPMutableDataCursor.h"
 #include "io/ZPText.h"
@@ -135,12 +136,18 @@ TEST(DataCursor, PackedIntegers) {
         EXPECT_EQ(c.read(cursor), c.value) << c.bytes;
         EXPECT_TRUE(cursor.isAtEnd()) << c.bytes;
     }
-    for (const std::uint32_t value : {0u, 127u, 128u, 16383u, 16384u, 0x12345678u, 0x3FFFFFFFu}) {
+    // Written as short as can be: the reader would take longer forms as well.
+    const std::pair<std::uint32_t, const char *> written[] = {
+        {0, "00"},           {127, "7f"},
+        {128, "8080"},       {16383, "bfff"},
+        {16384, "c0000040"}, {0x12345678, "d2347856"},
+        {65536, "c0010000"}, {0x3FFFFFFF, "ffffffff"}};
+    for (const auto &[value, bytes] : written) {
         ZPMutableDataCursor writer;
         writer.wq_writePackedLittleInt30(value);
+        EXPECT_EQ(ZPHexString(writer.data()), bytes);
         ZPDataCursor cursor(writer.data());
         EXPECT_EQ(cursor.wq_readPackedLittleInt30(), value);
-        EXPECT_TRUE(cursor.isAtEnd());
     }
 }
 
@@ -202,6 +209,18 @@ TEST(DataCursor, TraceLabels) {
     cursor.readFourCCWithName("code");
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
               std::string("4 00000004                 code: 01000000 - \1\0\0\0\n", 49));
+}
+
+TEST(DataCursor, SkipsAndListsWholeWordsUpToTheEnd) {
+    for (const auto &[size, count, listed] :
+         {std::array{12u, 5u, 3u}, {12u, 3u, 3u}, {12u, 2u, 2u}, {11u, 5u, 2u}, {3u, 1u, 0u}}) {
+        const ZPData data(size);
+        ZPDataCursor cursor(data);
+        CapturedLog captured;
+        cursor.skip(count, true);
+        EXPECT_EQ(countOf(captured.take(), ": 00000000 (0.000000)\n"), listed) << size;
+        EXPECT_EQ(cursor.offset(), 4 * listed) << size;
+    }
 }
 
 TEST(MutableDataCursor, WritesWhatTheCursorReads) {

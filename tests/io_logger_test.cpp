@@ -108,6 +108,20 @@ TEST(SystemLog, EscapesWhatATerminalWouldObey) {
     for (const auto &[text, escaped] : cases)
         EXPECT_EQ(ZPEscapedText(text), escaped);
 
+    // Each range of harmful characters to its ends, and what lies beside it.
+    const std::pair<char16_t, char16_t> ranges[] = {
+        {0x00, 0x1F}, {0x7F, 0x9F}, {0x200E, 0x200F}, {0x2028, 0x202E}, {0x2066, 0x2069}};
+    const auto isEscaped = [](char16_t character) {
+        const std::string text = ZPStringFromUTF16({&character, 1});
+        return ZPEscapedText(text) != text;
+    };
+    for (const auto &[first, last] : ranges) {
+        EXPECT_TRUE(isEscaped(first) && isEscaped(last)) << std::hex << unsigned{first};
+        EXPECT_FALSE(first > 0 && isEscaped(static_cast<char16_t>(first - 1)))
+            << std::hex << unsigned{first};
+        EXPECT_FALSE(isEscaped(static_cast<char16_t>(last + 1))) << std::hex << unsigned{last};
+    }
+
     const auto logged = [](const std::string &text) {
         CapturedLog captured;
         ZPLog("%s", text.c_str());

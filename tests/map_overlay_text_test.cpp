@@ -125,9 +125,17 @@ TEST_F(OverlayText, LabelsAreSetOnlyWhereTheyMayShow) {
     const struct {
         WQMapLocation place;
         bool isSet;
-    } cases[] = {{{0, 0}, true},          {{edge - 2, 0}, true}, {{edge + 10, 0}, false},
-                 {{0, edge + 10}, false}, {{0, -edge}, true},    {{0, -edge - 10}, false},
-                 {{-edge - 1, 0}, true},  {{-3e30, 3e30}, false}};
+    } cases[] = {{{0, 0}, true},
+                 {{edge - 2, 0}, true},
+                 {{edge + 10, 0}, false},
+                 {{0, edge + 10}, false},
+                 {{0, -edge}, true},
+                 {{0, -edge - 10}, false},
+                 {{-edge - 1, 0}, true},
+                 {{-3e30, 3e30}, false},
+                 // A long label may reach into the picture from far in the west.
+                 {{-edge - 30, 0}, true},
+                 {{-edge - 4000, 0}, false}};
     for (const auto &[place, isSet] : cases) {
         OverlayCanvas fresh(1);
         CapturedLog captured;

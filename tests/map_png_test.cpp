@@ -106,6 +106,93 @@ TEST(PNGFile, LeavesNothingBehindWhereItCannotBeWritten) {
     EXPECT_EQ(std::distance(begin(entries), end(entries)), 1);
 }
 
+TEST(PNGFile, HasTheWidthAndTheHeightOfTheImage) {
+    /// Pixels that count up.
+    class Oblong final : public WQImage {
+      public:
+        std::size_t width() const override { return 5; }
+        std::size_t height() const override { return 3; }
+        std::size_t bytesPerPixel() const override { return 1; }
+        std::size_t rowsPerBand() const override { return 2; }
+        void readRows(std::size_t first, std::size_t count, const RowSink &sink) const override {
+            for (std::size_t row = first; row < first + count; ++row) {
+                std::array<std::byte, 5> pixels;
+                for (std::size_t column = 0; column < pixels.size(); ++column)
+                    pixels[column] = static_cast<std::byte>(5 * row + column);
+                const WQRowSegment segment{pixels, 1};
+                sink({{&segment, 1}, 1});
+            }
+        }
+    };
+    const TemporaryFolder folder;
+    ASSERT_TRUE(WQWritePNG(Oblong(), folder / "map.png"));
+    const DecodedPNG picture = decodePNG(folder / "map.png");
+    EXPECT_EQ(picture.width, 5u);
+    EXPECT_EQ(picture.height, 3u);
+    for (std::size_t index = 0; index < picture.bytes.size(); ++index)
+        EXPECT_EQ(picture.bytes[index], index);
+}
+
+namespace {
+
+/// The row that a band of one row was made of, undone by zlib.
+ZPData rowOf(const WQPNGBand::Deflated &band) {
+    ZPData bytes(band.length);
+    z_stream stream{};
+    EXPECT_EQ(inflateInit2(&stream, -15), Z_OK);
+    stream.next_in = reinterpret_cast<Bytef *>(const_cast<std::byte *>(band.bytes.data()));
+    stream.avail_in = static_cast<uInt>(band.bytes.size());
+    stream.next_out = reinterpret_cast<Bytef *>(bytes.data());
+    stream.avail_out = static_cast<uInt>(bytes.size());
+    EXPECT_EQ(inflate(&stream, Z_SYNC_FLUSH), Z_OK) << (stream.msg != nullptr ? stream.msg : "");
+    EXPECT_EQ(stream.avail_in + stream.avail_out, 0u);
+    inflateEnd(&stream);
+    EXPECT_EQ(bytes.front(), std::byte{0}); // not filtered
+    bytes.erase(bytes.begin());
+    return bytes;
+}
+
+/// Whether a row of these pixels, a number each, comes out of a band as it went in.
+bool survives(const std::vector<std::uint8_t> &numbers, std::size_t bytesPerPixel,
+              std::size_t columnsPerPixel) {
+    ZPData pixels, expected;
+    for (const std::uint8_t number : numbers)
+        for (std::size_t copy = 0; copy < columnsPerPixel; ++copy)
+            for (std::size_t place = 0; place < bytesPerPixel; ++place) {
+                const auto byte = static_cast<std::byte>(number + place);
+                expected.push_back(byte);
+                if (copy == 0)
+                    pixels.push_back(byte);
+            }
+    WQPNGBand band(bytesPerPixel);
+    const WQRowSegment segment{pixels, columnsPerPixel};
+    band.appendRows({{&segment, 1}, 1});
+    return rowOf(band.finish()) == expected;
+}
+
+} // namespace
+
+TEST(PNGBand, RepeatsAreWholeAtEachLimitOfDeflate) {
+    for (const std::size_t bytesPerPixel : {1u, 4u})
+        for (const std::size_t columnsPerPixel : {1u, 2u, 3u}) {
+            // Runs around each multiple of the longest match, one after the other.
+            const std::size_t unit = bytesPerPixel * columnsPerPixel;
+            std::vector<std::uint8_t> runs;
+            for (std::size_t length = 1; runs.size() * columnsPerPixel < 60'000; ++length)
+                if (const std::size_t bytes = length * unit % 258; bytes < 8 || bytes > 252)
+                    runs.insert(runs.end(), length, static_cast<std::uint8_t>(length));
+            EXPECT_TRUE(survives(runs, bytesPerPixel, columnsPerPixel)) << unit;
+
+            // The same few pixels once more, as far away as a match may reach, and beside that.
+            for (std::size_t away = 32768 / unit - 3; away <= 32768 / unit + 3; ++away) {
+                std::vector<std::uint8_t> row = {10, 20, 30, 40, 50, 60};
+                row.resize(away, 70);
+                row.insert(row.end(), {10, 20, 30, 40, 50, 60});
+                EXPECT_TRUE(survives(row, bytesPerPixel, columnsPerPixel)) << away;
+            }
+        }
+}
+
 /// A band that is used again must not know what it made before: each case begins with what would
 /// tempt it to refer to that.
 TEST(PNGBand, MakesTheSameOfRowsWhateverCameBefore) {

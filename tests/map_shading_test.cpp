@@ -9,12 +9,17 @@ namespace {
 
 constexpr ZPVector3 kLight = {-0.5f, 0.5f, 0.707107f};
 
-std::unique_ptr<WQLandGrid> roughLand() {
+std::unique_ptr<WQLandGrid> landWithHeights() {
     auto grid = WQLandGrid::allocate();
     std::array<float, 256> heights;
     for (std::size_t index = 0; index < heights.size(); ++index)
         heights[index] = static_cast<float>(index * index) / 37.0f;
     grid->setLandHeights(heights);
+    return grid;
+}
+
+std::unique_ptr<WQLandGrid> roughLand() {
+    auto grid = landWithHeights();
     std::mt19937 random(7);
     for (unsigned y = 0; y < kWQLandSize; ++y)
         for (unsigned x = 0; x < kWQLandSize; ++x) {
@@ -27,11 +32,31 @@ std::unique_ptr<WQLandGrid> roughLand() {
     return grid;
 }
 
+/// Whole but for some blocks, to the east and to the west of each sixteenth column of blocks: what
+/// looks for holes by stretches of a row must look beyond a stretch's ends.
+std::unique_ptr<WQLandGrid> landWithHoles() {
+    auto grid = landWithHeights();
+    std::mt19937 random(11);
+    for (unsigned y = 0; y < kWQLandSize; ++y)
+        for (unsigned x = 0; x < kWQLandSize; ++x) {
+            const unsigned row = y / 8, column = x / 8 % 16;
+            const bool isInside = x % 8 != 0 && y % 8 != 0;
+            if (!isInside || column != (row % 2 == 0 ? 15 : 0))
+                grid->at(x, y) = {static_cast<std::uint16_t>(random()),
+                                  static_cast<std::uint8_t>(random() % 256), WQLandPoint::hasData};
+        }
+    return grid;
+}
+
+class TerrainShaderAgrees : public testing::TestWithParam<std::unique_ptr<WQLandGrid> (*)()> {};
+
+INSTANTIATE_TEST_SUITE_P(, TerrainShaderAgrees, testing::Values(&roughLand, &landWithHoles));
+
 } // namespace
 
-TEST(TerrainShader, AgreesWithVectorArithmeticOnRoughLand) {
+TEST_P(TerrainShaderAgrees, WithVectorArithmetic) {
     WQLandColorTable::shared().updateLandColors(WQMapColorScheme());
-    const auto grid = roughLand();
+    const auto grid = GetParam()();
     for (const bool usesAlpha : {false, true})
         for (const bool marksChanges : {false, true})
             for (const float fudge : {255.0f, 400.0f}) {

@@ -1,9 +1,11 @@
 // The page as a text: what stands where, and that nothing in it can pass for markup.
 
+#include "game/WQKnownDungeons.h"
 #include "web/WQWebPage.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 #include <openssl/evp.h>
 #include <openssl/sha.h>
 
@@ -56,6 +58,29 @@ TEST_F(WebPage, TextIsNeverMarkup) {
     EXPECT_THAT(description, Not(HasSubstr("<")));
     EXPECT_THAT(description, HasSubstr(R"([1.5,-2.0,"\u003c/script>\u003cscript>alert(1))"));
     EXPECT_THAT(description, HasSubstr("broken \xEF\xBF\xBD"));
+}
+
+/// Whatever table the program was built with.
+TEST_F(WebPage, DungeonsHaveAllTheirEntrances) {
+    const std::string page = WQWebPageWithContent(content);
+    const auto description =
+        nlohmann::json::parse(between(page, "id=\"description\">", "</script>"));
+    const WQKnownDungeon *row = WQKnownDungeonTable;
+    for (const auto &dungeon : description.at("dungeons")) {
+        ASSERT_NE(row->name, nullptr);
+        EXPECT_EQ(dungeon.at(0), row->key);
+        EXPECT_EQ(dungeon.at(1), row->name);
+        std::string entrances;
+        for (const auto &place : dungeon.at(2)) {
+            std::string text = WQStringFromMapCoordinate({place.at(0), place.at(1)});
+            std::erase(text, ' ');
+            entrances += (entrances.empty() ? "" : ",") + text;
+        }
+        std::string expected = (row++)->entrance;
+        std::erase(expected, ' ');
+        EXPECT_EQ(entrances, expected);
+    }
+    EXPECT_EQ(row->name, nullptr);
 }
 
 TEST_F(WebPage, OnlyItsOwnScriptsAndStylesMayBeUsed) {
