@@ -40,6 +40,7 @@ TEST_F(WebRun, SaysHowItIsUsed) {
 TEST_F(WebRun, WritesThePageWithinItsMeasure) {
     const ProgramRun result = run({"--title", "A <world>", world, page});
     EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output, "");
     EXPECT_LT(std::filesystem::file_size(page), 5000000u);
     EXPECT_LT(result.peakMemory, 120000);
     EXPECT_THAT(textOfFile(page), HasSubstr("<title>A &lt;world&gt;</title>"));

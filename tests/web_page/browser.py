@@ -32,6 +32,7 @@ class Browser:
     """One window of 1400 by 900 pixels, with a profile of its own in `folder`."""
 
     def __init__(self, folder, *flags):
+        self.folder = folder
         options = Options()
         options.binary_location = "/usr/bin/chromium"
         for flag in (*FLAGS, f"--user-data-dir={folder / 'profile'}", *flags):
@@ -80,6 +81,14 @@ class Browser:
 
         return self.wait(is_calm)
 
+    def wait_for_file(self, pattern):
+        """A file that the page saved: it has its name before it has its bytes."""
+        def whole():
+            path = next(self.folder.glob(pattern), None)
+            return path if path and path.stat().st_size > 0 else None
+
+        return self.wait(whole)
+
     # -- looking
 
     def all(self, selector):
@@ -99,6 +108,10 @@ class Browser:
     @property
     def fragment(self):
         return self.driver.execute_script("return location.hash")
+
+    def focused(self):
+        """What a screen reader says of the element with the focus."""
+        return self.driver.switch_to.active_element.accessible_name
 
     def screenshot(self):
         return self.driver.get_screenshot_as_base64()

@@ -160,6 +160,21 @@ class Search(PageTest):
         self.search("no such place anywhere")
         self.assertEqual(browser.texts(".results li"), ["Nothing found"])
 
+    def test_places_are_gone_through_by_keyboard(self):
+        browser.open(page, "#at=0.0N,20.0W&zoom=0&show=-dungeons")
+        browser.one("#map").send_keys(Keys.ARROW_UP)
+        browser.wait(lambda: browser.field("coordinate") not in ("–", "0.0N 20.0W"))
+        browser.keys(Keys.TAB)
+        towns = [line.split(";") for line in (WORLD / "towns.txt").read_text().splitlines()]
+        spoken = [browser.focused()]
+        browser.keys(Keys.ARROW_RIGHT)
+        spoken.append(browser.focused())
+        self.assertLess(*(place_of_text(text)[0] for text in spoken))
+        for text in spoken:
+            self.assertTrue(any(text.startswith(f"place {name}, ") for *_, name in towns), text)
+        browser.keys(Keys.ENTER)
+        browser.wait(lambda: spoken[1].startswith(f"place {browser.texts('.pinned h3')[0]}, "))
+
     def test_names_are_text(self):
         browser.open(page)
         self.assertEqual(browser.driver.title, TITLE)
@@ -188,7 +203,7 @@ class Marks(PageTest):
         browser.click("#panel [aria-label='Delete Second']")
 
         next(button for button in browser.all("#panel button") if button.text == "Save as plot file").click()
-        saved = browser.wait(lambda: next(folder.glob("*-marks.txt"), None))
+        saved = browser.wait_for_file("*-marks.txt")
         x, y = MIDDLE_X + 200 / 2, MIDDLE_Y + 150 / 2
         self.assertEqual(saved.read_text(), f"mark;{text_of_place(x, y, 3)};My, camp <b>\n")
         picture = folder / "marked"
@@ -242,7 +257,7 @@ class Changes(PageTest):
         one, two = before.cells, now.cells
         kinds = {"Added": two.files.keys() - one.files.keys(), "Removed": one.files.keys() - two.files.keys(),
                  "Changed": {key for key in one.files.keys() & two.files.keys() if one.read(key) != two.read(key)}}
-        blocks = {kind: {key >> 16 for key in keys} - {0xFFFF} for kind, keys in kinds.items()}
+        blocks = {kind: {key >> 16 for key in keys} for kind, keys in kinds.items()}
         gone = before.blocks.keys() - now.blocks.keys()
         browser.open(compared)
         browser.tool("Changes")
@@ -253,6 +268,9 @@ class Changes(PageTest):
         self.assertTrue(gone)
         listed = {int(text, 16) for text in browser.texts(".changes code")}
         self.assertEqual(listed, set().union(*blocks.values()))
+        off = next(row for row in browser.all(".changes .row") if row.text.startswith("FFFF"))
+        self.assertIn("not on the map", off.text)
+        self.assertFalse(off.is_enabled())
         for kind in ("changed", "added", "removed", "new"):
             browser.click(f"input[name=kind-{kind}]")
         self.assertEqual({int(text, 16) for text in browser.texts(".changes code")}, gone)
@@ -296,7 +314,7 @@ class Tools(PageTest):
         browser.open(page, f"#{MIDDLE}&zoom=0&{BARE}")
         shot = browser.wait_for_calm()
         browser.tool("Picture")
-        saved = browser.wait(lambda: next(folder.glob("Test*.png"), None))
+        saved = browser.wait_for_file("Test*.png")
         area = [60, 60, 740, 700]
         greatest, colors = pictures.difference(shot, base64_of(saved), [area, area])
         self.assertEqual(greatest, 0)

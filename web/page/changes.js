@@ -1,7 +1,7 @@
 // What changed since the older land: a list of blocks by kind, and a swipe between then and now.
 import {blockText, textOfPlace} from './coordinates.js';
 import {make} from './dom.js';
-import {BLOCKS, CELLS, LAND_FLAG} from './land.js';
+import {CELLS, isBlockOfMap, LAND_FLAG} from './land.js';
 import {placeOfBlock} from './search.js';
 
 export const CHANGE_KINDS = [
@@ -13,16 +13,17 @@ export const CHANGE_KINDS = [
 ];
 const ROWS_AT_ONCE = 300;
 
-/** Every block of the world of which a file came, went or changed, by number. */
+/**
+ * Every block of which a file came, went or changed, by number; also those that a file is named
+ * after but that are not on the map, so that there are as many as in Plotterra's list.
+ */
 export function changedBlocks(world) {
     const blocks = [];
-    for (let column = 0; column < BLOCKS; ++column)
-        for (let row = 0; row < BLOCKS; ++row) {
-            const number = column << 8 | row, flags = world.newer.blocks[number];
-            const hasLand = (flags & LAND_FLAG.data) !== 0, hadLand = (world.older.blocks[number] & LAND_FLAG.data) !== 0;
-            if (flags & (LAND_FLAG.added | LAND_FLAG.removed | LAND_FLAG.changed))
-                blocks.push({number, flags, isGone: hadLand && !hasLand, isNew: hasLand && !hadLand});
-        }
+    world.newer.blocks.forEach((flags, number) => {
+        const hasLand = (flags & LAND_FLAG.data) !== 0, hadLand = (world.older.blocks[number] & LAND_FLAG.data) !== 0;
+        if (flags & (LAND_FLAG.added | LAND_FLAG.removed | LAND_FLAG.changed))
+            blocks.push({number, flags, isGone: hadLand && !hasLand, isNew: hasLand && !hadLand});
+    });
     return blocks;
 }
 
@@ -81,10 +82,11 @@ export class ChangePanel {
     row(block) {
         const kinds = CHANGE_KINDS.filter(([, , test]) => test(block));
         const corner = {x: (block.number >> 8) * CELLS, y: (block.number & 0xFF) * CELLS};
-        const name = this.world.dungeonNames.get(block.number);
-        return make('li', {}, make('button', {class: 'row', onclick: () => this.go(block.number, placeOfBlock(block.number))},
+        const name = this.world.dungeonNames.get(block.number), hasPlace = isBlockOfMap(block.number);
+        return make('li', {}, make('button', {class: 'row', disabled: !hasPlace, onclick: () => this.go(block.number, placeOfBlock(block.number))},
             make('span', {class: `swatch ${kinds[0][0]}`}), make('code', {}, blockText(block.number)),
-            ` ${textOfPlace(corner)} `, make('span', {class: 'detail'}, kinds.map(([, label]) => label.toLowerCase()).join(', ') + (name ? ` – ${name}` : ''))));
+            hasPlace ? ` ${textOfPlace(corner)} ` : ' not on the map ',
+            make('span', {class: 'detail'}, kinds.map(([, label]) => label.toLowerCase()).join(', ') + (name ? ` – ${name}` : ''))));
     }
 }
 

@@ -107,7 +107,7 @@ export class FlatMap {
     /** The least zoom at which the world about fills the window. */
     wholeWorldZoom() {
         const {x, y} = this.map.getSize();
-        return Math.max(MIN_ZOOM, Math.floor(Math.log2(Math.min(x, y) * 1.3 / LAND_SIZE)));
+        return Math.max(MIN_ZOOM, Math.floor(Math.log2(Math.min(x, y) * 1.35 / LAND_SIZE)));
     }
 
     showWholeWorld() {

@@ -47,7 +47,8 @@ export const GridLayer = L.Layer.extend({
         L.DomUtil.setTransform(this.canvas, map.containerPointToLayerPoint([0, 0]), 1);
         Object.assign(this.canvas, {width: width * density, height: height * density});
         Object.assign(this.canvas.style, {width: `${width}px`, height: `${height}px`});
-        this.covered = [...document.querySelectorAll('.card:not([hidden])')].map(card => card.getBoundingClientRect());
+        // What is hidden has no size.
+        this.covered = [...document.querySelectorAll('.card, .readout, #panel')].map(card => card.getBoundingClientRect()).filter(box => box.width > 0);
         this.paint(this.canvas.getContext('2d'), width, height, density);
     },
 

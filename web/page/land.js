@@ -66,6 +66,9 @@ function presentPoints(blocks) {
     return present;
 }
 
+/** Numbers may also name blocks that lie beyond the world's edge. */
+export const isBlockOfMap = number => number >> 8 < BLOCKS && (number & 0xFF) < BLOCKS;
+
 /** The number of the block under a place given in points; undefined outside the world. */
 export function blockNumberAt(x, y) {
     const column = Math.floor(x / CELLS), row = Math.floor(y / CELLS);

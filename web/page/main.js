@@ -61,6 +61,10 @@ class Page {
         find('stage').append(this.search.element, this.shell.bar, this.readout.bar, this.readout.pinned, this.reliefSwitch.panel);
         if (world.older)
             this.swipe = new Swipe(flat, settings);
+        // The grid's labels keep clear of what comes, goes and grows.
+        const observer = new ResizeObserver(() => this.grid.draw());
+        for (const card of document.querySelectorAll('.card, #panel'))
+            observer.observe(card);
     }
 
     buildTools() {
@@ -86,10 +90,9 @@ class Page {
         map.on('mouseout', () => this.readout.show(null));
         map.on('click', event => this.clicked(placeOfLatLng(event.latlng)));
         map.on('moveend zoomend', () => this.noteLink());
-        map.on('move', () => {
-            if (document.activeElement === this.flat.container && !matchMedia('(hover: hover)').matches)
-                this.readout.show(this.flat.center());
-        });
+        map.on('move', () => this.showMiddle());
+        this.listenToHands();
+        this.showMiddle();
         this.settings.listen(() => this.noteLink());
         addEventListener('hashchange', () => {
             if (location.hash !== this.lastFragment)
@@ -106,6 +109,26 @@ class Page {
                 return;
             event.preventDefault();
         });
+    }
+
+    /** The map also takes the focus when it is clicked: only with the keyboard its middle is marked. */
+    listenToHands() {
+        const {container} = this.flat, note = isByKeyboard => container.classList.toggle('by-keyboard', isByKeyboard);
+        this.hasCursor = matchMedia('(hover: hover)').matches;
+        document.addEventListener('keydown', () => note(true), true);
+        document.addEventListener('pointerdown', () => note(false), true);
+        document.addEventListener('pointermove', event => this.hasCursor = event.pointerType === 'mouse', true);
+        container.addEventListener('focus', () => this.showMiddle());
+        container.addEventListener('keydown', event => {
+            if (event.key === 'Enter' && event.target === container)
+                this.clicked(this.flat.center());
+        });
+    }
+
+    /** Where there is no cursor, the middle of the window stands for it. */
+    showMiddle() {
+        if (!this.hasCursor || this.flat.container.matches('.by-keyboard:focus'))
+            this.readout.show(this.flat.center());
     }
 
     // -- going places

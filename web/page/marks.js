@@ -91,7 +91,7 @@ export class MarkPanel {
     constructor(marks, go) {
         Object.assign(this, {marks, go});
         this.list = make('ul', {class: 'marks'});
-        const file = make('input', {type: 'file', class: 'off-screen', 'aria-label': 'Plot file', onchange: async () => {
+        const file = make('input', {type: 'file', class: 'off-screen', tabindex: '-1', 'aria-label': 'Plot file', onchange: async () => {
             for (const each of file.files)
                 marks.load(await each.text());
             file.value = '';

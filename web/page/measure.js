@@ -31,16 +31,16 @@ export class Measure {
         this.isActive = false;
         this.line = L.polyline([], {color: '#d1122c', weight: 3, interactive: false});
         this.spot = L.circleMarker([0, 0], {radius: 5, color: '#d1122c', fillOpacity: 1, interactive: false});
+        this.corners = L.layerGroup();
         this.result = make('p', {class: 'result', role: 'status'});
         this.chart = make('div', {class: 'profile'});
         this.element = make('div', {},
             make('p', {class: 'hint'}, 'Click along the way. Backspace takes the last point back.'), this.result, this.chart,
-            make('div', {class: 'buttons'}, make('button', {onclick: () => this.clear()}, 'Start anew')));
+            make('div', {class: 'buttons'}, make('button', {onclick: () => this.takeBack()}, 'Take back'),
+                make('button', {onclick: () => this.clear()}, 'Start anew')));
         document.addEventListener('keydown', event => {
-            if (this.isActive && event.key === 'Backspace' && !event.target.matches('input, textarea')) {
-                this.places.pop();
-                this.draw();
-            }
+            if (this.isActive && event.key === 'Backspace' && !event.target.matches('input, textarea'))
+                this.takeBack();
         });
         this.draw();
     }
@@ -50,13 +50,18 @@ export class Measure {
         this.flat.container.classList.toggle('measuring', isActive);
         this.flat.map.doubleClickZoom[isActive ? 'disable' : 'enable']();
         if (isActive)
-            this.line.addTo(this.flat.map);
+            [this.line, this.corners].forEach(layer => layer.addTo(this.flat.map));
         else
-            [this.line, this.spot].forEach(layer => layer.remove());
+            [this.line, this.corners, this.spot].forEach(layer => layer.remove());
     }
 
     add(place) {
         this.places.push(place);
+        this.draw();
+    }
+
+    takeBack() {
+        this.places.pop();
         this.draw();
     }
 
@@ -66,7 +71,12 @@ export class Measure {
     }
 
     draw() {
-        this.line.setLatLngs(this.places.map(latLngOfPlace));
+        const latLngs = this.places.map(latLngOfPlace);
+        this.line.setLatLngs(latLngs);
+        this.corners.clearLayers();
+        for (const latLng of latLngs)
+            L.circleMarker(latLng, {radius: 4, weight: 2, color: '#d1122c', fillColor: '#fff', fillOpacity: 1, interactive: false})
+                .addTo(this.corners);
         this.spot.remove();
         const {distance, samples} = profileOfWay(this.world.newer, this.places);
         const heights = samples.map(({height}) => height);
@@ -86,7 +96,7 @@ export class Measure {
                 element.setAttribute(key, value);
             return element;
         };
-        const picture = shape('svg', {viewBox: `0 0 ${WIDTH} ${HEIGHT}`, role: 'img',
+        const picture = shape('svg', {viewBox: `0 0 ${WIDTH} ${HEIGHT}`, preserveAspectRatio: 'none', role: 'img',
             'aria-label': `Profile of heights from ${Math.round(low)} to ${Math.round(high)}`});
         const cursor = shape('line', {y1: 0, y2: HEIGHT, x1: -9, x2: -9, class: 'cursor'});
         picture.append(shape('polygon', {points: `0,${HEIGHT} ${points.join(' ')} ${WIDTH},${HEIGHT}`, class: 'ground'}),

@@ -64,7 +64,8 @@ function paintSpots(context, container, place) {
             context.textAlign = 'center';
             context.fillText(spot.textContent, x, y);
         } else if (spot.textContent) {
-            paintLabel(context, spot.textContent, left + width + 4, y, 'left');
+            const isLeft = spot.querySelector('.name.left') !== null;
+            paintLabel(context, spot.textContent, isLeft ? left - 4 : left + width + 4, y, isLeft ? 'right' : 'left');
         }
     }
 }

@@ -1,7 +1,7 @@
 // One field that finds places, dungeons, marks, block numbers and coordinates as they are typed.
 import {blockText, placeOfText, textOfPlace} from './coordinates.js';
 import {make} from './dom.js';
-import {BLOCKS, CELLS} from './land.js';
+import {CELLS, isBlockOfMap} from './land.js';
 
 const MOST = 9;
 const plain = text => text.normalize('NFD').replace(/\p{M}/gu, '').toLowerCase();
@@ -21,7 +21,7 @@ export function findPlaces(text, world, marks) {
     const block = /^(?:0x)?([0-9a-f]{4})$/i.exec(wanted);
     if (block) {
         const number = parseInt(block[1], 16);
-        if (number >> 8 < BLOCKS && (number & 0xFF) < BLOCKS)
+        if (isBlockOfMap(number))
             found.push({name: `Block ${blockText(number)}`, kind: 'block', detail: world.dungeonNames.get(number) || '',
                 place: placeOfBlock(number)});
     }

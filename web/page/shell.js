@@ -7,7 +7,7 @@ export class Shell {
         this.panels = new Map();
         this.bar = make('div', {class: 'tools card', role: 'toolbar', 'aria-label': 'Tools'});
         this.panel = find('panel');
-        this.heading = make('h2', {});
+        this.heading = make('h2', {id: 'panel-title'});
         this.body = make('div', {class: 'body'});
         this.panel.append(make('button', {class: 'close', 'aria-label': 'Close', onclick: () => this.open(null)}, '×'), this.heading, this.body);
         this.panel.addEventListener('keydown', event => {
@@ -59,8 +59,8 @@ export class Shell {
 /** How the page is used, and the licences of what is in it. */
 export function aboutPanel(title) {
     const keys = [
-        ['Arrow keys, drag', 'move'], ['+ and −, wheel, pinch, double click', 'zoom'], ['/', 'search'], ['R', 'relief or flat map'],
-        ['Right or Ctrl drag, two fingers, Q E, Page up and down', 'in the relief: turn and tilt'], ['Click', 'pin what is under the cursor']];
+        ['Arrow keys, drag', 'move'], ['+ and −, wheel, pinch, double click', 'zoom'], ['/', 'search'], ['Tab, then arrow keys, Enter', 'go through the places in view'], ['R', 'relief or flat map'],
+        ['Right or Ctrl drag, two fingers, Q E, Page up and down', 'in the relief: turn and tilt'], ['Click, Enter', 'pin what is under the cursor']];
     return make('div', {}, make('p', {}, `${title}, drawn by this page from the land's own data. Nothing is loaded from anywhere.`),
         make('dl', {class: 'keys'}, ...keys.map(([key, use]) => [make('dt', {}, key), make('dd', {}, use)]).flat()),
         make('details', {}, make('summary', {}, 'Licences'), make('pre', {class: 'licences'}, textOf('licences'))));
