@@ -72,7 +72,7 @@ TEST_F(OutputRun, ListsChangesOnStandardOutput) {
 TEST_F(OutputRun, EndsWithAWordWhenThereIsNotEnoughMemory) {
     // From too little for the land to nearly enough. Where the program does not even start, the
     // system says so.
-    for (const std::string kibibytes : {"40000", "70000", "100000", "150000"}) {
+    for (const std::string kibibytes : {"40000", "70000", "100000", "140000", "150000", "250000"}) {
         const ProgramRun result =
             shell("ulimit -c 0; ulimit -v " + kibibytes + "; exec \"$0\" -g \"$1\" \"$2\"");
         const bool isDrawn = std::filesystem::remove(folder / "map.png");

@@ -4,6 +4,8 @@
 #include "map/overlay/lettering/WQMaskSurface.h"
 
 #include <algorithm>
+#include <array>
+#include <latch>
 #include <pango/pangocairo.h>
 #include <sys/mman.h>
 #include <system_error>
@@ -11,8 +13,12 @@
 
 namespace {
 
-/// More than Pango and its libraries ask for to set one short text, fonts included.
-constexpr std::size_t kMemoryForText = std::size_t{64} << 20;
+/// More than Pango and its libraries ask for to set one short text.
+constexpr std::size_t kMemoryForText = std::size_t{32} << 20;
+/// To look for a font, Pango starts up to three threads at once, of which each takes a stack and,
+/// of the addresses that a process may have, a heap of 64 MiB.
+constexpr int kThreadsForFont = 3;
+constexpr std::size_t kMemoryForFont = kMemoryForText + kThreadsForFont * (std::size_t{72} << 20);
 
 struct Free {
     void operator()(gpointer object) const { g_object_unref(object); }
@@ -22,23 +28,33 @@ struct Free {
 template <class T>
 using Handle = std::unique_ptr<T, Free>;
 
-// GLib, on which Pango stands, ends the process where it gets no memory or no thread, so both have
-// to be tried before.
+// GLib and fontconfig, on which Pango stands, end the process where they get no memory or no
+// thread, so both have to be tried before.
 
-bool hasMemoryForText() {
-    void *memory = mmap(nullptr, kMemoryForText, PROT_READ | PROT_WRITE,
+bool hasMemory(std::size_t size) {
+    void *memory = mmap(nullptr, size, PROT_READ | PROT_WRITE,
                         MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-    return memory != MAP_FAILED && munmap(memory, kMemoryForText) == 0;
+    return memory != MAP_FAILED && munmap(memory, size) == 0;
 }
 
-/// Pango looks for fonts in a thread of its own.
-bool canStartThread() {
+/// Whether the threads that look for a font can be there side by side.
+bool canStartThreads() {
     try {
-        std::thread([] {}).join();
+        std::latch allStarted(1);
+        std::array<std::jthread, kThreadsForFont> threads;
+        // Let go before the threads are waited for, even if only some could be started.
+        const std::unique_ptr<std::latch, decltype([](std::latch *latch) { latch->count_down(); })>
+            release(&allStarted);
+        for (std::jthread &thread : threads)
+            thread = std::jthread([&allStarted] { allStarted.wait(); });
         return true;
     } catch (const std::system_error &) {
         return false;
     }
+}
+
+bool canLookForFonts() {
+    return canStartThreads() && hasMemory(kMemoryForFont);
 }
 
 bool isASCII(const std::string &text) {
@@ -76,7 +92,7 @@ struct WQPangoTextSetter::Layout {
 };
 
 WQPangoTextSetter::WQPangoTextSetter() {
-    if (canStartThread() && hasMemoryForText())
+    if (canLookForFonts())
         _layout = std::make_unique<Layout>();
     else
         ZPLog("Error: no memory or no thread for fonts; the labels of the map are missing.");
@@ -84,11 +100,11 @@ WQPangoTextSetter::WQPangoTextSetter() {
 
 WQPangoTextSetter::~WQPangoTextSetter() = default;
 
-/// Whether a text can be set without risk. To try for a thread takes as long as to set a short
-/// label, so that is done only where fonts may have to be looked for.
+/// Whether a text can be set without risk. To try for threads takes as long as to set some short
+/// labels, so that is done only where fonts may have to be looked for.
 bool WQPangoTextSetter::canSet(const std::string &text, const WQFont &font) {
     const bool isKnown = !_knownFonts.emplace(font.families, font.sizeInPixels, font.isBold).second;
-    return ((isKnown && isASCII(text)) || canStartThread()) && hasMemoryForText();
+    return isKnown && isASCII(text) ? hasMemory(kMemoryForText) : canLookForFonts();
 }
 
 WQTextMask WQPangoTextSetter::set(const std::string &text, const WQFont &font) {
