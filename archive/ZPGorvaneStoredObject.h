@@ -53,8 +53,8 @@ class ZPGorvaneStoredObject {
 
     /// Writes the dump as UTF-8. With an empty one it fails with code 0 of
     /// "ZPGorvaneStorageErrorDomain".
-    [[nodiscard]] bool saveToPath(const std::filesystem::path &path,
-                                  ZPError *error = nullptr) const;
+    [[nodiscard]] virtual bool saveToPath(const std::filesystem::path &path,
+                                          ZPError *error = nullptr) const;
     /// The same, and sets the file's times; a failure of that alone has code 0 with the POSIX error
     /// beneath it.
     [[nodiscard]] bool saveToPath(const std::filesystem::path &path, std::uint32_t mtime,

@@ -10,6 +10,14 @@
 
 namespace {
 
+/// Says that it was saved where nothing is.
+class LostRecord final : public ZPGorvaneStoredObject {
+  public:
+    LostRecord() : ZPGorvaneStoredObject(0x06000001u) {}
+    using ZPGorvaneStoredObject::saveToPath;
+    bool saveToPath(const std::filesystem::path &, ZPError *) const override { return true; }
+};
+
 TEST(StoredObject, SavesItsDumpWithTheTimeOfItsFile) {
     const TemporaryFolder folder;
     ZPGorvaneStoredObject record(0x06000001);
@@ -36,6 +44,15 @@ TEST(StoredObject, SavesItsDumpWithTheTimeOfItsFile) {
     EXPECT_FALSE(record.setModificationDate(1234567890, folder / "none", &error));
     EXPECT_EQ(error.domain, kZPPOSIXErrorDomain);
     EXPECT_EQ(error.code, ENOENT);
+
+    ASSERT_FALSE(LostRecord().saveToPath(folder / "none", 1234567890, &error));
+    EXPECT_EQ(error.domain, kZPGorvaneStorageErrorDomain);
+    EXPECT_EQ(error.code, ZPGorvaneStorageErrorGeneral);
+    const auto cause = error.userInfo.find(NSUnderlyingErrorKey);
+    ASSERT_NE(cause, error.userInfo.end());
+    const auto &underlying = std::get<std::shared_ptr<const ZPError>>(cause->second);
+    EXPECT_EQ(underlying->domain, kZPPOSIXErrorDomain);
+    EXPECT_EQ(underlying->code, ENOENT);
 }
 
 } // namespace
