@@ -75,6 +75,10 @@ bool WQMapper::setupLandBlockData() {
 }
 
 bool WQMapper::setupLandBlockData(bool comparesWithOldData) {
+    if (_clientData.cellDataFile() == nullptr) {
+        ZPLog("Error: the client data is of no directory, so there is no land.");
+        return false;
+    }
     const WQWorldInfo *worldInfo = _clientData.worldInfo();
     _landGrid = WQLandGrid::allocate();
     if (_landGrid == nullptr) {
@@ -90,7 +94,8 @@ bool WQMapper::setupLandBlockData(bool comparesWithOldData) {
     _shortcomings.clear();
     WQDataFile &cellDataFile = *_clientData.cellDataFile();
     cellDataFile.loadFileEntriesIfNecessary();
-    if (comparesWithOldData && _oldClientData != nullptr)
+    if (comparesWithOldData && _oldClientData != nullptr &&
+        _oldClientData->cellDataFile() != nullptr)
         compareWithOldData();
 
     const ZPStage stage("read blocks");

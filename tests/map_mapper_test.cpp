@@ -43,6 +43,20 @@ class LandSetup : public testing::Test {
     TemporaryFolder folder;
 };
 
+TEST_F(LandSetup, ClientDataOfNoDirectoryHasNoLand) {
+    writeWorld("newer", {{0x1234FFFF, landBlock(0x1234FFFF, std::byte{1})}});
+    WQClientData none, newer(folder / "newer");
+    ZPError error;
+    EXPECT_FALSE(WQMapper(none).saveMapToURL(folder / "map.png", &error));
+    EXPECT_EQ(error.domain, kWQMapperErrorDomain);
+    EXPECT_FALSE(WQMapper(none).saveHeightMapToURL(folder / "map.png", &error));
+    EXPECT_FALSE(std::filesystem::exists(folder / "map.png"));
+    WQMapper mapper(newer);
+    mapper.setOldClientData(&none);
+    ASSERT_TRUE(mapper.setupLandBlockData());
+    EXPECT_EQ(mapper.comparison(), nullptr);
+}
+
 TEST_F(LandSetup, LoadsBothArchivesBeforeItCompares) {
     const ZPData low = landBlock(0x1234FFFF, std::byte{1}),
                  high = landBlock(0x1234FFFF, std::byte{2});
