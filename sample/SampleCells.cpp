@@ -111,7 +111,7 @@ std::vector<std::byte> SampleDungeonCellRecord(const SampleWorld &world,
     SampleRandom random(SampleHash(world.options().seed + dungeon.edition, identifier));
     const std::uint32_t surfaces = 4 + random.below(10), portals = 2 + random.below(6);
     const std::uint32_t visible = random.below(std::min(dungeon.cellCount + 1, 40u));
-    const std::uint32_t things = random.below(4) * (1 + random.below(5));
+    const std::uint32_t kinds = random.below(4), things = kinds * (1 + random.below(5));
     ZPMutableDataCursor record;
     record.writeLittleInt32(identifier);
     record.writeLittleInt32(things > 0 ? 2 : 0);

@@ -175,7 +175,8 @@ void SampleLandform::sinkLakes(std::uint64_t seed) {
     for (int tries = 0; tries < 4000 && wanted > 0; ++tries) {
         const SamplePoint centre = {static_cast<float>(random.range(100, 1900)),
                                     static_cast<float>(random.range(100, 1900))};
-        const float radius = static_cast<float>(8 + 34 * random.unit() * random.unit());
+        const double share = random.unit();
+        const float radius = static_cast<float>(8 + 34 * share * random.unit());
         if (_coast.linear(centre.x, centre.y) < 0.10f + radius * 0.001f ||
             _height.linear(centre.x, centre.y) > 130 ||
             SampleDistance(centre, _volcano) < kVolcanoRadius + radius)

@@ -58,9 +58,10 @@ std::vector<std::byte> traderRecord(const SampleWorld &world, std::uint32_t numb
     SampleRandom random(SampleHash(world.options().seed ^ 0x41, number));
     ZPMutableDataCursor record;
     record.writeLittleInt32(firstTrader + number);
-    record.wq_writeVar30String(
-        std::string(anyOf(firstNames, random)) + " " + anyOf(lastNames, random), true);
-    record.writeLittleInt32(random.below(8) | (random.chance(0.2) ? 0x10 : 0));
+    const std::string lastName = anyOf(lastNames, random);
+    record.wq_writeVar30String(anyOf(firstNames, random) + (" " + lastName), true);
+    const std::uint32_t habits = random.below(8);
+    record.writeLittleInt32(habits | (random.chance(0.2) ? 0x10 : 0));
     record.writeLittleInt32(firstTownship + number / tradersPerTown);
     const std::uint32_t wares = 1 + random.below(4);
     record.writeLittleInt16(static_cast<std::uint16_t>(wares));
@@ -87,7 +88,8 @@ std::vector<std::byte> chronicleRecord(const SampleWorld &world, std::uint32_t n
     std::uint32_t year = 410 + number * 10;
     for (std::uint32_t entry = 0; entry < entries; ++entry) {
         record.writeBigInt16(static_cast<std::uint16_t>(year += random.below(3)));
-        record.writeByte(static_cast<std::uint8_t>((1 + random.below(12)) | random.below(5) << 4));
+        const std::uint32_t month = 1 + random.below(12);
+        record.writeByte(static_cast<std::uint8_t>(month | random.below(5) << 4));
         const std::uint32_t concerned = std::min(towns, random.below(3));
         record.writeByte(static_cast<std::uint8_t>(concerned));
         for (std::uint32_t town = 0; town < concerned; ++town)

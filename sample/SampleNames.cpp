@@ -24,7 +24,8 @@ std::string anyOf(const char *const (&parts)[Count], SampleRandom &random) {
 }
 
 std::string anyName(SampleRandom &random) {
-    std::string name = anyOf(kBeginnings, random) + anyOf(kEndings, random);
+    const std::string ending = anyOf(kEndings, random);
+    std::string name = anyOf(kBeginnings, random) + ending;
     if (random.chance(0.12))
         return anyOf(kBefore, random) + name;
     return random.chance(0.14) ? name + anyOf(kAfter, random) : name;

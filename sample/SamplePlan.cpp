@@ -20,8 +20,9 @@ class Planner {
     explicit Planner(std::uint64_t seed) : _random(SampleHash(seed, 4)) {}
 
     SamplePlan makePlan() {
+        const std::uint32_t lobes = 4 + _random.below(3);
         const std::size_t first =
-            growContinent({between(520, 1000), between(720, 1320)}, 4 + _random.below(3), 380, 500);
+            growContinent({between(520, 1000), between(720, 1320)}, lobes, 380, 500);
         raiseRanges(first, 54, 1.0f);
         if (const auto place = farthestPlace(300)) {
             const std::size_t second = growContinent(*place, 1 + _random.below(3), 200, 300);

@@ -11,7 +11,8 @@ constexpr std::uint64_t SampleHash(std::uint64_t a, std::uint64_t b) {
 }
 
 /// A small generator whose numbers are the same on every machine, which those of <random>'s
-/// distributions are not.
+/// distributions are not. One expression draws one number, since compilers differ in the order in
+/// which they evaluate the parts of it.
 class SampleRandom {
   public:
     explicit SampleRandom(std::uint64_t seed) : _state(seed) {}

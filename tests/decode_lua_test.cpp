@@ -44,9 +44,9 @@ class LuaDecoder : public testing::Test {
 
     /// Why a file is refused.
     std::string refusal(const std::string &script) {
-        std::string message = "accepted";
-        ZPLuaDecoder::decoderAtPath(write(script), message);
-        return message;
+        std::string message;
+        const auto decoder = ZPLuaDecoder::decoderAtPath(write(script), message);
+        return decoder != nullptr ? "accepted" : message;
     }
 
     std::string json() const {
