@@ -26,9 +26,13 @@ std::vector<std::filesystem::path> decoderFolders(const GlobalOptions &options) 
     std::error_code fault;
     const auto program = std::filesystem::read_symlink("/proc/self/exe", fault).parent_path();
     if (!fault) {
-        folders.push_back(program.parent_path() / "share/plotterra/decoders");
-        // A program that was built and not installed.
-        folders.push_back(program.parent_path() / "decoders");
+        auto shipped = program.parent_path() / "share/plotterra/decoders";
+        // A program that was built and not installed has them beside its build folder.
+        auto built = program.parent_path() / "decoders";
+        if (!std::filesystem::is_directory(shipped, fault) &&
+            std::filesystem::is_directory(built, fault))
+            shipped = std::move(built);
+        folders.push_back(std::move(shipped));
     }
     return folders;
 }

@@ -3,6 +3,8 @@
 #include "io/ZPSystemLog.h"
 #include "io/ZPText.h"
 
+#include <system_error>
+
 namespace {
 
 std::string recordsOf(const ZPLuaDecoderDescription &decoder) {
@@ -36,8 +38,9 @@ int listDecoders(const GlobalOptions &global) {
             status = kFoundOrFailed;
         }
     }
+    std::error_code fault;
     for (const auto &folder : decoderFolders(global))
-        if (!std::filesystem::is_directory(folder))
+        if (!std::filesystem::is_directory(folder, fault))
             say("no decoders in " + folder.string());
     output.flush();
     return status;

@@ -26,8 +26,11 @@ cd "$folder"
 ! grep "shapes and labels are missing" log
 "$prefix/bin/plotterra-web" "$world" page.html >/dev/null 2>&1
 [ -s page.html ] || fail "no page"
-"$prefix/bin/plotterra-data" decoders 2>&1 | grep -q "$prefix/share/plotterra/decoders" ||
-    fail "its decoders are not found"
+"$prefix/bin/plotterra-data" decoders >decoders 2>log
+for decoder in "$source"/decoders/*.lua; do
+    grep -qF "$prefix/share/plotterra/decoders/${decoder##*/}" decoders || fail "$decoder is not found"
+done
+! grep -F "$prefix" log || fail "a folder that is not installed is missed"
 
 # Man pages and completions, which know every option that the man page tells of.
 for program in Plotterra plotterra-sample plotterra-data plotterra-web; do
