@@ -68,14 +68,15 @@ class Browser:
                 raise AssertionError(f"waited in vain; the address is {self.fragment}")
             time.sleep(0.05)
 
-    def wait_for_calm(self):
-        """Until all is drawn and two pictures of the window, a moment apart, are the same."""
+    def wait_for_calm(self, area=None):
+        """Until all is drawn and two pictures of the window, or of an area `[x, y, width, height]`
+        of it, a moment apart, are the same."""
         last = [None]
 
         def is_calm():
             time.sleep(0.2)
             self.wait(lambda: self.one("#stage").get_attribute("aria-busy") == "false")
-            now = self.screenshot()
+            now = self.screenshot(area)
             is_same, last[0] = now == last[0], now
             return now if is_same else None
 
@@ -113,8 +114,11 @@ class Browser:
         """What a screen reader says of the element with the focus."""
         return self.driver.switch_to.active_element.accessible_name
 
-    def screenshot(self):
-        return self.driver.get_screenshot_as_base64()
+    def screenshot(self, area=None):
+        if area is None:
+            return self.driver.get_screenshot_as_base64()
+        clip = dict(zip(("x", "y", "width", "height"), area), scale=1)
+        return self.driver.execute_cdp_cmd("Page.captureScreenshot", {"clip": clip})["data"]
 
     def faults(self):
         """What the console complains of: errors, and violations of the page's policy."""

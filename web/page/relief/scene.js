@@ -9,6 +9,7 @@ const HAZE = [0.79, 0.85, 0.9], ZENITH = [0.36, 0.55, 0.76], WATER_COLOR = [0.25
 /** The farther off the eye, the clearer the air: the land in the middle is always to be seen. */
 const hazeDensity = (haze, distance) => 0.9 * haze / (1500 + 2 * distance);
 const OUTER_SEA = 30000;
+const SKIRT = 2, SKIRT_DROP = 0.3;
 
 export class ReliefScene {
     /** Throws where the graphics processor cannot be had or cannot do what is needed. */
@@ -33,7 +34,6 @@ export class ReliefScene {
             skin: {value: skin.whole}, detail: {value: skin.detail}, detailWindow: {value: new THREE.Vector3()}};
         this.addOuterSea(land);
         this.addSky();
-        this.triangles = 0;
     }
 
     addOuterSea(land) {
@@ -118,7 +118,6 @@ export class ReliefScene {
             uniforms.square.value.set(x, y, cell);
             uniforms.morph.value.set(Math.min(1e8, morph[0]), Math.min(2e8, morph[1]));
         });
-        this.triangles = chosen.length * NODE_CELLS * NODE_CELLS * 2;
     }
 
     newSquare() {
@@ -158,13 +157,22 @@ function squareGeometry() {
     return geometry;
 }
 
-/** A wide square with a hole where the world is. */
+/**
+ * A wide square with a hole where the world is. It goes on a little below the land's edge, whose many
+ * points would else leave cracks along the hole's few.
+ */
 function frameGeometry() {
-    const low = -OUTER_SEA, high = LAND_SIZE - 1 + OUTER_SEA, edge = LAND_SIZE - 1;
+    const ring = (low, high, z) => [low, low, z, high, low, z, high, high, z, low, high, z], edge = LAND_SIZE - 1;
+    const points = [...ring(-OUTER_SEA, edge + OUTER_SEA, 0), ...ring(0, edge, 0), ...ring(SKIRT, edge - SKIRT, -SKIRT_DROP)];
+    const corners = [];
+    for (const start of [0, 4])
+        for (let side = 0; side < 4; ++side) {
+            const one = start + side, two = start + (side + 1) % 4;
+            corners.push(one, two, two + 4, one, two + 4, one + 4);
+        }
     const geometry = new THREE.BufferGeometry();
-    geometry.setAttribute('position', new THREE.Float32BufferAttribute([
-        low, low, 0, high, low, 0, high, high, 0, low, high, 0, 0, 0, 0, edge, 0, 0, edge, edge, 0, 0, edge, 0], 3));
-    geometry.setIndex([0, 1, 5, 0, 5, 4, 1, 2, 6, 1, 6, 5, 2, 3, 7, 2, 7, 6, 3, 0, 4, 3, 4, 7]);
+    geometry.setAttribute('position', new THREE.Float32BufferAttribute(points, 3));
+    geometry.setIndex(corners);
     return geometry;
 }
 

@@ -77,7 +77,7 @@ uniform float floorElevation;
 varying vec3 seen;
 ${HEIGHT_OF_ELEVATION}
 void main() {
-    seen = (viewMatrix * vec4(position.xy, heightOf(floorElevation), 1.0)).xyz;
+    seen = (viewMatrix * vec4(position.xy, heightOf(floorElevation) + position.z, 1.0)).xyz;
     gl_Position = projectionMatrix * vec4(seen, 1.0);
 }`;
 
