@@ -122,6 +122,8 @@ TEST_F(DataCommands, SelectsAndSorts) {
               "04000001 06000002 13000002 ");
     EXPECT_EQ(identifiers({"--larger", "6"}), "06000002 ");
     EXPECT_EQ(identifiers({"--newer", "2001-09-10"}), "13000002 ");
+    EXPECT_EQ(identifiers({"--newer", "1200000000"}), "13000002 ");
+    EXPECT_EQ(identifiers({"--newer", "1200000001"}), "");
     EXPECT_EQ(identifiers({"--damaged"}), "13000001 ");
     EXPECT_EQ(identifiers({"--sound", "--type", "13"}), "13000002 13000003 ");
     EXPECT_EQ(identifiers({"--sort", "-size,-id", "--type", "4,6,13"}),

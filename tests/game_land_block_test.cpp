@@ -127,6 +127,12 @@ TEST(LandBlock, EditingOperations) {
     block.changeLandTypes4();
     EXPECT_EQ((std::array{word(47), word(46), word(37), word(50), word(49), word(40)}),
               (std::array<std::uint16_t, 6>{0, 40, kA, 0, 40, kB}));
+    // An even column beside it: k is 2.
+    ZPData beside = recordOf(1, 0);
+    beside[3] = std::byte{0x7E};
+    WQLandBlock even = decoded(beside);
+    even.changeLandTypes2(3);
+    EXPECT_EQ(even.topology()[46], 0x10000 + 8 - 800);
     const std::string log = captured.take();
     EXPECT_NE(log.find("b) xx: 0x7f, yy: 0x01, t2: 0xfd2c, ind: 16203"), std::string::npos) << log;
     EXPECT_NE(log.find("t1:  0, t2: fd2c, t3: 28"), std::string::npos);

@@ -131,12 +131,28 @@ TEST(SystemLog, EscapesWhatATerminalWouldObey) {
     EXPECT_TRUE(logged(std::string(70000, 'x')).ends_with("xxx... and 4464 bytes more\n"));
 }
 
+TEST(Extensions, UTF8IsValidUpToTheEndsOfItsRanges) {
+    // The last of each length, the first of the next, and the same written too long.
+    for (const char *valid :
+         {"\x7f", "\xc2\x80", "\xdf\xbf", "\xe0\xa0\x80", "\xed\x9f\xbf", "\xee\x80\x80",
+          "\xef\xbf\xbf", "\xf0\x90\x80\x80", "\xf4\x80\x80\x80", "\xf4\x8f\xbf\xbf"}) {
+        EXPECT_TRUE(ZPIsValidUTF8(valid)) << valid;
+        EXPECT_EQ(ZPStringFromUTF16(ZPUTF16FromString(valid)), valid);
+    }
+    for (const char *invalid :
+         {"\x80", "\xc1\xbf", "\xc2", "\xe0\x9f\xbf", "\xed\xa0\x80", "\xed\xbf\xbf",
+          "\xf0\x8f\xbf\xbf", "\xf4\x90\x80\x80", "\xf5\x80\x80\x80"})
+        EXPECT_FALSE(ZPIsValidUTF8(invalid)) << invalid;
+}
+
 TEST(Extensions, TextsAndHashes) {
     EXPECT_EQ(ZPSHA1DigestString({}), "da39a3ee5e6b4b0d3255bfef95601890afd80709");
     EXPECT_EQ(ZPSHA1DigestString(hex("616263")), "a9993e364706816aba3e25717850c26c9cd0d89d");
     EXPECT_EQ(ZPFourCCStringForValue(0x41424344), "ABCD");
     EXPECT_EQ(ZPStringForFlags(0x00A00001), "..a....1");
     EXPECT_EQ(ZPTimeFromSeconds(86400 * 1.5), " 1.50 days (129600.000000 seconds)");
+    EXPECT_EQ(ZPTimeFromSeconds(86400 * 364.0), "364.00 days (31449600.000000 seconds)");
+    EXPECT_EQ(ZPTimeFromSeconds(86400 * 365.0), "1 years,  0.00 days (31536000.000000 seconds)");
     EXPECT_EQ(ZPTimeFromSeconds(86400 * 400.0), "1 years, 35.00 days (34560000.000000 seconds)");
     std::uint32_t value = 5;
     EXPECT_FALSE(ZPScanHexValue("xyz", value));

@@ -97,6 +97,17 @@ TEST(OverlayDrawing, MixesWithGroundOfAnyAlpha) {
         EXPECT_TRUE(pixel.green == 0 && pixel.blue == 0 && (pixel.alpha != 0 || pixel.red == 0));
 }
 
+TEST(OverlayDrawing, AShapeLooksTheSameHoweverOftenItWasDrawn) {
+    OverlayCanvas canvas(1), fresh(1);
+    WQShape disc = WQShape::filled({{}, 5});
+    for (const WQImagePoint &point :
+         {WQImagePoint{20.25, 20.25}, {40.25, 20.75}, {60.75, 20.25}, {80.25, 20.25}}) {
+        disc.drawAtPoint(point, {}, canvas.drawing);
+        WQShape::filled({{}, 5}).drawAtPoint(point, {}, fresh.drawing);
+    }
+    EXPECT_TRUE(canvas.pixels(0, 0, 100, 40) == fresh.pixels(0, 0, 100, 40));
+}
+
 TEST(OverlayDrawing, LabelStaysInItsBox) {
     for (const unsigned scale : {1u, 8u}) {
         OverlayCanvas canvas(scale);

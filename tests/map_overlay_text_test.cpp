@@ -94,18 +94,25 @@ TEST_F(OverlayText, NumbersOfTheGridAreTheSameOnBothSides) {
         EXPECT_EQ(grid.pixels(size - frame - 45, at(units) - 20, 40, 40),
                   grid.pixels(size - frame - 45, at(-units) - 20, 40, 40))
             << units;
-        // And each is the number itself.
-        OverlayCanvas plain(4);
-        const WQText number = plain.typesetter.set(std::to_string(units), {kWQSansFamilies, 16});
-        number.drawWithShadowAtPoint({std::floor(at(units) + 0.5 - number.width() / 2), 4 + frame},
-                                     plain.drawing);
-        plain.drawing.fillRectangle({double(at(units)), 0, 1, 1}, kBlack);
-        std::size_t wrong = 0;
-        const auto expected = plain.pixels(at(units) - 40, frame + 2, 80, 25);
-        const auto drawn = grid.pixels(at(units) - 40, frame + 2, 80, 25);
-        for (std::size_t index = 0; index < drawn.size(); ++index)
-            wrong += expected[index] == kWhite && drawn[index] != kWhite;
-        EXPECT_EQ(wrong, 0u) << units;
+        // And each is the number itself, in its place.
+        const WQText number = grid.typesetter.set(std::to_string(units), {kWQSansFamilies, 16});
+        const auto expectNumber = [&](double numberX, double numberY, int x, int y, int width,
+                                      int height) {
+            OverlayCanvas plain(4);
+            number.drawWithShadowAtPoint({numberX, numberY}, plain.drawing);
+            const auto expected = plain.pixels(x, y, width, height);
+            const auto drawn = grid.pixels(x, y, width, height);
+            std::size_t wrong = 0;
+            for (std::size_t index = 0; index < drawn.size(); ++index)
+                wrong += (expected[index] == kWhite) != (drawn[index] == kWhite);
+            EXPECT_EQ(wrong, 0u) << units << " at " << numberX;
+        };
+        const double x = std::floor(at(units) + 0.5 - number.width() / 2),
+                     y = std::floor(at(units) + 0.5 - number.height() / 2);
+        expectNumber(x, 4 + frame, at(units) - 40, frame + 2, 80, 25);
+        expectNumber(frame + 28 / 3.0, y, frame + 2, at(units) - 20, 45, 40);
+        expectNumber(std::floor(size - frame - 20 / 3.0 - number.width()), y, size - frame - 45,
+                     at(units) - 20, 40, 40);
     }
 }
 

@@ -78,6 +78,20 @@ TEST(PNGFile, DecodesToTheImageAtEveryScale) {
     }
 }
 
+TEST(LandImage, RowsThatADrawingCoversAlikeAreNotTheSame) {
+    const auto image = sampleImage(2, false);
+    auto drawing = std::make_unique<WQDrawing>(2);
+    drawing->fillRectangle({6, 0, 2, static_cast<double>(drawing->size())}, {1, 2, 3, 255});
+    image->setDrawing(std::move(drawing));
+    std::size_t runCount = 0, rowCount = 0;
+    image->readRows(0, image->height(), [&](const WQRowRun &rows) {
+        ++runCount;
+        rowCount += rows.rowCount;
+    });
+    EXPECT_EQ(runCount, kWQLandSize);
+    EXPECT_EQ(rowCount, 2 * kWQLandSize);
+}
+
 TEST(PNGFile, IsTheSameForAnyNumberOfThreads) {
     const TemporaryFolder folder;
     const auto image = sampleImage(2, true);

@@ -169,7 +169,7 @@ TEST_F(PlotterraRun, TakesOptionsInAnyPlaceTheLastOfAKindCounts) {
     EXPECT_THAT(result.logLines(), Contains("outputPath: " + out("map.png")));
     EXPECT_EQ(decodePNG(out("map.png")).width, 2 * kSize);
     const std::pair<std::string, std::string> refusals[] = {
-        {"0", "0"}, {"9", "9"}, {"word", "0"}, {"4294967298", "2147483647"}};
+        {"0", "0"}, {"09", "9"}, {"word", "0"}, {"4294967298", "2147483647"}};
     for (const auto &[scale, number] : refusals) {
         const ProgramRun refused = run({"-s", scale, kWorld, out(scale)});
         EXPECT_EQ(refused.status, 0);

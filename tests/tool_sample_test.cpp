@@ -37,6 +37,13 @@ TEST(SampleProgram, ReplacesItsOwnWorldsAndNothingElse) {
         std::filesystem::remove(installed);
     }
 
+    // A link is somebody's too, wherever it leads.
+    const std::filesystem::path link = folder / "client_cell_1.dat";
+    std::filesystem::create_symlink("elsewhere", link);
+    EXPECT_EQ(make(folder.path()).status, 1);
+    EXPECT_TRUE(std::filesystem::is_symlink(link) && !std::filesystem::exists(link));
+    std::filesystem::remove(link);
+
     std::ofstream(folder / "client_cell_1.dat") << "short";
     EXPECT_EQ(make(folder.path(), {"--force"}).status, 0);
     const std::string first = textOfFile(folder / "client_cell_1.dat");

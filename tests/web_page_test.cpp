@@ -33,9 +33,14 @@ class WebPage : public testing::Test {
     static std::string digestSource(const std::string &text) {
         std::array<unsigned char, SHA256_DIGEST_LENGTH> digest;
         SHA256(reinterpret_cast<const unsigned char *>(text.data()), text.size(), digest.data());
-        std::array<unsigned char, 64> base64{};
-        EVP_EncodeBlock(base64.data(), digest.data(), digest.size());
-        return std::string("'sha256-") + reinterpret_cast<char *>(base64.data()) + "'";
+        return "'sha256-" + base64(std::as_bytes(std::span(digest))) + "'";
+    }
+
+    static std::string base64(std::span<const std::byte> bytes) {
+        std::vector<unsigned char> text((bytes.size() + 2) / 3 * 4 + 1);
+        EVP_EncodeBlock(text.data(), reinterpret_cast<const unsigned char *>(bytes.data()),
+                        static_cast<int>(bytes.size()));
+        return reinterpret_cast<char *>(text.data());
     }
 
     WQWebLand land;
@@ -58,6 +63,19 @@ TEST_F(WebPage, TextIsNeverMarkup) {
     EXPECT_THAT(description, Not(HasSubstr("<")));
     EXPECT_THAT(description, HasSubstr(R"([1.5,-2.0,"\u003c/script>\u003cscript>alert(1))"));
     EXPECT_THAT(description, HasSubstr("broken \xEF\xBF\xBD"));
+}
+
+TEST_F(WebPage, EitherLandHasItsOwnPointsAndFlags) {
+    WQWebLand older;
+    older.grid = WQLandGrid::allocate();
+    older.grid->at(3, 4).heightIndex = 5;
+    older.blocks[0x0102] = 1;
+    land.grid->at(3, 4).heightIndex = 6;
+    land.blocks[0x0203] = 2;
+    content.olderLand = &older;
+    const WQPackableLand olderLand{*older.grid, older.blocks};
+    const ZPData packed = WQPackLand({*land.grid, land.blocks}, &olderLand);
+    EXPECT_EQ(between(WQWebPageWithContent(content), "id=\"land\">", "</script>"), base64(packed));
 }
 
 /// Whatever table the program was built with.
