@@ -29,8 +29,8 @@ class WQMapper {
     WQMapper &operator=(const WQMapper &) = delete;
 
     WQClientData &clientData() const { return _clientData; }
-    /// An older data set to compare with, or null; it must outlive the renderer. Nothing is compared
-    /// with one of no directory.
+    /// An older data set to compare with, or null; it must outlive the renderer. Nothing is
+    /// compared with one of no directory.
     WQClientData *oldClientData() const { return _oldClientData; }
     void setOldClientData(WQClientData *clientData) { _oldClientData = clientData; }
     /// Points without land data are transparent.
