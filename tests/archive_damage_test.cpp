@@ -226,7 +226,9 @@ TEST_F(Damage, NodesThatShareTheirChainsFillNoMemory) {
     getrusage(RUSAGE_SELF, &after);
     EXPECT_EQ(found.files, 61u);
     EXPECT_NE(found.log.find(" and all after it are not followed"), std::string::npos);
+#ifndef PLOTTERRA_SANITIZED // whose own memory counts
     EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 64 * 1024);
+#endif
 }
 
 } // namespace
