@@ -22,6 +22,7 @@ class Bench:
         self.worlds = build / "bench" / "worlds"
         self.out = build / "bench" / "out"
         self.out.mkdir(exist_ok=True)
+        self.extracted = self.out / "extracted"
         self.markers = self.out / "markers.txt"
         write_markers(self.markers)
         self.cases = []
@@ -61,21 +62,25 @@ class Bench:
         return case
 
     def add_extraction(self):
-        """All land blocks to disk, and a copy of the same files."""
-        folder, copy = self.out / "blocks", self.out / "copied-blocks"
-        program, archive = self.build / "plotterra-data", "client_cell_1.dat"
-        extract = [program, "extract", "--type", "WQLandBlock",
-                   self.worlds / "full-size" / archive, folder]
+        """All land blocks to disk, and a copy of the same files. Each run makes a folder of its
+        own, and they go when all is measured: ext4 lets deleted inodes rest for minutes, and just
+        after a removal creating files takes several times as long."""
+        shutil.rmtree(self.extracted, ignore_errors=True)
+        self.extracted.mkdir()
+        archive = self.worlds / "full-size" / "client_cell_1.dat"
+        extract = [self.build / "plotterra-data", "extract", "--type", "WQLandBlock", archive]
 
-        def without(made, command):
-            shutil.rmtree(made, ignore_errors=True)
-            return run(command, self.out)
+        def made():
+            return len(list(self.extracted.iterdir()))
 
-        case = Case("full-size, extract all 61,774 land blocks", lambda: without(folder, extract))
+        case = Case("full-size, extract all 61,774 land blocks",
+                    lambda: run([*extract, self.extracted / f"{made()}"], self.out), SLOW)
         self.cases.append(case)
         self.own.append(case)
-        peer = self.add_peer("cp -r of the same files", case,
-                             lambda: without(copy, ["cp", "-r", folder, copy]))
+        peer = self.add_peer(
+            "cp -r of the same files", case,
+            lambda: run(["cp", "-r", self.extracted / "0", self.extracted / f"{made()}"], self.out),
+            SLOW)
         return case, peer
 
     def older(self, world):
@@ -263,6 +268,7 @@ def measure(bench, rounds):
     differences = bench.add_data("diff", "diff", older, world, statuses=(1,))
     extracted, copied = bench.add_extraction()
     measure_all(bench.cases, rounds)
+    shutil.rmtree(bench.extracted)
     peak, step = peak_memory(bench)
 
     targets = []

@@ -26,10 +26,12 @@ class DifferenceWriter {
                      const WQDecoderSet &decoders)
         : _options(options), _isTSV(options.format == "tsv"), _decoders(decoders),
           _oldReader(before, decoders), _newReader(after, decoders) {
-        if (_isTSV)
-            _output.write(options.withDigests
-                              ? "identifier\tarchive\tchange\tclass\told\tnew\told-sha1\tnew-sha1\n"
-                              : "identifier\tarchive\tchange\tclass\told\tnew\n");
+        if (!_isTSV)
+            return;
+        std::string header = "identifier\tarchive\tchange\tclass\told\tnew";
+        header += options.withDigests ? "\told-sha1\tnew-sha1" : "";
+        header += options.withRecords ? "\tfield\n" : "\n";
+        _output.write(header);
     }
 
     void write(const Archive *before, const Archive *after) {
@@ -62,10 +64,7 @@ class DifferenceWriter {
         const std::string oldSize = sizeOf(change.before), newSize = sizeOf(change.after);
         std::string line;
         if (_isTSV) {
-            appendIdentifier(line, change.identifier);
-            for (const std::string &field :
-                 {archive.name, std::string(name), className, oldSize, newSize})
-                line += '\t' + field;
+            line = lineOf({archive.name, name, className, oldSize, newSize}, change.identifier);
         } else {
             line = ZPFormat("%-8s", name);
             appendIdentifier(line, change.identifier);
@@ -80,9 +79,20 @@ class DifferenceWriter {
                 line += _isTSV ? '\t' : ' ';
                 line += _isTSV || !digest.empty() ? digest : "-";
             }
-        _output.write(line + '\n');
+        line += _isTSV && _options.withRecords ? "\t\n" : "\n";
+        _output.write(line);
         if (_options.withRecords && !isAdded && !isRemoved)
-            writeRecordChanges(change, *before, *after);
+            writeRecordChanges(change, *before, *after, className);
+    }
+
+    /// Of a table: the identifier, and what follows.
+    static std::string lineOf(std::initializer_list<std::string_view> fields,
+                              std::uint32_t identifier) {
+        std::string line;
+        appendIdentifier(line, identifier);
+        for (const std::string_view field : fields)
+            line.append("\t").append(field);
+        return line;
     }
 
     static std::string digestOf(const ZPGorvaneFileEntry *entry, const Archive *archive) {
@@ -93,7 +103,8 @@ class DifferenceWriter {
         return bytes ? ZPSHA1DigestString(*bytes) : std::string();
     }
 
-    void writeRecordChanges(const FileChange &change, const Archive &before, const Archive &after) {
+    void writeRecordChanges(const FileChange &change, const Archive &before, const Archive &after,
+                            const std::string &className) {
         ZPData oldScratch, newScratch;
         const auto oldBytes = before.dataFile->readBytesForFileEntry(*change.before, oldScratch);
         const auto newBytes = after.dataFile->readBytesForFileEntry(*change.after, newScratch);
@@ -110,13 +121,19 @@ class DifferenceWriter {
                 return;
             }
         for (const ZPRecordChange &field :
-             ZPRecordTreeDifference(_oldReader.tree(), _newReader.tree())) {
-            const auto side = [](const std::string &text) {
-                return text.empty() ? "(none)" : text.c_str();
-            };
-            _output.format("    %s: %s => %s\n", field.path.c_str(), side(field.before),
-                           side(field.after));
-        }
+             ZPRecordTreeDifference(_oldReader.tree(), _newReader.tree()))
+            if (_isTSV)
+                _output.write(lineOf({after.name, "field", className, field.before, field.after,
+                                      _options.withDigests ? "\t\t" + field.path : field.path},
+                                     change.identifier) +
+                              "\n");
+            else
+                _output.format("    %s: %s => %s\n", field.path.c_str(), textOrNone(field.before),
+                               textOrNone(field.after));
+    }
+
+    static const char *textOrNone(const std::string &text) {
+        return text.empty() ? "(none)" : text.c_str();
     }
 
     const Options &_options;

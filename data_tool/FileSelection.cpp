@@ -40,24 +40,29 @@ std::uint64_t sizeIn(std::string_view text) {
     return size << shift;
 }
 
+std::optional<std::int64_t> decimalIn(std::string_view digits) {
+    std::int64_t number = 0;
+    const char *end = digits.data() + digits.size();
+    const auto [stop, fault] = std::from_chars(digits.data(), end, number);
+    return fault == std::errc() && stop == end ? std::optional(number) : std::nullopt;
+}
+
 /// Seconds since 1970, of a date or of that number itself.
 std::int64_t timeIn(std::string_view text) {
-    const auto numberIn = [](std::string_view digits) {
-        std::int64_t number = -1;
-        const char *end = digits.data() + digits.size();
-        const auto [stop, fault] = std::from_chars(digits.data(), end, number);
-        return fault == std::errc() && stop == end ? number : -1;
-    };
+    using namespace std::chrono;
+    // A minus parts a date, so no number has one.
     const auto parts = ZPSplitText(text, '-');
-    if (parts.size() == 1 && numberIn(text) >= 0)
-        return numberIn(text);
-    if (parts.size() == 3) {
-        using namespace std::chrono;
-        const year_month_day date(year(static_cast<int>(numberIn(parts[0]))),
-                                  month(static_cast<unsigned>(numberIn(parts[1]))),
-                                  day(static_cast<unsigned>(numberIn(parts[2]))));
-        if (date.ok() && parts[0].size() == 4 && parts[1].size() <= 2 && parts[2].size() <= 2)
-            return sys_seconds(sys_days(date)).time_since_epoch().count();
+    if (parts.size() == 1)
+        if (const auto seconds = decimalIn(text))
+            return *seconds;
+    if (parts.size() == 3 && parts[0].size() == 4 && parts[1].size() <= 2 && parts[2].size() <= 2) {
+        const auto y = decimalIn(parts[0]), m = decimalIn(parts[1]), d = decimalIn(parts[2]);
+        if (y && m && d) {
+            const year_month_day date(year(static_cast<int>(*y)), month(static_cast<unsigned>(*m)),
+                                      day(static_cast<unsigned>(*d)));
+            if (date.ok())
+                return sys_seconds(sys_days(date)).time_since_epoch().count();
+        }
     }
     refuse("--newer", text, "date such as 2005-03-31, nor a number of seconds since 1970");
 }

@@ -1,8 +1,10 @@
 #include "io/ZPSHA1.h"
+#include "io/ZPText.h"
 #include "tests/FamilyArchive.h"
 #include "tests/ProgramRun.h"
 #include "tests/TestSupport.h"
 
+#include <algorithm>
 #include <csignal>
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -124,6 +126,8 @@ TEST_F(DataCommands, SelectsAndSorts) {
     EXPECT_EQ(identifiers({"--newer", "2001-09-10"}), "13000002 ");
     EXPECT_EQ(identifiers({"--newer", "1200000000"}), "13000002 ");
     EXPECT_EQ(identifiers({"--newer", "1200000001"}), "");
+    for (const char *text : {"abcd-03-31", "2005-x-31", "2005-03-3x", "2005-02-30", "05-03-31"})
+        EXPECT_EQ(data({"list", path, "--newer", text}).status, 2) << text;
     EXPECT_EQ(identifiers({"--damaged"}), "13000001 ");
     EXPECT_EQ(identifiers({"--sound", "--type", "13"}), "13000002 13000003 ");
     EXPECT_EQ(identifiers({"--sort", "-size,-id", "--type", "4,6,13"}),
@@ -294,6 +298,15 @@ TEST_F(DataCommands, TellsWhatChangedInRecords) {
     EXPECT_EQ(run.status, 1);
     EXPECT_THAT(run.output, testing::ContainsRegex("    wares.0..price: [0-9]+ => [0-9]+\n"));
     EXPECT_THAT(run.output, Not(HasSubstr("greeting")));
+    // In a table each field is a line like the others, which the other commands take in turn.
+    const std::vector<std::string> asTable = {"diff",   "--records", "--format",  "tsv",
+                                              "--type", "0x41",      kOlderWorld, kWorld};
+    const std::string table = data(asTable).output;
+    EXPECT_THAT(table, testing::ContainsRegex("\n0x410000..\tlocal\tchanged\tTrader\t[0-9]+\t"
+                                              "[0-9]+\t\n0x410000..\tlocal\tfield\tTrader\t"
+                                              "[0-9]+\t[0-9]+\twares.0..price\n"));
+    for (const std::string_view line : ZPSplitText(table, '\n'))
+        EXPECT_EQ(std::ranges::count(line, '\t'), line.empty() ? 0 : 6) << line;
     const ProgramRun land = data({"diff", "--land", kOlderWorld, kWorld});
     EXPECT_EQ(data({"diff", "--land", "--type", "41", kOlderWorld, kWorld}).status, 2);
     EXPECT_THAT(land.output,
