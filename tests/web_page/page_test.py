@@ -125,6 +125,12 @@ class FlatMap(PageTest):
             for button in [*browser.all(".tools button"), browser.one("#search")]:
                 box = button.rect
                 self.assertTrue(0 <= box["x"] and box["x"] + box["width"] <= 390, button.text)
+            # A click fails where something lies over the results.
+            town = (WORLD / "towns.txt").read_text().splitlines()[0].split(";")[2]
+            browser.click("#search")
+            browser.keys(town)
+            browser.click(".results li")
+            browser.wait(lambda: browser.texts(".pinned h3") == [town])
         finally:
             browser.resize(1400, 900)
 

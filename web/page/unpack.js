@@ -17,6 +17,8 @@ import {LAND_SIZE} from './land.js';
 
 const POINTS = LAND_SIZE * LAND_SIZE;
 const BLOCK_NUMBERS = 0x10000;
+/** How many deflated bytes are inflated at once. */
+const PIECE = 0x10000;
 
 /**
  * Gives `{newer, older}`, each the planes of a Land; `older` is null where the page has none.
@@ -43,17 +45,31 @@ function bytesOfBase64(text) {
 }
 
 async function inflate(packed, length, report) {
-    const bytes = new Uint8Array(length);
-    const reader = new Blob([packed]).stream().pipeThrough(new DecompressionStream('deflate-raw')).getReader();
+    const bytes = new Uint8Array(length), inflater = new DecompressionStream('deflate-raw');
+    // Not by way of a Blob, whose stream WebKit does not read in a page that is a file.
+    const [, filled] = await Promise.all([
+        feed(inflater.writable.getWriter(), packed),
+        collect(inflater.readable.getReader(), bytes, filled => report(filled / length)),
+    ]);
+    if (filled !== length)
+        throw new Error(`the land has ${filled} bytes instead of ${length}`);
+    return bytes;
+}
+
+async function feed(writer, bytes) {
+    for (let start = 0; start < bytes.length; start += PIECE)
+        await writer.write(bytes.subarray(start, start + PIECE));
+    await writer.close();
+}
+
+async function collect(reader, bytes, report) {
     let filled = 0;
     for (let part; !(part = await reader.read()).done;) {
         bytes.set(part.value, filled);
         filled += part.value.length;
-        report(filled / length);
+        report(filled);
     }
-    if (filled !== length)
-        throw new Error(`the land has ${filled} bytes instead of ${length}`);
-    return bytes;
+    return filled;
 }
 
 function planesAt(bytes, start) {
