@@ -41,8 +41,8 @@ bool ZPGorvaneBlockStorage::checkFreeBlockChain() const {
 
     bool isSound = true;
     const auto bytes = fileBytes();
-    std::vector<bool> isVisited(bytes.size() / _blockSize +
-                                1); // by block; what lies outside ends the walk
+    // By block; what lies outside ends the walk.
+    std::vector<bool> isVisited(bytes.size() / _blockSize + 1);
     std::size_t visitedCount = 0;
     const auto isRepeat = [&](std::uint32_t offset) {
         const std::size_t number = offset / _blockSize;

@@ -3,13 +3,11 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <iostream>
 
 int main(int argc, char *argv[]) {
     ZPPrepareProcess();
     const int status = runDataTool(argc, argv);
     // Memory goes back to the system faster as a whole than piece by piece.
-    std::cout.flush();
     std::fflush(nullptr);
     std::quick_exit(status);
 }

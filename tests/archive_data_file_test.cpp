@@ -173,6 +173,9 @@ TEST(DataFile, WithoutStorageOrRootThereIsNothingAndNoFailure) {
         ZPError error;
         EXPECT_FALSE(dataFile.readDataForFileEntry({1, 2, 0x404, 4, 0, 0}, &error));
         EXPECT_NE(error.domain, "");
+        ZPData scratch;
+        EXPECT_FALSE(dataFile.readBytesForFileEntry({1, 2, 0x404, 4, 0, 0}, scratch, &error));
+        EXPECT_NE(error.code, 0);
         EXPECT_TRUE(dataFile.check());
         EXPECT_EQ(countOf(captured.take(), "rror: "), 1u);
     }

@@ -151,6 +151,19 @@ TEST_F(Directory, FaultsOfANodeAreLoggedAndTolerated) {
     EXPECT_EQ(identifiers(*tree).size(), 62u);
 }
 
+TEST_F(Directory, IsFollowedThirtyTwoLevelsDown) {
+    constexpr std::uint32_t kLevels = 33;
+    _file = BlockFileBytes(2 * (kLevels + 1));
+    for (std::uint32_t level = 1; level <= kLevels; ++level)
+        putNode(level * 0x800,
+                nodeBytes(words({level < kLevels ? (level + 1) * 0x800 : 0}), 1, entry(level)));
+    EXPECT_EQ(identifiers(*read()).size(), 32u);
+    EXPECT_NE(_log.find("dir 00010000> Subdirectory 00010800 lies deeper than 32 levels"),
+              std::string::npos)
+        << _log;
+    EXPECT_TRUE(ZPGorvaneDirectory::searchForFileWithIdentifier(1, *_dataFile, 0x800));
+}
+
 TEST_F(Directory, ChildrenThatACountLeavesOutAreNamed) {
     const struct {
         ZPData children;

@@ -1,3 +1,4 @@
+#include "tests/TestBytes.h"
 #include "tests/TestSupport.h"
 
 #include "archive/ZPGorvaneBlockStorage.h"
@@ -34,6 +35,12 @@ TEST(StoredObject, SavesItsDumpWithTheTimeOfItsFile) {
     EXPECT_EQ(status.st_mtime, 1234567890);
     EXPECT_EQ(status.st_atime, 1234567890);
     EXPECT_EQ(textOfFile(folder / "dump"), "line 1\n");
+    const ZPData values = words({0x12, 0xABCDEF01, 3});
+    ZPDataCursor cursor(values);
+    record.appendValues(2, cursor);
+    EXPECT_EQ(record.outputString(), "line 1\n00000012 abcdef01\n");
+    EXPECT_EQ(cursor.offset(), 8u);
+    EXPECT_THROW(record.appendValues(2, cursor), ZPRangeException);
 
     // The word has no sign: half of it lies past 2038.
     EXPECT_TRUE(record.saveToPath(folder / "dump", 0xF0000000, &error));

@@ -50,21 +50,27 @@ class DataCommands : public testing::Test {
 TEST_F(DataCommands, ListsArchivesOfEveryFamily) {
     const struct {
         unsigned version;
-        const char *key, *rows;
+        const char *key, *rows, *text, *json;
     } cases[] = {
         {3, "ostvale",
          "0x04000001\tx\t0x04\tWQPalette\t6\t2001-09-09T01:46:40Z\t0x00020001\t0x00000400\n"
          "0x06000002\tx\t0x06\tWQImage\t1204\t2001-09-09T01:46:40Z\t0x00020001\t0x00000800\n"
          "0x13000001\tx\t0x13\t\t4\t2001-09-09T01:46:40Z\t0x00020001\t0x00001000\n"
-         "0x13000003\tx\t0x13\t\t0\t2001-09-09T01:46:40Z\t0x00020001\t0x00001400\n"},
+         "0x13000003\tx\t0x13\t\t0\t2001-09-09T01:46:40Z\t0x00020001\t0x00001400\n",
+         "0x04000001 WQPalette                         6 2001-09-09T01:46:40Z 00020001 "
+         "0x00000400\n",
+         R"("class":"WQPalette","size":6,"date":"2001-09-09T01:46:40Z","version":"0x00020001",)"},
         {2, "ostvale2",
          "0x04000001\tx\t0x04\t\t6\t2001-09-09T01:46:40Z\t\t0x00000400\n"
          "0x06000002\tx\t0x06\t\t1204\t2001-09-09T01:46:40Z\t\t0x00000800\n"
          "0x13000001\tx\t0x13\t\t4\t2001-09-09T01:46:40Z\t\t0x00001000\n"
-         "0x13000003\tx\t0x13\t\t0\t2001-09-09T01:46:40Z\t\t0x00001400\n"},
+         "0x13000003\tx\t0x13\t\t0\t2001-09-09T01:46:40Z\t\t0x00001400\n",
+         "0x04000001                                   6 2001-09-09T01:46:40Z 0x00000400\n",
+         R"("size":6,"date":"2001-09-09T01:46:40Z",)"},
         {1, "ostvale-retail",
          "0x04000001\tx\t0x04\t\t6\t\t\t0x00000400\n0x06000002\tx\t0x06\t\t1204\t\t\t0x00000800\n"
-         "0x13000001\tx\t0x13\t\t4\t\t\t0x00001000\n0x13000003\tx\t0x13\t\t0\t\t\t0x00001400\n"},
+         "0x13000001\tx\t0x13\t\t4\t\t\t0x00001000\n0x13000003\tx\t0x13\t\t0\t\t\t0x00001400\n",
+         "0x04000001                                   6 0x00000400\n", R"("size":6,)"},
     };
     const std::string header = "identifier\tarchive\ttype\tclass\tsize\tdate\tversion\toffset\n";
     for (const auto &row : cases) {
@@ -73,6 +79,13 @@ TEST_F(DataCommands, ListsArchivesOfEveryFamily) {
         EXPECT_EQ(list.status, 0);
         EXPECT_EQ(list.output, header + row.rows);
         EXPECT_EQ(list.log, "");
+        const std::vector<std::string> first = {"list",     "--id", "4000001",
+                                                "--format", "json", path};
+        EXPECT_EQ(data(first).output, R"({"identifier":"0x04000001","archive":"x","type":"0x04",)" +
+                                          std::string(row.json) +
+                                          R"("offset":"0x00000400"})"
+                                          "\n");
+        EXPECT_EQ(data({"list", "--id", "4000001", path}).output, row.text);
         const ProgramRun info = data({"info", path});
         EXPECT_THAT(info.output, AllOf(HasSubstr(row.key), HasSubstr("4 of 1214 bytes")));
         EXPECT_EQ(data({"check", path}).output, "4 files checked, nothing found\n");

@@ -127,6 +127,35 @@ TEST_F(LuaDecoder, FloatsHaveTheDigitsOfTheirPrecision) {
     EXPECT_EQ(ZPRecordTreeText(tree, false), "f: 0.1\nd: 0.1\ni: -inf\n");
 }
 
+TEST_F(LuaDecoder, MovesAndTellsWhereItIs) {
+    const auto result = decode(R"(
+        cursor:advanceByLength(1) cursor:alignToTwoByteBoundary()
+        out:number('offset', cursor:offset())
+        out:boolean('aligned', cursor:isOnFourByteBoundary())
+        local x, y, z = cursor:readLittleVector3()
+        out:vector('v', x, y, z)
+        out:hex('word', cursor:readLittleInt16(), { [0x102] = 'odd' })
+        out:boolean('end', cursor:isAtEnd())
+        out:bytes('uuid', cursor:readUUID())
+        out:hex('last', 7, { [7] = 8 })
+        out:boolean('end', cursor:isAtEnd()))",
+                               hex("01 00 0000803F 00000040 00004040 0201"
+                                   "00112233445566778899aabbccddeeff"));
+    ASSERT_FALSE(result.fault) << result.fault->message;
+    EXPECT_EQ(json(), R"({"offset":2,"aligned":false,"v":{"x":1,"y":2,"z":3},)"
+                      R"("word":{"value":"0x0102","name":"odd"},"end":false,)"
+                      R"("uuid":"00112233445566778899aabbccddeeff",)"
+                      R"("last":{"value":"0x0000000000000007","name":"?"},"end#2":true})");
+}
+
+TEST_F(LuaDecoder, NumbersOfAScriptHaveASignWhereTheyAreNegative) {
+    decode("out:number('least', math.mininteger) out:number('zero', 0) out:number('half', 0.5)"
+           "out:number('named', -2, { [-2] = 'odd' }) out:number('third', 1 / 3)",
+           hex("01"));
+    EXPECT_EQ(json(), R"({"least":-9223372036854775808,"zero":0,"half":0.5,)"
+                      R"("named":{"value":-2,"name":"odd"},"third":0.3333333333333333})");
+}
+
 TEST_F(LuaDecoder, TellsWhereEachValueStood) {
     const char body[] = R"(
         out:identifier(cursor:readLittleInt32())
@@ -184,6 +213,20 @@ TEST_F(LuaDecoder, AnInsertedElementIsOneChange) {
     EXPECT_EQ(changes("01 0A0B0A", "01 0A"), "values[1] '11' ''\nvalues[2] '10' ''\n");
 }
 
+TEST_F(LuaDecoder, FieldsThatCameOrWentAreFoundByName) {
+    const auto pairs = decoder(R"(
+        while not cursor:isAtEnd() do
+            out:number(({ 'a', 'b', 'c' })[cursor:readByte()], cursor:readByte())
+        end)");
+    ZPRecordTree before, after;
+    EXPECT_FALSE(ZPDecodeRecord(*pairs, hex("0105 0206 0207"), before).fault);
+    EXPECT_FALSE(ZPDecodeRecord(*pairs, hex("0206 0308 0309 0109"), after).fault);
+    std::string text;
+    for (const ZPRecordChange &change : ZPRecordTreeDifference(before, after))
+        text += change.path + " '" + change.before + "' '" + change.after + "'\n";
+    EXPECT_EQ(text, "a '5' '9'\nb '7' ''\nc '' '8'\nc '' '9'\n");
+}
+
 TEST_F(LuaDecoder, CanDoNothingButDecode) {
     const char *const names[] = {"io",           "os",           "require",      "load",
                                  "loadstring",   "dofile",       "loadfile",     "package",
@@ -217,6 +260,8 @@ TEST_F(LuaDecoder, IsBoundInStepsAndMemoryAndGoesOn) {
         {"cursor:readUTF16StringOfLength(1 << 63, false)", "negative"},
         {"cursor:readUTF16StringOfLength(1 << 62, false)", "read past end"},
         {"out:text('t', '\\xff')", "UTF-8"},
+        {"local s = 'x' for i = 1, 10 do s = s .. s end while true do out:text('t', s) end",
+         "more text than its bytes account for"},
         {"out:bits('b', 1, 60, 5)", "number of bits"},
         {"error({})", "an error that is no text"},
     };
@@ -252,6 +297,15 @@ TEST_F(LuaDecoder, SaysWhatIsWrongByFileAndLine) {
     EXPECT_THAT(refusal("return { name = 'x' }"), HasSubstr("neither 'types' nor 'classes'"));
     EXPECT_THAT(refusal("return { name = 'x', types = { 1 } }"), HasSubstr("'decode'"));
     EXPECT_THAT(refusal("while true do end"), HasSubstr("takes too long"));
+    EXPECT_THAT(fault("out.number('a', 1)"), HasSubstr("with a colon, as in out:number"));
+    EXPECT_THAT(fault("cursor.readByte()"), HasSubstr("with a colon, as in cursor:readByte"));
+    constexpr std::size_t kMostScriptSize = 1 << 20;
+    EXPECT_EQ(refusal(std::string(kMostScriptSize, ' ')), path + ": does not return a table");
+    EXPECT_EQ(refusal(std::string(kMostScriptSize + 1, ' ')), path + ": is too long for a decoder");
+    std::filesystem::remove(path);
+    std::string message;
+    EXPECT_EQ(ZPLuaDecoder::decoderAtPath(path, message), nullptr);
+    EXPECT_EQ(message, path + ": cannot be read");
 
     // A record that ends too early: what came before it is there, and where it ended.
     const auto result =

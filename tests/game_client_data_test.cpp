@@ -90,10 +90,26 @@ TEST(ClientData, WithoutArchivesEverythingIsThereAndEmpty) {
     for (const auto &[name, type] :
          {std::pair{"portal", 0u}, {"highres", 1u}, {"cell", 2u}, {"local", 3u}})
         EXPECT_EQ(clientData.dataFileWithName(name)->type(), type);
-    EXPECT_EQ(clientData.dataFileWithName("local"), clientData.dataFileOfType(3));
+    for (const char *name : {"portal", "highres", "cell", "local"}) {
+        const WQDataFile *dataFile = clientData.dataFileWithName(name);
+        EXPECT_EQ(clientData.dataFileOfType(dataFile->type()), dataFile);
+    }
     EXPECT_EQ(clientData.dataFileWithName("Portal"), nullptr);
     EXPECT_EQ(clientData.dataFileWithName(""), nullptr);
     EXPECT_EQ(clientData.dataFileOfType(4), nullptr);
+}
+
+TEST(ClientData, GamesAreKnownByKeyAndName) {
+    const std::tuple<const char *, ZPGorvaneGame, const char *> games[] = {
+        {"ostvale", ZPGorvaneGame::first, "Ostvale"},
+        {"ostvale-retail", ZPGorvaneGame::firstRetail, "Ostvale (retail)"},
+        {"ostvale2", ZPGorvaneGame::second, "Ostvale II"},
+        {"Ostvale", ZPGorvaneGame::unknown, "Unknown"},
+        {"", ZPGorvaneGame::unknown, "Unknown"}};
+    for (const auto &[key, game, name] : games) {
+        EXPECT_EQ(ZPGorvaneGameWithKey(key), game) << key;
+        EXPECT_STREQ(ZPGorvaneGameDisplayName(game), name);
+    }
 }
 
 /// A directory with a portal and a cell archive.
@@ -101,7 +117,8 @@ class ClientDataLookup : public testing::Test {
   protected:
     ClientDataLookup() {
         ArchiveBytes portal, cell;
-        for (const std::uint32_t identifier : {0x04000001u, 0x0A000001u, 0x0F000001u, 0x07000001u})
+        for (const std::uint32_t identifier :
+             {0x04000001u, 0x0A000001u, 0x0F000001u, 0x07000001u, 0x20000001u})
             portal.addFile(identifier, words({identifier, 1, 2}));
         portal.addFile(0x06000001, words({0x06000002})); // misnamed
         portal.addFile(0x06000003, hex("0300"));         // too short
@@ -132,6 +149,8 @@ TEST_F(ClientDataLookup, Records) {
     ASSERT_NE(undecoded, nullptr);
     EXPECT_EQ(undecoded->data(), words({0x06000002}));
     EXPECT_EQ(_clientData->imageWithIdentifier(0x04000001), nullptr);
+    EXPECT_EQ(_clientData->soundTableWithIdentifier(0x20000001)->identifier(), 0x20000001u);
+    EXPECT_EQ(_clientData->soundTableWithIdentifier(0x0A000001), nullptr);
     EXPECT_EQ(_clientData->imageWithIdentifier(0x06000003), nullptr);
     EXPECT_EQ(_clientData->imageWithIdentifier(0x06000004), nullptr);
 

@@ -211,6 +211,64 @@ TEST(DataCursor, TraceLabels) {
               std::string("4 00000004                 code: 01000000 - \1\0\0\0\n", 49));
 }
 
+TEST(DataCursor, TracedReadsGiveAndShowTheValue) {
+    const ZPData data = hex("8102038485060788 00000000 00000000");
+    const struct {
+        std::function<double(ZPDataCursor &)> read;
+        double value;
+        const char *shown;
+        std::uint64_t offset;
+    } cases[] = {
+        {[](auto &c) { return c.readByteWithName("n"); }, 0x81, "81", 1},
+        {[](auto &c) { return c.readLittleInt16WithName("n"); }, 0x0281, "0281", 2},
+        {[](auto &c) { return c.readBigInt16WithName("n"); }, 0x8102, "8102", 2},
+        {[](auto &c) { return c.readLittleInt32WithName("n"); }, 0x84030281, "84030281", 4},
+        {[](auto &c) { return c.readBigInt32WithName("n"); }, 0x81020384, "81020384", 4},
+        {[](auto &c) { return static_cast<double>(c.readLittleInt64WithName("n")); },
+         static_cast<double>(0x8807068584030281), "8807068584030281  9801810284510380673", 8},
+        {[](auto &c) { return static_cast<double>(c.readBigInt64WithName("n")); },
+         static_cast<double>(0x8102038485060788), "8102038485060788", 8},
+    };
+    for (const auto &c : cases) {
+        ZPDataCursor cursor(data);
+        cursor.setEnableLogging(true);
+        testing::internal::CaptureStdout();
+        EXPECT_EQ(c.read(cursor), c.value) << c.shown;
+        EXPECT_EQ(testing::internal::GetCapturedStdout(),
+                  "4 00000000                    n: " + std::string(c.shown) + "\n");
+        EXPECT_EQ(cursor.offset(), c.offset) << c.shown;
+    }
+    const ZPData floats = hex("0000c03f 000000000000f83f");
+    ZPDataCursor cursor(floats);
+    cursor.setEnableLogging(true);
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(cursor.readLittleFloat32WithName("f"), 1.5f);
+    EXPECT_EQ(cursor.readLittleFloat64WithName("d"), 1.5);
+    cursor.setEnableLogging(false);
+    cursor.setOffset(0);
+    EXPECT_EQ(cursor.readByteWithName("silent"), 0);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              "4 00000000                    f: 3fc00000 - 1.500000\n"
+              "4 00000004                    d: 3ff8000000000000 - 1.500000\n");
+}
+
+TEST(DataCursor, BytesAndIdentifiersOfSixteen) {
+    const ZPData data = hex("00112233445566778899aabbccddeeff 4142");
+    ZPDataCursor cursor(data);
+    const ZPUUID uuid = cursor.readUUID();
+    EXPECT_EQ(ZPHexString(uuid), "00112233445566778899aabbccddeeff");
+    ZPMutableDataCursor writer;
+    writer.writeUUID(uuid);
+    EXPECT_TRUE(std::ranges::equal(writer.data(), std::span(data).first(16)));
+    ZPData collected = hex("40");
+    cursor.readBytesOfLength(2, collected);
+    EXPECT_EQ(collected, hex("404142"));
+    cursor.setOffset(15);
+    EXPECT_NE(messageOf([&] { cursor.readUUID(); }), "no exception");
+    EXPECT_NE(messageOf([&] { cursor.wq_readPartialBigInt32(5); }), "no exception");
+    EXPECT_EQ(cursor.wq_readPartialBigInt32(3), 0xff414200u);
+}
+
 TEST(DataCursor, SkipsAndListsWholeWordsUpToTheEnd) {
     for (const auto &[size, count, listed] :
          {std::array{12u, 5u, 3u}, {12u, 3u, 3u}, {12u, 2u, 2u}, {11u, 5u, 2u}, {3u, 1u, 0u}}) {

@@ -25,12 +25,16 @@ TEST(Logger, IndentsLinesButNotEmptyOnes) {
     logger.popIndentation();
     logger.setLineSuffix(";");
     logger.log("end");
+    logger.pushIndentation("  ");
+    logger.popAllIndentation();
+    logger.log("all");
+    EXPECT_TRUE(logger.indentations().empty());
     EXPECT_EQ(logger.outputString(), ">   abc 7\n"
                                      "\n"
                                      ">   clé: one\n"
                                      "\n"
                                      ">        two\n"
-                                     "> end;");
+                                     "> end;all;");
 }
 
 TEST(Logger, DumpsBytes) {
@@ -154,6 +158,20 @@ TEST(Extensions, TextsAndHashes) {
     EXPECT_EQ(ZPTimeFromSeconds(86400 * 364.0), "364.00 days (31449600.000000 seconds)");
     EXPECT_EQ(ZPTimeFromSeconds(86400 * 365.0), "1 years,  0.00 days (31536000.000000 seconds)");
     EXPECT_EQ(ZPTimeFromSeconds(86400 * 400.0), "1 years, 35.00 days (34560000.000000 seconds)");
+    EXPECT_EQ(ZPTimeFromMilliseconds(129600500), " 1.50 days (129600.500000 seconds)");
+    std::string text = "a";
+    ZPIndentToLevel(text, 2);
+    EXPECT_EQ(text + ZPSpacesOfLength(1) + "b", "a     b");
+    ZPData bytes;
+    ZPAppendBigInt16(bytes, 0x0102);
+    ZPAppendBigInt32(bytes, 0x03040506);
+    ZPAppendLittleInt16(bytes, 0x0807);
+    ZPAppendLittleInt32(bytes, 0x0C0B0A09);
+    EXPECT_EQ(bytes, hex("0102 03040506 0708 090a0b0c"));
+    ZPAlignToFourByteBoundary(bytes); // as it is
+    bytes.pop_back();
+    ZPAlignToFourByteBoundary(bytes);
+    EXPECT_EQ(bytes, hex("0102 03040506 0708 090a0b00"));
     std::uint32_t value = 5;
     EXPECT_FALSE(ZPScanHexValue("xyz", value));
     EXPECT_TRUE(ZPScanHexValue(" 0x1F rest", value));

@@ -1,3 +1,4 @@
+#include "map/land/WQLandColorTable.h"
 #include "map/land/WQMapColorScheme.h"
 #include "tests/TestSupport.h"
 
@@ -47,6 +48,19 @@ TEST(MapColorScheme, ColorArrayFollowsOnlyWhenUpdated) {
     scheme.updateColorArray();
     EXPECT_EQ(deepSea.red, 0.1f);
     EXPECT_EQ(deepSea.alpha, 0.4f);
+}
+
+TEST(LandColorTable, LogsEachColor) {
+    WQLandColorTable table;
+    table.updateLandColors(WQMapColorScheme());
+    CapturedLog captured;
+    table.dumpColors();
+    const std::string log = captured.take();
+    EXPECT_EQ(countOf(log, "foo = [NSColor colorWithSRGBRed:"), 33u);
+    // Barren rock, (206, 177, 124).
+    EXPECT_NE(log.find("-[WQMapper dumpColors]\n"), log.npos);
+    EXPECT_NE(log.find("Red:0.807843 green:0.690196 blue:0.486275 alpha:1.0]; // 0\n"), log.npos)
+        << log;
 }
 
 TEST(MapColorScheme, LogsLinesThatCanBePasted) {

@@ -1,9 +1,19 @@
 #include "map/WQMapper.h"
+#include "map/overlay/WQCompassOverlay.h"
+#include "map/overlay/WQFeaturesBoxOverlay.h"
+#include "map/overlay/WQGridOverlay.h"
+#include "map/overlay/WQLowBitsOverlay.h"
+#include "map/overlay/WQMarkerOverlay.h"
+#include "map/overlay/WQTitleOverlay.h"
+#include "map/overlay/WQTributeOverlay.h"
 #include "tests/ArchiveBytes.h"
+#include "tests/OverlayCanvas.h"
 #include "tests/TestBytes.h"
 #include "tests/TestSupport.h"
 
+#include <algorithm>
 #include <fcntl.h>
+#include <functional>
 #include <gtest/gtest.h>
 #include <sys/file.h>
 #include <unistd.h>
@@ -116,6 +126,85 @@ TEST_F(LandSetup, SaysWhichArchiveLeftItWithoutLandAndWhy) {
         EXPECT_EQ(mapper.shortcomings(), Lines()); // those of the next picture
     }
     close(descriptor);
+}
+
+TEST_F(LandSetup, ShowsAWindowOnTheLand) {
+    const std::byte clay{0x14};
+    writeWorld("world", {{0x0000FFFF, landBlock(0x0000FFFF, clay)},
+                         {0x1234FFFF, landBlock(0x1234FFFF, clay)}});
+    WQClientData clientData(folder / "world");
+    WQMapper mapper(clientData);
+    EXPECT_TRUE(mapper.mapLand().empty());
+    EXPECT_TRUE(mapper.bitmapContext().empty());
+    ASSERT_TRUE(mapper.setupLandBlockData());
+    mapper.setXOffset(0x12 * 8 - 3);
+    mapper.setYOffset(0x34 * 8);
+    mapper.setupLand();
+    mapper.updateLand();
+    mapper.setupBitmapContext();
+    mapper.updateBitmap();
+    const auto land = mapper.mapLand();
+    ASSERT_EQ(land.size(), 512u * 512);
+    // The types are those of the south-western corner, whatever the offsets.
+    EXPECT_EQ(land[8], 0x14 >> 2);
+    EXPECT_EQ(land[9], 0);
+    const auto bitmap = mapper.bitmapContext();
+    const std::size_t south = 511 * 512;
+    EXPECT_FALSE(bitmap[south + 3] == bitmap[south + 2]);
+    EXPECT_EQ(mapper.landTypeAtPoint(0x12 * 8, 0x34 * 8), 0x14u >> 2);
+    // Flat.
+    EXPECT_EQ(mapper.calculateNormal(*mapper.landGrid(), 0x12 * 8 + 1, 0x34 * 8 + 1).z, 1);
+}
+
+/// The overlays by themselves are tested elsewhere: here that each is the one that was asked for,
+/// in this renderer's scale and with its markers.
+TEST(RendererOverlays, AreDrawnOneByOne) {
+    const WQMapPoint place("town", {57.0f, -24.2f}, "Place");
+    const auto land = WQLandGrid::allocate();
+    land->at(100, 200) = {3, 0, WQLandPoint::hasData};
+    using Mapper = const WQMapper;
+    const struct {
+        std::function<void(Mapper &, WQDrawing &)> asked;
+        std::function<void(WQDrawing &, const WQOverlayStyle &)> meant;
+    } cases[] = {
+        {&WQMapper::drawGridLinesInContext, WQDrawGridLines},
+        {&WQMapper::drawCompassInContext, WQDrawCompass},
+        {&WQMapper::drawTitleInContext, WQDrawTitle},
+        {&WQMapper::drawTributeInContext, WQDrawTribute},
+        {&WQMapper::drawFeaturesBoxInContext, WQDrawFeaturesBox},
+        {&WQMapper::drawMarkersAtCoordinatesInContext, WQDrawMarkers},
+        {[&](Mapper &mapper, WQDrawing &drawing) { mapper.drawMapPoint(place, drawing); },
+         [&](auto &drawing, auto &style) { WQMarkerOverlay(drawing, style).drawMapPoint(place); }},
+        {[](Mapper &mapper, WQDrawing &drawing) {
+             mapper.drawMarkerAtCoordinate({1, 2}, drawing);
+         },
+         [](auto &drawing, auto &style) {
+             WQMarkerOverlay(drawing, style).drawMarkerAtCoordinate({1, 2});
+         }},
+        {[](Mapper &mapper, WQDrawing &drawing) {
+             mapper.drawMarkerAtPoint({70, 80}, drawing);
+         },
+         [](auto &drawing, auto &style) {
+             WQMarkerOverlay(drawing, style).drawMarkerAtPoint({70, 80});
+         }},
+        {[&](Mapper &mapper, WQDrawing &drawing) { mapper.highlightLowBits(*land, drawing); },
+         [&](auto &drawing, auto &) { WQHighlightLowBits(*land, drawing); }},
+    };
+    WQClientData clientData;
+    WQMapper mapper(clientData);
+    mapper.setScale(2);
+    mapper.setCoordinates(std::vector{place});
+    for (const auto &[asked, meant] : cases) {
+        OverlayCanvas canvas(2), other(2);
+        asked(mapper, canvas.drawing);
+        meant(other.drawing, {2, mapper.lightVector(), 255, WQLandColorTable::shared(),
+                              mapper.overlayChoice(), other.typesetter});
+        const int size = static_cast<int>(canvas.drawing.size());
+        const auto pixels = canvas.pixels(0, 0, size, size);
+        EXPECT_TRUE(std::ranges::any_of(
+            pixels, [](WQPixel pixel) { return pixel != OverlayCanvas::kGround; }));
+        EXPECT_TRUE(pixels == other.pixels(0, 0, size, size));
+    }
 }
 
 } // namespace

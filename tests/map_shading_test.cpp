@@ -83,6 +83,36 @@ TEST_P(TerrainShaderAgrees, WithVectorArithmetic) {
             }
 }
 
+TEST(TerrainShader, NormalsAreThoseOfTheTrianglesAroundAPoint) {
+    const auto grid = landWithHeights();
+    const auto raise = [&](unsigned x, unsigned y, unsigned height) {
+        grid->at(x, y) = {0, static_cast<std::uint8_t>(height), WQLandPoint::hasData};
+    };
+    const auto at = [&](unsigned x, unsigned y) {
+        const WQLandPoint &point = grid->at(x, y);
+        return grid->elevation(point);
+    };
+    for (const auto &[x, y] : {std::pair{10u, 20u}, {9u, 20u}, {11u, 20u}, {10u, 19u}, {10u, 21u}})
+        raise(x, y, x * 3 + y);
+    raise(11, 20, 200);
+    raise(10, 21, 90);
+    const float west = at(9, 20) - at(10, 20), east = at(11, 20) - at(10, 20);
+    const float south = at(10, 19) - at(10, 20), north = at(10, 21) - at(10, 20);
+    const auto expectNormal = [&](ZPVector3 sum) {
+        const ZPVector3 wanted = WQNormalizedVector(sum);
+        const ZPVector3 normal = WQTerrainShader::calculateNormal(*grid, 10, 20);
+        EXPECT_NEAR(normal.x, wanted.x, 1e-5);
+        EXPECT_NEAR(normal.y, wanted.y, 1e-5);
+        EXPECT_NEAR(normal.z, wanted.z, 1e-5);
+    };
+    // Each triangle gives its slopes, and they add up.
+    expectNormal({2 * west - 2 * east, 2 * south - 2 * north, 4});
+    grid->at(9, 20).flags = 0;
+    expectNormal({-2 * east, south - north, 2});
+    grid->at(10, 21).flags = 0;
+    expectNormal({-east, south, 1});
+}
+
 TEST(TerrainShader, LightsFlatLandAndLonePoints) {
     WQLandColorTable::shared().updateLandColors(WQMapColorScheme());
     auto grid = WQLandGrid::allocate();

@@ -9,6 +9,7 @@
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <map>
 
 using testing::Contains;
 using testing::HasSubstr;
@@ -94,7 +95,7 @@ TEST_F(PlotterraRun, DrawsTheSampleWorld) {
         "land block count: ",
         "diffuseFactor for deep water: 0.853553",
         "--------------------------------------------------------------",
-        "initialBitmapContext: ",
+        "initialBitmapContext: 2041 x 2041, 8 bits a component, RGBA",
         "Done that part.",
         "minDiff: ",
     };
@@ -113,6 +114,22 @@ TEST_F(PlotterraRun, DrawsTheSampleWorld) {
     EXPECT_EQ(opaque, picture.bytes.size() / 4);
     // The light of flat ground on the deep sea colour (120, 158, 190).
     EXPECT_EQ(std::memcmp(picture.pixel(0, 0), "\x66\x86\xa2\xff", 4), 0);
+}
+
+TEST_F(PlotterraRun, WritesHowLongItsStagesTookWhereAsked) {
+    ASSERT_EQ(runProgram({"/usr/bin/env", "PLOTTERRA_STAGES=" + out("stages"), kProgram, kWorld,
+                          out("map.png")})
+                  .status,
+              0);
+    std::ifstream file(out("stages"));
+    std::map<std::string, double> stages;
+    double seconds;
+    for (std::string name; file >> seconds && std::getline(file >> std::ws, name);)
+        stages[name] = seconds;
+    ASSERT_EQ(stages.size(), 5u);
+    for (const char *name : {"open and index", "read blocks", "shade", "encode and write"})
+        EXPECT_TRUE(stages[name] > 0 && stages[name] < 60) << name;
+    EXPECT_LE(stages["of that, write"], stages["encode and write"]);
 }
 
 TEST_F(PlotterraRun, MakesAbsentLandTransparentWithAlpha) {
