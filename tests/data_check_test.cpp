@@ -1,5 +1,5 @@
+#include "tests/DataProgram.h"
 #include "tests/FamilyArchive.h"
-#include "tests/ProgramRun.h"
 #include "tests/TestSupport.h"
 
 #include <functional>
@@ -22,10 +22,9 @@ FamilyArchive soundArchive(unsigned version) {
     return archive;
 }
 
-ProgramRun check(const std::vector<std::string> &words) {
-    std::vector<std::string> all = {PLOTTERRA_DATA_PROGRAM, "check"};
-    all.insert(all.end(), words.begin(), words.end());
-    return runProgram(all);
+ProgramRun check(std::vector<std::string> words) {
+    words.insert(words.begin(), "check");
+    return data(words);
 }
 
 TEST(DataCheck, FindsNothingInSoundArchives) {
@@ -125,10 +124,16 @@ TEST(DataCheck, FindsEachPlantedDamage) {
          [&](FamilyArchive &a) { a.poke(344, a.lastFree - kBlock); }},
         {"free count", "Free block count recorded in header (7)",
          [&](FamilyArchive &a) { a.poke(348, 7); }},
+        {"free chain into a directory", "of the free chain belongs to a directory",
+         [&](FamilyArchive &a) { a.poke(a.firstFree, kFreeBit | a.root); }},
         {"free chain outside", "free chain: free block",
          [&](FamilyArchive &a) { a.poke(a.lastFree, kFreeBit | 0x7FFFFC00); }},
         {"file cut short", "header: The header has 1048576 bytes, the file 1047552",
          [&](FamilyArchive &a) { a.file.bytes.resize(a.file.bytes.size() - kBlock); }},
+        {"less than a mebibyte in the header", "(1047552 bytes) is not a multiple of 1,048,576",
+         [&](FamilyArchive &a) { a.poke(328, (1 << 20) - kBlock); }},
+        {"blocks of an unusual size", "warning: x.dat at 00000000: header: Unrecognized block size",
+         [&](FamilyArchive &a) { a.poke(324, 2048); }},
         {"size in the header", "is not a multiple of the block size",
          [&](FamilyArchive &a) { a.poke(328, (1 << 20) - 4); }},
         {"record of another identifier", "identifier: Identifier stored in file (04000009)",
@@ -169,6 +174,30 @@ TEST(DataCheck, DecodesRecordsAndHeedsTheSelection) {
     EXPECT_THAT(some.output,
                 testing::EndsWith("       1 warning: record\n2 files checked, see above\n"));
     EXPECT_EQ(check({path, "--id", "42000002"}).status, 0);
+}
+
+TEST(DataCheck, ColoursAndProgressAreForTerminalsThatCan) {
+    const TemporaryFolder folder;
+    FamilyArchive archive = soundArchive(3);
+    archive.poke(348, 7);
+    const std::string path = archive.writeToPath(folder / "x.dat");
+    const auto onTerminal = [&](const std::string &environment) {
+        return runProgram({"/usr/bin/script", "-qec",
+                           environment + " " PLOTTERRA_DATA_PROGRAM " check " + path, "/dev/null"})
+            .output;
+    };
+    const std::string red = "\x1b[31merror\x1b[0m: x.dat at ", plain = "error: x.dat at ";
+    const std::string shown = onTerminal("TERM=xterm NO_COLOR=");
+    EXPECT_THAT(shown, HasSubstr(red));
+    EXPECT_THAT(shown, HasSubstr("\rdecoding 9 of 9 (100 %)\x1b[K"));
+    EXPECT_LT(shown.find("\r\x1b[K"), shown.find(red)); // it is gone before the findings come
+    EXPECT_THAT(onTerminal("TERM=xterm NO_COLOR=1"),
+                testing::AllOf(HasSubstr(plain), HasSubstr("\rdecoding ")));
+    for (const char *environment : {"TERM=dumb", "env -u TERM"}) {
+        const std::string quiet = onTerminal(environment);
+        EXPECT_THAT(quiet, HasSubstr(plain));
+        EXPECT_EQ(quiet.find('\x1b'), std::string::npos) << environment;
+    }
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 #include "io/ZPSHA1.h"
 #include "io/ZPText.h"
+#include "tests/DataProgram.h"
 #include "tests/FamilyArchive.h"
-#include "tests/ProgramRun.h"
 #include "tests/TestSupport.h"
 
 #include <algorithm>
@@ -19,10 +19,6 @@ using testing::Not;
 
 const std::string kWorld = PLOTTERRA_SAMPLE_WORLD, kOlderWorld = PLOTTERRA_OLDER_SAMPLE_WORLD;
 
-ProgramRun data(std::vector<std::string> words) {
-    words.insert(words.begin(), PLOTTERRA_DATA_PROGRAM);
-    return runProgram(words);
-}
 /// A line of a shell, in which $DATA is the program.
 ProgramRun shell(const std::string &line) {
     return runProgram({"/bin/bash", "-c", "DATA=" PLOTTERRA_DATA_PROGRAM "; " + line});

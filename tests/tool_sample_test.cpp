@@ -53,6 +53,32 @@ TEST(SampleProgram, ReplacesItsOwnWorldsAndNothingElse) {
     EXPECT_NE(textOfFile(folder / "client_cell_1.dat"), first);
 }
 
+TEST(SampleProgram, SaysWhereItCannotWrite) {
+    const TemporaryFolder folder;
+    std::ofstream(folder / "file") << "x";
+    const ProgramRun inFile = make(folder / "file/world");
+    EXPECT_EQ(inFile.status, 1);
+    EXPECT_THAT(inFile.log, HasSubstr("cannot create " + (folder / "file/world").string() + ": "));
+    for (const char *name : {"client_local_English.dat", "towns.txt"}) {
+        const std::filesystem::path taken = folder / "world" / name;
+        std::filesystem::create_directories(taken);
+        const ProgramRun run = make(folder / "world", {"--force"});
+        EXPECT_EQ(run.status, 1);
+        EXPECT_THAT(run.log, HasSubstr("cannot write " + taken.string() + ": Is a directory\n"));
+        std::filesystem::remove_all(folder / "world");
+    }
+}
+
+TEST(SampleProgram, TellsATerminalWhatItIsAbout) {
+    const TemporaryFolder folder;
+    const std::string command = kProgram + " --cells 10 " + (folder / "world").string();
+    const ProgramRun run = runProgram({"/usr/bin/script", "-qec", command, "/dev/null"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_THAT(run.output, HasSubstr("\r\033[Kshaping the land ..."));
+    EXPECT_THAT(run.output, HasSubstr("client_cell_1.dat ..."));
+    EXPECT_THAT(run.output, testing::EndsWith("\r\033[K"));
+}
+
 TEST(SampleProgram, AnswersOnStandardOutput) {
     const ProgramRun help = runProgram({kProgram, "--help"});
     EXPECT_EQ(help.status, 0);
