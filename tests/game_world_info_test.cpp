@@ -132,7 +132,46 @@ TEST(WorldInfo, TextSections) {
                   "  4: 000000f4\n  5: 000000f5\n" +
                   ZPFormat("offset: %08zx, remaining: 0\n", record.size()));
     ASSERT_TRUE(info->saveToPath(folder / "dump", nullptr));
-    EXPECT_NE(textOfFile(folder / "dump").find(info->landTexturesString()), std::string::npos);
+    std::string dump = textOfFile(folder / "dump");
+    const std::size_t heights = dump.find("  0: 0.000000\n"), times = dump.find("\n---", heights);
+    EXPECT_TRUE(dump.substr(0, times).ends_with("254: 381.000000\n255: 382.500000\n"));
+    dump.erase(heights, times - heights);
+    const std::string line = "\n" + std::string(70, '-') + "\n";
+    EXPECT_EQ(dump, "identifier: 13000000\n"
+                    "name: Deret\n"
+                    "             unknown1: 00000001 (1)\n"
+                    "             unknown2: 00000002 (2)\n"
+                    "                width: 000000ff (255)\n"
+                    "               height: 000000fe (254)\n"
+                    "         squareLength: 24.000000\n"
+                    "landblockSquareLength: 000000c0 (192)\n"
+                    "             unknown3: 00000003 (3)\n"
+                    "             unknown4: 1.000000\n"
+                    "             unknown5: 2.000000\n"
+                    "             unknown6: 1.000000\n"
+                    "             unknown7: 1.500000\n"
+                    "             unknown8: 00000008 (8)\n"
+                    "             unknown9: 2.000000\n"
+                    "          daysPerYear: 00000168 (360)\n"
+                    "            unknown10: 0000000a (10)\n"
+                    "            unknown11: 0000000b (11)\n"
+                    "            unknown12: 0000000c (12)\n"
+                    "            unknown13: 1.500000\n"
+                    "            unknown14: 2.000000\n" +
+                        line + "land heights\n" + line +
+                        "times of day\n"
+                        "1.000000  night  Daù\n2.000000  day  N\n" +
+                        line + "days\nMo\n" + line + "months\n 90  Ju\n" + line +
+                        "weather\n2.000000  Ok\n"
+                        "  model 02000001, particle effect 33000001: 1.000000 2.000000 1.000000 "
+                        "1.000000 1.000000 1.000000\n"
+                        "  animation 00000015 00000016 00000017 00000018: 1.000000 2.000000 "
+                        "1.000000 1.000000 1.000000 1.000000 1.000000\n"
+                        "    0000001f 00000020 2.000000 (1.000000 2.000000 1.000000)\n" +
+                        line + "reference sets\n" + info->t20RefString() + line +
+                        "terrain objects\n" + info->terrainObjectsString() + line + "land types\n" +
+                        info->landTypesString() + line + "land textures\n" +
+                        info->landTexturesString());
 }
 
 TEST(WorldInfo, DamagedRecordsAreRefused) {
