@@ -260,6 +260,8 @@ TEST_F(LuaDecoder, IsBoundInStepsAndMemoryAndGoesOn) {
         {"cursor:readUTF16StringOfLength(1 << 63, false)", "negative"},
         {"cursor:readUTF16StringOfLength(1 << 62, false)", "read past end"},
         {"out:text('t', '\\xff')", "UTF-8"},
+        {"out:boolean('b', 1)", "boolean expected"},
+        {"out:vector('v', 1, 'x')", "number expected"},
         {"local s = 'x' for i = 1, 10 do s = s .. s end while true do out:text('t', s) end",
          "more text than its bytes account for"},
         {"out:bits('b', 1, 60, 5)", "number of bits"},

@@ -4,6 +4,7 @@
 #include "map/overlay/WQMarkerOverlay.h"
 #include "tests/TestSupport.h"
 
+#include <algorithm>
 #include <fstream>
 #include <gmock/gmock.h>
 
@@ -48,6 +49,17 @@ TEST_F(OverlayText, IsCutAndHasBlanksForControls) {
     // Half a character at the end, and nothing but what is cut off.
     EXPECT_EQ(widthOf("Two\xC2"), 0);
     EXPECT_EQ(widthOf("\r\r"), 0);
+}
+
+/// The numbers of the frame at scale 1: less hinting squashes them to five rows.
+TEST_F(OverlayText, SmallDigitsAreSixRowsHigh) {
+    OverlayCanvas plain(1);
+    canvas.typesetter.set("0235689", {kWQSansFamilies, 8})
+        .drawAtPoint({20, 100}, kBlack, plain.drawing);
+    int rows = 0;
+    for (int y = 90; y < 110; ++y)
+        rows += std::ranges::count(plain.pixels(15, y, 60, 1), kGround) < 60;
+    EXPECT_EQ(rows, 6);
 }
 
 TEST_F(OverlayText, ShadowLiesUnderTheLetters) {
