@@ -155,6 +155,29 @@ TEST(DataFile, VersionRecordThatEndsTooEarly) {
     EXPECT_EQ(dataFile.dataVersion(), nullptr);
 }
 
+TEST(DataFile, OfAStorageHasItsFiles) {
+    const TemporaryFolder folder;
+    ArchiveBytes archive;
+    archive.addFile(0x01000000, words({5}));
+    archive.addEntry(0xFFFF0001, {0x404, 4, 0, 1}); // nowhere
+    archive.writeToPath(folder / "archive");
+    auto storage = ZPGorvaneBlockStorage::initV3StorageWithFileAtPath(folder / "archive");
+    ASSERT_NE(storage, nullptr);
+    EXPECT_TRUE(storage->description().ends_with(
+        "> version: 3, blockSize:  256, firstFreeBlock: 00000000, lastFreeBlock: 00000000, "
+        "rootOffset: 00000300"))
+        << storage->description();
+    WQDataFile dataFile(std::move(storage));
+    CapturedLog captured;
+    dataFile.quickLoadDataVersion();
+    EXPECT_NE(captured.take().find("Error loading data version: Error Domain="), std::string::npos);
+    EXPECT_EQ(dataFile.dataVersion(), nullptr);
+    dataFile.loadFileEntriesIfNecessary();
+    ASSERT_NE(dataFile.fileEntryWithIdentifier(0x01000000), nullptr);
+    EXPECT_EQ(dataFile.readDataForFileEntry(*dataFile.fileEntryWithIdentifier(0x01000000)),
+              words({5}));
+}
+
 TEST(DataFile, WithoutStorageOrRootThereIsNothingAndNoFailure) {
     const TemporaryFolder directory;
     BlockFileBytes file(2);

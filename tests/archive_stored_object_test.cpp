@@ -60,6 +60,8 @@ TEST(StoredObject, SavesItsDumpWithTheTimeOfItsFile) {
     const auto &underlying = std::get<std::shared_ptr<const ZPError>>(cause->second);
     EXPECT_EQ(underlying->domain, kZPPOSIXErrorDomain);
     EXPECT_EQ(underlying->code, ENOENT);
+    EXPECT_EQ(error.description(), "Error Domain=ZPGorvaneStorageErrorDomain Code=0 (Error "
+                                   "Domain=POSIXErrorDomain Code=2 \"No such file or directory\")");
 }
 
 } // namespace

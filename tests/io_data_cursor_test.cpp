@@ -264,6 +264,7 @@ TEST(DataCursor, BytesAndIdentifiersOfSixteen) {
     cursor.readBytesOfLength(2, collected);
     EXPECT_EQ(collected, hex("404142"));
     cursor.setOffset(15);
+    EXPECT_TRUE(cursor.description().ends_with(", length: 18, offset: 15"));
     EXPECT_NE(messageOf([&] { cursor.readUUID(); }), "no exception");
     EXPECT_NE(messageOf([&] { cursor.wq_readPartialBigInt32(5); }), "no exception");
     EXPECT_EQ(cursor.wq_readPartialBigInt32(3), 0xff414200u);
