@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <thread>
 
 namespace {
@@ -24,13 +25,60 @@ std::string portalClass(std::uint32_t identifier) {
 }
 
 TEST(ClientData, ClassesByIdentifier) {
-    const std::pair<std::uint32_t, const char *> cases[] = {
-        {0x00000001, "none"}, {0x07000000, "none"},          {0x0A000001, "WQSound"},
-        {0x0E000003, "none"}, {0x0E000004, "WQSkillTable"},  {0x13000000, "WQWorldInfo"},
-        {0x13000001, "none"}, {0x25000000, "WQAssociation"}, {0x27000000, "WQAssociation"},
-        {0x39000002, "none"}, {0xFFFF0001, "WQVersion"},     {0xFFFF0002, "none"}};
-    for (const auto &[identifier, name] : cases)
-        EXPECT_EQ(portalClass(identifier), name) << std::hex << identifier;
+    const std::map<unsigned, const char *> byType = {{0x01, "WQModelLeaf"},
+                                                     {0x02, "WQModelGroup"},
+                                                     {0x03, "WQAnimation"},
+                                                     {0x04, "WQPalette"},
+                                                     {0x05, "WQType05"},
+                                                     {0x06, "WQImage"},
+                                                     {0x08, "WQType08"},
+                                                     {0x09, "WQAnimationStrip"},
+                                                     {0x0A, "WQSound"},
+                                                     {0x0D, "WQDungeonTileGroup"},
+                                                     {0x0F, "WQPaletteGroup"},
+                                                     {0x10, "WQType10"},
+                                                     {0x11, "WQDiscreteLODTable"},
+                                                     {0x12, "WQTerrainObjectGroup"},
+                                                     {0x20, "WQSoundTable"},
+                                                     {0x22, "WQEnumeration"},
+                                                     {0x23, "WQLocalStringTable"},
+                                                     {0x25, "WQAssociation"},
+                                                     {0x27, "WQAssociation"},
+                                                     {0x30, "WQType30"},
+                                                     {0x31, "WQCharacterCreationText"},
+                                                     {0x32, "WQParticleEmitter"},
+                                                     {0x33, "WQParticleEffect"},
+                                                     {0x34, "WQParticleEffectLODTable"}};
+    const std::map<std::uint32_t, const char *> byIdentifier = {{0x0E000002, "WQCharacterCreation"},
+                                                                {0x0E000004, "WQSkillTable"},
+                                                                {0x0E000007, "WQEmoteTable"},
+                                                                {0x0E00000D, "WQWeenieObjectTree"},
+                                                                {0x0E00000E, "WQSpellTable"},
+                                                                {0x0E00000F, "WQComponentTable"},
+                                                                {0x0E000018, "WQExperienceTable"},
+                                                                {0x0E00001A, "WQTable_1a"},
+                                                                {0x0E00001D, "WQContractTable"},
+                                                                {0x0E00001E, "WQTabooTable"},
+                                                                {0x13000000, "WQWorldInfo"},
+                                                                {0x39000001, "WQInterface1"},
+                                                                {0xFFFF0001, "WQVersion"}};
+    for (std::uint32_t type = 0; type < 256; ++type)
+        for (const std::uint32_t rest : {0u, 1u, 0xFFFFFFu}) {
+            const std::uint32_t identifier = type << 24 | rest;
+            const auto only = byIdentifier.find(identifier);
+            const auto all = byType.find(type);
+            EXPECT_EQ(portalClass(identifier), only != byIdentifier.end() ? only->second
+                                               : all != byType.end()      ? all->second
+                                                                          : "none")
+                << std::hex << identifier;
+        }
+    for (const auto &[identifier, name] : byIdentifier) {
+        EXPECT_EQ(portalClass(identifier), name);
+        for (const std::uint32_t other : {identifier - 1, identifier + 1}) {
+            const bool isNamed = byType.contains(other >> 24) || byIdentifier.contains(other);
+            EXPECT_EQ(portalClass(other) != "none", isNamed) << std::hex << other;
+        }
+    }
     for (const WQRecordClass &recordClass : WQPortalRecordClasses())
         EXPECT_EQ(recordClass.isDecoded, recordClass.name == std::string("WQWorldInfo") ||
                                              recordClass.name == std::string("WQVersion"));

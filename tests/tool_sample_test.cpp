@@ -69,6 +69,15 @@ TEST(SampleProgram, SaysWhereItCannotWrite) {
     }
 }
 
+TEST(SampleProgram, LeavesNothingWhereAFileMayNotGrow) {
+    const TemporaryFolder folder;
+    const ProgramRun run = runProgram({"/bin/bash", "-c", "ulimit -f 200; exec \"$0\" \"$1\"",
+                                       kProgram, (folder / "world").string()});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_THAT(run.log, HasSubstr("client_portal.dat: File too large"));
+    EXPECT_TRUE(std::filesystem::is_empty(folder / "world"));
+}
+
 TEST(SampleProgram, TellsATerminalWhatItIsAbout) {
     const TemporaryFolder folder;
     const std::string command = kProgram + " --cells 10 " + (folder / "world").string();
