@@ -285,6 +285,9 @@ TEST_F(DataCommands, ShowsRecordsDecoded) {
                                    HasSubstr("     2  size: "), HasSubstr("[bits 8-15]"),
                                    HasSubstr("    [0] trader: -> 41000001\n")));
     // The dump of a class of its own is to the letter; the same record as a tree has its places.
+    EXPECT_EQ(data({"extract", "--text", "--id", "40000001", kWorld, _folder / "text"}).status, 0);
+    EXPECT_EQ(textOfFile(_folder / "text/local/Township/40000001.txt"),
+              data({"cat", "--text", kWorld, "40000001"}).output);
     const ProgramRun region = data({"cat", "--text", kWorld, "13000000"});
     EXPECT_THAT(region.output, AllOf(HasSubstr("Barren Rock"), HasSubstr("remaining: 0\n")));
     EXPECT_THAT(data({"cat", "--json", kWorld, "13000000"}).output, HasSubstr("\"Seedfall\""));

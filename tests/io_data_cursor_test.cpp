@@ -166,7 +166,12 @@ TEST(DataCursor, Strings) {
         {"8001 41", [](auto &c) { return c.wq_readLength15StringAndAlign(false); }, "A", 3},
         {"8001 41 00", [](auto &c) { return c.wq_readLengthVar30StringAndAlign(true); }, "A", 4},
         {"0100 14", [](auto &c) { return c.wq_readNibbledLength16StringAndAlign(false); }, "A", 3},
+        {"1424", [](auto &c) { return c.wq_readStringOfLength(2, false, true); }, "AB", 2},
+        {"4142 0000", [](auto &c) { return c.wq_readStringOfLength(2, true, false); }, "AB", 4},
         {"02 3dd800de", [](auto &c) { return c.readLength8UTF16StringAndAlign(false); }, "😀", 5},
+        {"02 3dd800de 000000", [](auto &c) { return c.readLength8UTF16StringAndAlign(true); }, "😀",
+         8},
+        {"01 4100", [](auto &c) { return c.wq_readLength15UTF16StringAndAlign(false); }, "A", 3},
         {"01 3dd8", [](auto &c) { return c.wq_readLengthVar30UTF16StringAndAlign(false); },
          "\xEF\xBF\xBD", 3}};
     for (const auto &c : cases) {
@@ -175,6 +180,12 @@ TEST(DataCursor, Strings) {
         EXPECT_EQ(c.read(cursor), c.text) << c.bytes;
         EXPECT_EQ(cursor.offset(), c.offset) << c.bytes;
     }
+    const ZPData nibbled = hex("0200 1424 0000");
+    ZPDataCursor nibbles(nibbled);
+    ZPData stored = hex("40");
+    EXPECT_EQ(nibbles.wq_readNibbledLength16StringAndAlign(false, stored), "AB");
+    EXPECT_EQ(stored, hex("404142"));
+    EXPECT_EQ(nibbles.offset(), 4u);
     // Lengths that no data stands behind.
     const ZPData huge = hex("ffffffffffffffff");
     ZPDataCursor cursor(huge);
@@ -279,6 +290,20 @@ TEST(DataCursor, SkipsAndListsWholeWordsUpToTheEnd) {
         cursor.skip(count, true);
         EXPECT_EQ(countOf(captured.take(), ": 00000000 (0.000000)\n"), listed) << size;
         EXPECT_EQ(cursor.offset(), 4 * listed) << size;
+    }
+}
+
+TEST(MutableDataCursor, PadsOnlyWhereAsked) {
+    const std::pair<void (ZPMutableDataCursor::*)(std::string_view, bool), const char *> forms[] = {
+        {&ZPMutableDataCursor::writeLength8UTF16String, "014100"},
+        {&ZPMutableDataCursor::wq_writeVar30String, "0141"},
+        {&ZPMutableDataCursor::wq_writeVar30UTF16String, "014100"}};
+    for (const auto &[write, bytes] : forms) {
+        ZPMutableDataCursor plain, padded;
+        (plain.*write)("A", false);
+        (padded.*write)("A", true);
+        EXPECT_EQ(ZPHexString(plain.data()), bytes);
+        EXPECT_EQ(ZPHexString(padded.data()), (std::string(bytes) + "0000").substr(0, 8));
     }
 }
 
