@@ -46,3 +46,10 @@ ProgramRun runProgram(const std::vector<std::string> &words) {
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), textOfFile(outputPath),
             textOfFile(logPath), usage.ru_maxrss};
 }
+
+std::optional<ProgramRun> runOnTerminal(const std::string &command) {
+    const auto run = [](const std::string &line) {
+        return runProgram({"/usr/bin/script", "-qec", line, "/dev/null"});
+    };
+    return run("true").status == 0 ? std::optional(run(command)) : std::nullopt;
+}

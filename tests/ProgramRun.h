@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,3 +19,7 @@ struct ProgramRun {
 
 /// Runs a program and waits for it. The first word is its path.
 ProgramRun runProgram(const std::vector<std::string> &words);
+
+/// Runs a shell's command on a terminal of its own, to which both streams go. None where the system
+/// has no terminal to give.
+std::optional<ProgramRun> runOnTerminal(const std::string &command);

@@ -177,14 +177,14 @@ TEST(DataCheck, DecodesRecordsAndHeedsTheSelection) {
 }
 
 TEST(DataCheck, ColoursAndProgressAreForTerminalsThatCan) {
+    if (!runOnTerminal("true"))
+        GTEST_SKIP() << "there is no terminal to be had";
     const TemporaryFolder folder;
     FamilyArchive archive = soundArchive(3);
     archive.poke(348, 7);
     const std::string path = archive.writeToPath(folder / "x.dat");
     const auto onTerminal = [&](const std::string &environment) {
-        return runProgram({"/usr/bin/script", "-qec",
-                           environment + " " PLOTTERRA_DATA_PROGRAM " check " + path, "/dev/null"})
-            .output;
+        return runOnTerminal(environment + " " PLOTTERRA_DATA_PROGRAM " check " + path)->output;
     };
     const std::string red = "\x1b[31merror\x1b[0m: x.dat at ", plain = "error: x.dat at ";
     const std::string shown = onTerminal("TERM=xterm NO_COLOR=");

@@ -52,7 +52,9 @@ def start_driver(display, folder):
     server = subprocess.Popen(
         ["WebKitWebDriver", f"--port={port}"], stderr=subprocess.DEVNULL,
         env={**os.environ, "DISPLAY": display, "HOME": folder, "XDG_RUNTIME_DIR": folder,
-             "LIBGL_ALWAYS_SOFTWARE": "1", "NO_AT_BRIDGE": "1"})
+             "LIBGL_ALWAYS_SOFTWARE": "1", "NO_AT_BRIDGE": "1",
+             # Containers seldom let a program make one, and the page is our own.
+             "WEBKIT_DISABLE_SANDBOX_THIS_IS_DANGEROUS": "1"})
 
     def answers():
         with socket.socket() as probe:
