@@ -61,6 +61,12 @@ int runCommand(const GlobalOptions &options, const CommandAction &action) {
     return kFoundOrFailed;
 }
 
+int refuse(const std::string &reason) {
+    say(reason);
+    say("`plotterra-data --help` and `plotterra-data COMMAND --help` tell what there is");
+    return kUsageError;
+}
+
 } // namespace
 
 int statusOver(const DataSet &dataSet, int status) {
@@ -69,7 +75,8 @@ int statusOver(const DataSet &dataSet, int status) {
 
 int runDataTool(int argc, const char *const *argv) {
     CLI::App app("Looks into the data archives of an online role-playing game.", "plotterra-data");
-    app.require_subcommand(1);
+    // Not one at least, or a mistyped command would not be named.
+    app.require_subcommand(0, 1);
     app.fallthrough();
     GlobalOptions options;
     addGlobalOptions(app, options);
@@ -83,13 +90,15 @@ int runDataTool(int argc, const char *const *argv) {
         app.parse(argc, argv);
     } catch (const CLI::Success &help) {
         return app.exit(help); // on standard output
+    } catch (const CLI::ExtrasError &error) {
+        return refuse(app.get_subcommands().empty()
+                          ? "'" + app.remaining().front() + "' is no command"
+                          : error.what());
     } catch (const CLI::ParseError &error) {
-        say(error.what());
-        say("`plotterra-data --help` and `plotterra-data COMMAND --help` tell what there is");
-        return kUsageError;
+        return refuse(error.what());
     }
     for (const auto &[command, action] : actions)
         if (command->parsed())
             return runCommand(options, action);
-    return kUsageError;
+    return refuse("no command is given");
 }

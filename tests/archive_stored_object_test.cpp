@@ -34,6 +34,7 @@ TEST(StoredObject, SavesItsDumpWithTheTimeOfItsFile) {
     stat((folder / "dump").c_str(), &status);
     EXPECT_EQ(status.st_mtime, 1234567890);
     EXPECT_EQ(status.st_atime, 1234567890);
+    EXPECT_EQ(status.st_mtim.tv_nsec + status.st_atim.tv_nsec, 0);
     EXPECT_EQ(textOfFile(folder / "dump"), "line 1\n");
     const ZPData values = words({0x12, 0xABCDEF01, 3});
     ZPDataCursor cursor(values);

@@ -40,6 +40,8 @@ TEST_F(DataRefusals, WhatIsAskedForAmissIsNamed) {
         int status;
         const char *complaint;
     } cases[] = {
+        {{}, 2, "no command is given"},
+        {{"sell", file}, 2, "'sell' is no command"},
         {{"cat", "--archive", "nope", file, "4000001"}, 1, "there is no archive named nope"},
         {{"cat", file, "4000009"}, 1, "x.dat: there is no file 04000009"},
         {{"cat", file, "xyz"}, 2, "'xyz' is no identifier"},
