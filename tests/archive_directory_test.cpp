@@ -191,6 +191,15 @@ TEST_F(Directory, ChildrenThatACountLeavesOutAreNamed) {
         EXPECT_EQ(countOf(_log, c.line != nullptr ? c.line : "follows"),
                   c.line != nullptr ? 1u : 0u);
     }
+    // Beside another fault, too.
+    _file = BlockFileBytes(16);
+    putNode(0x800, nodeBytes(words({0x1000, 0x1800, 0x2000}), 1, entry(20)));
+    putNode(0x1000, nodeBytes({}, 2, joined({entry(10), entry(5)})));
+    putNode(0x1800, nodeBytes({}, 1, entry(30)));
+    putNode(0x2000, nodeBytes({}, 1, entry(50)));
+    read();
+    EXPECT_EQ(countOf(_log, "subdirectory 00002000 follows"), 1u) << _log;
+    EXPECT_EQ(countOf(_log, "files out of order"), 1u) << _log;
 }
 
 TEST_F(Directory, DescriptionsNameTheClassesOfTheFamily) {
