@@ -138,6 +138,8 @@ TEST_F(LuaDecoder, MovesAndTellsWhereItIs) {
         out:boolean('end', cursor:isAtEnd())
         out:bytes('uuid', cursor:readUUID())
         out:hex('last', 7, { [7] = 8 })
+        out:flags('one', 1, { [0] = 'day' })
+        out:flags('other', 4, { [2] = 'night' })
         out:boolean('end', cursor:isAtEnd()))",
                                hex("01 00 0000803F 00000040 00004040 0201"
                                    "00112233445566778899aabbccddeeff"));
@@ -145,7 +147,9 @@ TEST_F(LuaDecoder, MovesAndTellsWhereItIs) {
     EXPECT_EQ(json(), R"({"offset":2,"aligned":false,"v":{"x":1,"y":2,"z":3},)"
                       R"("word":{"value":"0x0102","name":"odd"},"end":false,)"
                       R"("uuid":"00112233445566778899aabbccddeeff",)"
-                      R"("last":{"value":"0x0000000000000007","name":"?"},"end#2":true})");
+                      R"("last":{"value":"0x0000000000000007","name":"?"},)"
+                      R"("one":{"value":"0x0000000000000001","set":["day"]},)"
+                      R"("other":{"value":"0x0000000000000004","set":["night"]},"end#2":true})");
 }
 
 TEST_F(LuaDecoder, NumbersOfAScriptHaveASignWhereTheyAreNegative) {
