@@ -47,16 +47,24 @@ TEST(WebLand, FlagsTheBlocksThatAreThereAndNoNeighbor) {
     constexpr std::uint16_t kDeepWater = 20 << 2;
     const TemporaryFolder newer, older;
     CapturedLog captured;
-    const auto current =
-        clientData(newer, {{0x0101, true, 0}, {0x0303, false, kDeepWater}, {0xFEFE, false, 0}});
-    const auto old =
-        clientData(older, {{0x0303, false, 0}, {0x0505, false, 0}, {0xFEFE, false, 0}});
+    const auto current = clientData(newer, {{0x0001, false, kDeepWater},
+                                            {0x0101, true, 0},
+                                            {0x0303, false, kDeepWater},
+                                            {0x0500, false, kDeepWater},
+                                            {0xFEFE, false, 0}});
+    const auto old = clientData(older, {{0x0001, false, kDeepWater},
+                                        {0x0303, false, 0},
+                                        {0x0500, false, kDeepWater},
+                                        {0x0505, false, 0},
+                                        {0xFEFE, false, 0}});
     const auto land = WQWebLand::readLand(*current, nullptr);
     ASSERT_TRUE(land);
-    EXPECT_EQ(land->landBlockCount, 3u);
+    EXPECT_EQ(land->landBlockCount, 5u);
     EXPECT_EQ(flagged(land->blocks),
-              (std::map<std::uint32_t, unsigned>{{0x0101, kLand | kObjects | kPassable},
+              (std::map<std::uint32_t, unsigned>{{0x0001, kLand},
+                                                 {0x0101, kLand | kObjects | kPassable},
                                                  {0x0303, kLand},
+                                                 {0x0500, kLand},
                                                  {0xFEFE, kLand | kPassable}}));
 
     WQDataFileComparison comparison(old->cellDataFile(), current->cellDataFile());
@@ -65,8 +73,10 @@ TEST(WebLand, FlagsTheBlocksThatAreThereAndNoNeighbor) {
     ASSERT_TRUE(compared);
     EXPECT_EQ(flagged(compared->blocks),
               (std::map<std::uint32_t, unsigned>{
+                  {0x0001, kLand},
                   {0x0101, kLand | kObjects | kPassable | WQLandPoint::wasAdded},
                   {0x0303, kLand | WQLandPoint::wasChanged},
+                  {0x0500, kLand},
                   {0x0505, WQLandPoint::wasRemoved},
                   {0xFEFE, kLand | kPassable}}));
 }
