@@ -212,11 +212,12 @@ TEST(PNGBand, RepeatsAreWholeAtEachLimitOfDeflate) {
 /// Each value twice as rare as the one before makes codes of every length, to the longest and past
 /// it.
 TEST(PNGBand, CodesOfEveryLengthAreDeclared) {
-    std::minstd_rand random(5);
+    std::mt19937 random(5);
     for (int rarest = 4; rarest <= 16; ++rarest) {
         std::vector<std::uint8_t> values;
         for (unsigned index = 0; index < 65'000; ++index) {
-            const auto rarity = std::min(std::countr_zero(std::uint32_t(random())), rarest);
+            const auto rarity =
+                std::min(std::countr_zero(static_cast<std::uint32_t>(random())), rarest);
             values.push_back(static_cast<std::uint8_t>(rarity * 15 + int(random() % 4)));
         }
         EXPECT_TRUE(survives(values, 1, 1)) << rarest;
