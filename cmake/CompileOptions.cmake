@@ -22,11 +22,6 @@ if(PLOTTERRA_SANITIZE)
         ${sanitize} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_link_options(plotterra_options INTERFACE ${sanitize})
     target_compile_definitions(plotterra_options INTERFACE PLOTTERRA_SANITIZED)
-    if(PLOTTERRA_SANITIZE STREQUAL "thread")
-        # TBB's names over standard threads, which this sanitizer can follow.
-        target_include_directories(plotterra_options BEFORE INTERFACE
-            ${PROJECT_SOURCE_DIR}/tests/threads)
-    endif()
 endif()
 
 # One static library a layer, named plotterra_<layer>, of all sources in its folder but a program's

@@ -1,17 +1,38 @@
 # cmake -DOUTPUT=<file> -DMODULES=<file>|<file>|... -P JoinScripts.cmake
 #
 # Makes one script of modules, each after those that it imports. A module becomes a function that
-# gives what it exports; its other names stay its own. A name may be exported once only, which the
-# browser says at once. Each export stands at the start of a line and declares one name.
+# gives what it exports; its other names stay its own. Each export stands at the start of a line and
+# declares one name. A name may be exported once only, and imported only by its own name, once its
+# module stands there.
+cmake_minimum_required(VERSION 3.25)
 string(REPLACE "|" ";" modules "${MODULES}")
 set(keywords "(async function|function|const|let|class)")
-file(WRITE ${OUTPUT} "'use strict';\n")
+set(all_exports)
+set(joined "'use strict';\n")
 foreach(module IN LISTS modules)
     file(READ ${module} text)
+    get_filename_component(folder ${module} DIRECTORY)
+    string(REGEX MATCHALL "(^|\n)import [^;]*" imports "${text}")
+    foreach(import IN LISTS imports)
+        if(NOT "${import}" MATCHES "import {([^}]*)} from '([^']*)'$")
+            message(FATAL_ERROR "${module}: not an import by names: ${import}")
+        endif()
+        get_filename_component(source ${CMAKE_MATCH_2} ABSOLUTE BASE_DIR ${folder})
+        string(REGEX MATCHALL "[A-Za-z_0-9]+" names "${CMAKE_MATCH_1}")
+        foreach(name IN LISTS names)
+            if(NOT "${source} ${name}" IN_LIST all_exports)
+                message(FATAL_ERROR "${module}: ${source} exports no ${name}, or stands behind it")
+            endif()
+        endforeach()
+    endforeach()
     string(REGEX MATCHALL "\nexport ${keywords} [A-Za-z_0-9]+" exports "${text}")
     list(TRANSFORM exports REPLACE "\nexport ${keywords} " "")
+    foreach(name IN LISTS exports)
+        list(APPEND all_exports "${module} ${name}")
+    endforeach()
     list(JOIN exports ", " names)
     string(REGEX REPLACE "(^|\n)import [^;]*;" "\\1" text "${text}")
     string(REGEX REPLACE "\nexport " "\n" text "${text}")
-    file(APPEND ${OUTPUT} "const {${names}} = (() => {\n${text}return {${names}};\n})();\n")
+    string(APPEND joined "const {${names}} = (() => {\n${text}return {${names}};\n})();\n")
 endforeach()
+file(WRITE ${OUTPUT} "${joined}")

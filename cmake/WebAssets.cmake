@@ -40,13 +40,17 @@ take_library(${LEAFLET_SCRIPT} ${generated}/leaflet.js)
 take_library(${LEAFLET_STYLE} ${generated}/leaflet.css)
 
 # What the land is read with, in the page and in its workers.
-set(land_modules land.js unpack.js colors.js light.js points.js surface.js tile.js)
+set(land_modules
+    land.js unpack.js colors.js light.js points.js surface.js changekinds.js mixer.js grain.js mask.js tints.js roads.js
+    contours.js tile.js relief/sea.js relief/shadows.js relief/ground.js)
 join_scripts(${generated}/worker.js ${land_modules} worker.js)
 join_scripts(${generated}/application.js ${land_modules}
-    dom.js coordinates.js world.js settings.js painter.js flatmap.js graticule.js readout.js layers.js
-    places.js search.js changes.js plotfile.js marks.js link.js measure.js save.js shell.js
-    relief/camera.js relief/tree.js relief/shaders.js relief/pick.js relief/skin.js relief/scene.js
-    relief/labels.js relief/gestures.js relief.js reliefswitch.js main.js)
+    events.js dom.js coordinates.js world.js settings.js painter.js landtiles.js lettering.js flatmap.js
+    contourlabels.js graticule.js legend.js overview.js scalebar.js icons.js fullscreen.js blockchanges.js readout.js layers.js places.js search.js changes.js plotfile.js marks.js link.js measure.js save.js
+    shell.js pointing.js shortcuts.js
+    relief/camera.js relief/tree.js relief/shaders.js relief/waves.js relief/pick.js relief/skin.js
+    relief/scene.js relief/sight.js relief/labels.js relief/overlay.js relief/stops.js relief/compass.js
+    relief/gestures.js relief.js reliefswitch.js navigation.js address.js main.js)
 
 set(licences "")
 foreach(licence ${PROJECT_SOURCE_DIR}/LICENSE ${LEAFLET_LICENCE} ${THREE_LICENCE})

@@ -1,11 +1,12 @@
 #include "io/ZPAtomicFile.h"
 
+#include "io/ZPLinks.h"
+#include "io/ZPOutputGate.h"
+
 #include <cerrno>
 #include <fcntl.h>
-#include <linux/magic.h>
 #include <string>
 #include <sys/stat.h>
-#include <sys/vfs.h>
 #include <unistd.h>
 #include <utility>
 
@@ -13,31 +14,8 @@ namespace {
 
 constexpr mode_t kModeBeforeMask = 0666;
 
-std::filesystem::path folderOf(const std::filesystem::path &path) {
-    return path.has_parent_path() ? path.parent_path() : ".";
-}
-
 std::string pathOfDescriptor(int descriptor) {
     return "/proc/self/fd/" + std::to_string(descriptor);
-}
-
-bool isInProcessFolder(const std::filesystem::path &path) {
-    struct statfs fileSystem {};
-    return statfs(folderOf(path).c_str(), &fileSystem) == 0 &&
-           fileSystem.f_type == PROC_SUPER_MAGIC;
-}
-
-/// Replaces a path by the one that its links lead to. A link to an open file of a process leads to
-/// no name that could be replaced, and stays.
-void followLinks(std::filesystem::path &path) {
-    constexpr int kMostLinks = 40; // as many as the system itself follows
-    for (int count = 0; count < kMostLinks && !isInProcessFolder(path); ++count) {
-        std::error_code isNoLink;
-        const auto target = std::filesystem::read_symlink(path, isNoLink);
-        if (isNoLink)
-            return;
-        path = path.parent_path() / target;
-    }
 }
 
 /// Calls `writeSome` with what is left until nothing is; false, with errno set, when it fails.
@@ -59,16 +37,26 @@ bool writeAll(std::span<const std::byte> bytes, WriteSome writeSome) {
 } // namespace
 
 ZPAtomicFile::ZPAtomicFile(std::filesystem::path path, Temporary temporary)
-    : _path(std::move(path)), _temporary(temporary) {}
+    : _givenPath(std::move(path)), _path(_givenPath), _temporary(temporary) {}
 
 ZPAtomicFile::~ZPAtomicFile() {
     discard();
 }
 
-bool ZPAtomicFile::fail(int number, ZPError *error) {
-    _failure = number;
+bool ZPAtomicFile::fail(ZPError failure, ZPError *error) {
     discard();
-    return ZPFail(error, ZPError::posix(number));
+    _failure = std::move(failure);
+    return ZPFail(error, *_failure);
+}
+
+bool ZPAtomicFile::fail(int number, ZPError *error) {
+    return fail(ZPError::posix(number), error);
+}
+
+bool ZPAtomicFile::hasFailed(ZPError *error) const {
+    if (_failure)
+        ZPFail(error, *_failure);
+    return _failure.has_value();
 }
 
 void ZPAtomicFile::discard() {
@@ -78,12 +66,14 @@ void ZPAtomicFile::discard() {
 }
 
 bool ZPAtomicFile::open(ZPError *error) {
+    if (ZPError refusal; !ZPMayWrite(_givenPath, &refusal))
+        return fail(std::move(refusal), error);
     struct stat target {};
     _replacesFile = stat(_path.c_str(), &target) == 0;
     if (!_replacesFile && errno != ENOENT)
         return fail(errno, error);
-    followLinks(_path);
-    if (_replacesFile && (!S_ISREG(target.st_mode) || isInProcessFolder(_path))) {
+    _path = ZPFollowLinks(_givenPath);
+    if (_replacesFile && (!S_ISREG(target.st_mode) || ZPIsInProcessFolder(_path))) {
         // Opening a directory fails, which says so before any work is done.
         _descriptor = ::open(_path.c_str(), O_WRONLY | O_CLOEXEC);
         if (_descriptor < 0)
@@ -103,7 +93,7 @@ bool ZPAtomicFile::openNameless() {
     if (_temporary == Temporary::named)
         return false;
     _descriptor =
-        ::open(folderOf(_path).c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, kModeBeforeMask);
+        ::open(ZPFolderOfPath(_path).c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, kModeBeforeMask);
     // Without the system's folder of open files it could not be given a name later.
     _isNameless = _descriptor >= 0 && access(pathOfDescriptor(_descriptor).c_str(), F_OK) == 0;
     if (!_isNameless)
@@ -133,8 +123,8 @@ bool ZPAtomicFile::takeAttributes(const struct stat &target) {
 }
 
 bool ZPAtomicFile::write(std::span<const std::byte> bytes, ZPError *error) {
-    if (_failure != 0)
-        return fail(_failure, error);
+    if (hasFailed(error))
+        return false;
     const auto writeSome = [this](std::span<const std::byte> rest) {
         return ::write(_descriptor, rest.data(), rest.size());
     };
@@ -143,8 +133,8 @@ bool ZPAtomicFile::write(std::span<const std::byte> bytes, ZPError *error) {
 
 bool ZPAtomicFile::rewriteAtOffset(std::uint64_t offset, std::span<const std::byte> bytes,
                                    ZPError *error) {
-    if (_failure != 0)
-        return fail(_failure, error);
+    if (hasFailed(error))
+        return false;
     offset += _start;
     const auto writeSome = [&](std::span<const std::byte> rest) {
         const ssize_t count =
@@ -155,14 +145,25 @@ bool ZPAtomicFile::rewriteAtOffset(std::uint64_t offset, std::span<const std::by
     return writeAll(bytes, writeSome) || fail(errno, error);
 }
 
+bool ZPAtomicFile::setModificationTime(const timespec &time, ZPError *error) {
+    if (hasFailed(error))
+        return false;
+    const timespec times[] = {{0, UTIME_OMIT}, time};
+    return futimens(_descriptor, times) == 0 || fail(errno, error);
+}
+
 bool ZPAtomicFile::commit(ZPError *error) {
-    if (_failure != 0)
-        return fail(_failure, error);
+    if (hasFailed(error))
+        return false;
     // Closing brings up what a file system kept to itself when the bytes were written. A copy is
     // closed, since a file without a name goes with its last descriptor.
     const int copy = fcntl(_descriptor, F_DUPFD_CLOEXEC, 0);
     if (copy < 0 || close(copy) != 0)
         return fail(errno, error);
+    // The file may have come meanwhile, and drawing takes its time.
+    const bool getsName = _isNameless || _name != nullptr;
+    if (ZPError refusal; getsName && !ZPMayWrite(_givenPath, &refusal))
+        return fail(std::move(refusal), error);
     if (_isNameless && !takeName())
         return fail(errno, error);
     if (_name != nullptr) {

@@ -5,8 +5,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <ctime>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string_view>
 
@@ -21,6 +23,8 @@ struct stat;
 /// the system allows that. A target that is there and no regular file, such as a device or a pipe,
 /// is written to directly, and so is an open file of a process (/dev/stdout). Nothing waits for the
 /// disk: after a power failure a file may be the old one, or whatever the file system makes of it.
+///
+/// What ZPMayWrite keeps is not written over: it is asked by `open` and again by `commit`.
 class ZPAtomicFile {
   public:
     enum class Temporary { nameless, named };
@@ -31,8 +35,9 @@ class ZPAtomicFile {
     ZPAtomicFile(const ZPAtomicFile &) = delete;
     ZPAtomicFile &operator=(const ZPAtomicFile &) = delete;
 
-    // Each operation is false, with an error of the POSIX domain, when the system refuses it. That
-    // discards what was written, and every later operation fails with the same error.
+    // Each operation is false, with an error of the POSIX domain, when the system refuses it, or of
+    // the gate's when that does. That discards what was written, and every later operation fails
+    // with the same error.
 
     /// Comes first, and once.
     [[nodiscard]] bool open(ZPError *error = nullptr);
@@ -40,17 +45,23 @@ class ZPAtomicFile {
     /// Overwrites bytes already written, from `offset` on; the write position stays where it was.
     [[nodiscard]] bool rewriteAtOffset(std::uint64_t offset, std::span<const std::byte> bytes,
                                        ZPError *error = nullptr);
+    /// Not of what is written to directly, which has its own.
+    [[nodiscard]] bool setModificationTime(const timespec &time, ZPError *error = nullptr);
     /// Closes the file and gives it its name. Comes last.
     [[nodiscard]] bool commit(ZPError *error = nullptr);
 
   private:
+    bool fail(ZPError failure, ZPError *error);
     bool fail(int number, ZPError *error);
+    bool hasFailed(ZPError *error) const;
     void discard();
     bool openNameless();
     bool openNamed();
     bool takeAttributes(const struct stat &target);
     bool takeName();
 
+    const std::filesystem::path _givenPath;
+    /// Where its links lead.
     std::filesystem::path _path;
     Temporary _temporary;
     bool _replacesFile = false;
@@ -59,7 +70,7 @@ class ZPAtomicFile {
     int _descriptor = -1;
     /// Where the bytes begin in a target that is written to directly.
     std::uint64_t _start = 0;
-    int _failure = 0;
+    std::optional<ZPError> _failure;
 };
 
 /// Writes a whole text, atomically.

@@ -327,9 +327,9 @@ std::string ZPDataCursor::labelForOffset(std::uint64_t offset) {
 }
 
 std::string ZPDataCursor::labelWithName(std::string_view name) const {
-    std::string column(name.substr(0, _labelWidth));
-    column.insert(0, _labelWidth - column.size(), ' ');
-    return labelOffset() + " " + column;
+    const std::string_view shown = ZPFirstCharacters(name, _labelWidth);
+    const std::string padding = ZPSpacesOfLength(_labelWidth - ZPCharacterCount(shown));
+    return labelOffset().append(" ").append(padding).append(shown);
 }
 
 void ZPDataCursor::skip(std::uint64_t count, bool log) {

@@ -36,8 +36,11 @@ void ZPLogger::_log(std::string_view text) {
         _outputString += text;
         return;
     }
-    errno = 0;
     std::FILE *stream = _outputFileHandle.get();
+    std::string printable;
+    if (stream == stdout && !ZPIsPlainText(text))
+        text = printable = ZPPrintableText(text);
+    errno = 0;
     const bool isWritten =
         std::fwrite(text.data(), 1, text.size(), stream) == text.size() && std::fflush(stream) == 0;
     if (isWritten || _writeError)
@@ -71,7 +74,7 @@ void ZPLogger::logString(std::string_view prefix, std::string_view text) {
     bool isFirst = true;
     for (const std::string_view line : ZPSplitText(text, '\n')) {
         logLine(isFirst || !line.empty() ? lead.append(line) : std::string());
-        lead.assign(ZPUTF16FromString(prefix).size(), ' '); // as many as characters, not bytes
+        lead.assign(ZPCharacterCount(prefix), ' ');
         isFirst = false;
     }
 }
@@ -80,6 +83,8 @@ void ZPLogger::logBytesOfLength(std::uint64_t length, ZPDataCursor &fromCursor,
                                 std::string_view prefix) {
     while (length > 0) {
         const std::uint64_t count = std::min<std::uint64_t>(length, 16);
+        if (count > fromCursor.remaining())
+            fromCursor.setOffset(fromCursor.data().size());
         const auto bytes = fromCursor.readSpanOfLength(count, "readByte");
         logLine(std::string(prefix) + ZPHexDumpRow(bytes));
         length -= count;

@@ -29,7 +29,7 @@ class ZPLogger {
     /// Logs each line of `text`, the first behind `prefix`, the others hanging under its text.
     void logString(std::string_view prefix, std::string_view text);
     /// A dump of the cursor's next bytes, 16 a line. Throws the cursor's exception when there are
-    /// fewer, after the lines that are whole.
+    /// fewer, after the lines that are whole and with the cursor at its end.
     void logBytesOfLength(std::uint64_t length, ZPDataCursor &fromCursor, std::string_view prefix);
     void logData(std::span<const std::byte> data, std::string_view prefix);
 
@@ -47,8 +47,11 @@ class ZPLogger {
     void setOutputString(std::string text) { _outputString = std::move(text); }
     /// Null for a string logger.
     std::FILE *outputFileHandle() const { return _outputFileHandle.get(); }
-    /// The stream stays the caller's.
-    void setOutputFileHandle(std::FILE *stream) { _outputFileHandle = {stream, &leaveOpen}; }
+    /// The stream stays the caller's. What could not be written to an earlier one is forgotten.
+    void setOutputFileHandle(std::FILE *stream) {
+        _outputFileHandle = {stream, &leaveOpen};
+        _writeError.reset();
+    }
     const std::string &linePrefix() const { return _linePrefix; }
     void setLinePrefix(std::string prefix) { _linePrefix = std::move(prefix); }
     const std::optional<std::string> &lineSuffix() const { return _lineSuffix; }
@@ -64,6 +67,6 @@ class ZPLogger {
     std::vector<std::string> _indentations;
     std::string _linePrefix;
     std::optional<std::string> _lineSuffix;
-    /// The cause of the first failure.
+    /// The cause of the first failure on this stream.
     std::optional<ZPError> _writeError;
 };

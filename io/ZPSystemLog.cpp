@@ -9,11 +9,31 @@
 #include <cstdio>
 #include <ctime>
 #include <unistd.h>
+#include <utility>
+#include <vector>
 
 namespace {
 
 // Constant from the start, since classes log while they register before main.
 constinit std::atomic<ZPLogSink> logSink = nullptr;
+
+/// Null where this thread's lines go on.
+constinit thread_local ZPLogDiversion::Lines *divertedLines = nullptr;
+
+enum class KeptLines { none, areTaken, areThere };
+constinit std::atomic<KeptLines> keptState = KeptLines::none;
+
+std::vector<std::string> &keptLines() {
+    static std::vector<std::string> lines;
+    return lines;
+}
+
+void passOn(const std::string &text) {
+    if (const ZPLogSink sink = logSink)
+        sink(text);
+    else
+        ZPWriteLogLine(text);
+}
 
 std::string timeAndProcess() {
     timespec now{};
@@ -23,18 +43,15 @@ std::string timeAndProcess() {
     char date[32];
     std::strftime(date, sizeof date, "%Y-%m-%d %H:%M:%S", &local);
     return ZPFormat("%s.%03ld %s[%d:%d] ", date, now.tv_nsec / 1'000'000,
-                    program_invocation_short_name, getpid(), gettid());
+                    ZPEscapedText(program_invocation_short_name).c_str(), getpid(), gettid());
 }
 
-/// A whole line of text that may come from a file: a terminal takes no commands from it, and no
-/// text fills the disk. The program's own texts have line ends and tabs,
-/// and what was escaped before has backslashes.
+/// A whole line of text that may come from a file, which must not fill the disk.
 std::string printable(std::string_view text) {
     constexpr std::size_t kLongestLine = 1 << 16;
-    constexpr char kAllowed[] = "\n\t\\";
     if (text.size() <= kLongestLine)
-        return ZPEscapedText(text, kAllowed) + "\n";
-    return ZPEscapedText(text.substr(0, kLongestLine), kAllowed) +
+        return ZPPrintableText(text) + "\n";
+    return ZPPrintableText(text.substr(0, kLongestLine)) +
            ZPFormat("... and %zu bytes more\n", text.size() - kLongestLine);
 }
 
@@ -68,12 +85,34 @@ void ZPSetLogSink(ZPLogSink sink) {
 void ZPLog(const char *format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    const std::string text = ZPFormatArguments(format, arguments);
+    std::string text = ZPFormatArguments(format, arguments);
     va_end(arguments);
-    if (const ZPLogSink sink = logSink)
-        sink(text);
-    else
-        ZPWriteLogLine(text);
+    if (divertedLines != nullptr)
+        return divertedLines->push_back(std::move(text));
+    if (keptState == KeptLines::areTaken)
+        return keptLines().push_back(std::move(text));
+    if (keptState.exchange(KeptLines::none) == KeptLines::areThere)
+        for (const std::string &line : std::exchange(keptLines(), {}))
+            passOn(line);
+    passOn(text);
+}
+
+ZPLogHold::ZPLogHold() {
+    keptState = KeptLines::areTaken;
+}
+
+ZPLogHold::~ZPLogHold() {
+    keptState = KeptLines::areThere;
+}
+
+ZPLogDiversion::ZPLogDiversion(Lines *lines) : _outer(std::exchange(divertedLines, lines)) {}
+
+ZPLogDiversion::~ZPLogDiversion() {
+    divertedLines = _outer;
+}
+
+ZPLogDiversion::Lines *ZPLogDiversion::current() {
+    return divertedLines;
 }
 
 void ZPWriteLogLine(std::string_view text) {
@@ -96,7 +135,6 @@ void ZPPrintLine(const char *format, va_list arguments) {
         sink(ZPFormatArguments(format, arguments));
         return;
     }
-    std::vprintf(format, arguments);
-    std::putchar('\n');
+    std::puts(ZPPrintableText(ZPFormatArguments(format, arguments)).c_str());
     std::fflush(stdout);
 }

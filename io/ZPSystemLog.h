@@ -14,7 +14,7 @@ std::string ZPFormat(const char *format, ...) __attribute__((format(printf, 1, 2
 std::string ZPFormatArguments(const char *format, va_list arguments)
     __attribute__((format(printf, 1, 0)));
 
-/// Writes a line to standard output, as it is, and flushes it.
+/// Writes a line to standard output, escaped as the log's are, and flushes it.
 void ZPPrintLine(const char *format, va_list arguments) __attribute__((format(printf, 1, 0)));
 
 /// Text of an object that may be absent: itself, or `(null)`.

@@ -17,20 +17,39 @@ std::array<Slot, 64> namesToRemove;
 static_assert(Slot::is_always_lock_free);
 
 extern "C" void removeTemporaryFilesAndDie(int signal) {
-    for (const Slot &slot : namesToRemove)
-        if (const char *path = slot.load())
-            unlink(path);
+    ZPRemoveTemporaries();
     std::signal(signal, SIG_DFL);
     raise(signal);
 }
 
+/// Whether a signal ends a process unless it is caught, and can be caught. Not so faults of the
+/// program itself: after one its memory is not to be trusted.
+bool endsProcess(int signal) {
+    switch (signal) {
+    case SIGKILL:
+    case SIGSTOP: return false; // cannot be caught
+    case SIGCHLD:
+    case SIGCONT:
+    case SIGTSTP:
+    case SIGTTIN:
+    case SIGTTOU:
+    case SIGURG:
+    case SIGWINCH: return false;
+    case SIGSEGV:
+    case SIGBUS:
+    case SIGILL:
+    case SIGFPE: return false; // faults
+    default: return true;
+    }
+}
+
 void catchSignalsOnce() {
     static const bool isInstalled = [] {
-        for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGXCPU, SIGABRT, SIGTRAP}) {
+        for (int signal = 1; signal <= SIGRTMAX; ++signal) {
             struct sigaction current {};
-            sigaction(signal, nullptr, &current);
-            // A signal that the caller chose to ignore stays ignored.
-            if (current.sa_handler == SIG_DFL)
+            // A signal that the caller chose to ignore stays ignored; some the system keeps.
+            if (endsProcess(signal) && sigaction(signal, nullptr, &current) == 0 &&
+                current.sa_handler == SIG_DFL)
                 std::signal(signal, removeTemporaryFilesAndDie);
         }
         return true;
@@ -68,4 +87,10 @@ void ZPTemporaryName::release() {
     if (_slot != nullptr)
         std::exchange(_slot, nullptr)->store(nullptr);
     _path.clear();
+}
+
+void ZPRemoveTemporaries() noexcept {
+    for (const Slot &slot : namesToRemove)
+        if (const char *path = slot.load())
+            unlink(path);
 }

@@ -23,3 +23,7 @@ class ZPTemporaryName {
     std::string _path;
     std::atomic<const char *> *_slot = nullptr;
 };
+
+/// Removes every file that has such a name at the moment, for a process that ends without its
+/// destructors. Safe in a signal handler.
+void ZPRemoveTemporaries() noexcept;

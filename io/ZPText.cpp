@@ -72,8 +72,8 @@ bool isHarmful(char32_t character) {
     const auto isWithin = [=](char32_t first, char32_t last) {
         return character >= first && character <= last;
     };
-    return character < 0x20 || isWithin(0x7F, 0x9F) || isWithin(0x200E, 0x200F) ||
-           isWithin(0x2028, 0x202E) || isWithin(0x2066, 0x2069);
+    return character < 0x20 || isWithin(0x7F, 0x9F) || character == 0x061C ||
+           isWithin(0x200E, 0x200F) || isWithin(0x2028, 0x202E) || isWithin(0x2066, 0x206F);
 }
 
 /// What follows the backslash for a character that is often escaped, 0 for any other.
@@ -181,11 +181,54 @@ std::string ZPEscapedText(std::string_view text, std::string_view allowed) {
     return escaped;
 }
 
+std::string ZPPrintableText(std::string_view text) {
+    return ZPIsPlainText(text) ? std::string(text) : ZPEscapedText(text, "\n\t\\");
+}
+
+bool ZPIsPlainText(std::string_view text) {
+    // Without a way out of the loop, so that it is done sixteen bytes at a time.
+    bool isPlain = true;
+    for (const char byte : text)
+        isPlain &= (byte >= 0x20 && byte < 0x7F) || byte == '\n' || byte == '\t';
+    return isPlain;
+}
+
+std::string ZPPrintableJSON(std::string_view json) {
+    if (ZPIsPlainText(json))
+        return std::string(json);
+    std::string printable;
+    printable.reserve(json.size());
+    while (!json.empty()) {
+        const std::string_view rest = json;
+        const char32_t character = nextUTF8(json).value_or(kReplacement);
+        // Controls among ASCII are escaped already, or line ends between values.
+        if (character >= 0x7F && (isHarmful(character) || character == kReplacement))
+            appendHexadecimal(printable.append("\\u"), character, 4);
+        else
+            printable += rest.substr(0, rest.size() - json.size());
+    }
+    return printable;
+}
+
 bool ZPIsValidUTF8(std::string_view text) {
     while (!text.empty())
         if (!nextUTF8(text))
             return false;
     return true;
+}
+
+std::size_t ZPCharacterCount(std::string_view text) {
+    std::size_t count = 0;
+    for (; !text.empty(); ++count)
+        nextUTF8(text);
+    return count;
+}
+
+std::string_view ZPFirstCharacters(std::string_view text, std::size_t count) {
+    std::string_view rest = text;
+    for (; count > 0 && !rest.empty(); --count)
+        nextUTF8(rest);
+    return text.substr(0, text.size() - rest.size());
 }
 
 std::vector<std::string_view> ZPSplitText(std::string_view text, char separator) {
