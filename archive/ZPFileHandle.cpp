@@ -1,6 +1,7 @@
 #include "archive/ZPFileHandle.h"
 
 #include "archive/ZPReadAhead.h"
+#include "io/ZPOutputGate.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -14,6 +15,7 @@ std::unique_ptr<ZPFileHandle> ZPFileHandle::fileHandleAtPath(const std::filesyst
         ZPFail(error, ZPError::posix(number));
         return nullptr;
     };
+    ZPNoteInput(path);
     const int descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (descriptor < 0)
         return failWith(errno);
@@ -21,8 +23,14 @@ std::unique_ptr<ZPFileHandle> ZPFileHandle::fileHandleAtPath(const std::filesyst
     struct stat status {};
     if (flock(descriptor, LOCK_SH | LOCK_NB) != 0 || fstat(descriptor, &status) != 0)
         return failWith(errno);
-    if (!S_ISREG(status.st_mode))
-        return failWith(S_ISDIR(status.st_mode) ? EISDIR : EINVAL);
+    if (S_ISDIR(status.st_mode))
+        return failWith(EISDIR);
+    if (!S_ISREG(status.st_mode)) {
+        ZPError noFile = ZPError::posix(EINVAL);
+        noFile.userInfo[NSLocalizedFailureReasonErrorKey] = "no regular file";
+        ZPFail(error, std::move(noFile));
+        return nullptr;
+    }
     if (const auto size = static_cast<std::size_t>(status.st_size); size > 0) {
         handle->_mapping = ZPFileMapping::mapDescriptor(descriptor, size);
         if (handle->_mapping == nullptr)

@@ -1,5 +1,7 @@
 #include "archive/ZPFileMapping.h"
 
+#include "archive/ZPFastWay.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
@@ -25,6 +27,16 @@ class ZPFileMapping::Registry {
 };
 
 namespace {
+
+/// Zeros stand where nothing can be read.
+void *copyOfFile(int descriptor, std::size_t size) {
+    void *copy = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ssize_t count = copy != MAP_FAILED ? 1 : 0;
+    for (std::size_t done = 0; count > 0 && done < size; done += static_cast<std::size_t>(count))
+        count = pread(descriptor, static_cast<std::byte *>(copy) + done, size - done,
+                      static_cast<off_t>(done));
+    return copy;
+}
 
 std::size_t pageSize() {
     return static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
@@ -118,9 +130,10 @@ bool ZPFileMapping::Slot::repair(const void *faultAddress) {
 
 std::size_t ZPFileMapping::Slot::currentSize() const {
     struct stat status {};
+    // Where the system does not tell, nothing is taken to be lost.
     return fstat(descriptor.load(std::memory_order_relaxed), &status) == 0
                ? static_cast<std::size_t>(status.st_size)
-               : 0;
+               : mappedSize.load(std::memory_order_relaxed);
 }
 
 void ZPFileMapping::Slot::lowerSoundSize(std::size_t size) {
@@ -130,7 +143,9 @@ void ZPFileMapping::Slot::lowerSoundSize(std::size_t size) {
 }
 
 std::unique_ptr<ZPFileMapping> ZPFileMapping::mapDescriptor(int descriptor, std::size_t size) {
-    void *address = mmap(nullptr, size, PROT_READ, MAP_SHARED, descriptor, 0);
+    const bool isMapped = ZPIsOpen(ZPFastWay::map);
+    void *address = isMapped ? mmap(nullptr, size, PROT_READ, MAP_SHARED, descriptor, 0)
+                             : copyOfFile(descriptor, size);
     if (address == MAP_FAILED)
         return nullptr;
     Slot *slot = Registry::takeSlot();
@@ -163,5 +178,6 @@ void ZPFileMapping::noteCurrentSize() {
 }
 
 void ZPFileMapping::releasePages() const {
-    madvise(const_cast<std::byte *>(_address), _mappedSize, MADV_DONTNEED);
+    if (ZPIsOpen(ZPFastWay::map))
+        madvise(const_cast<std::byte *>(_address), _mappedSize, MADV_DONTNEED);
 }

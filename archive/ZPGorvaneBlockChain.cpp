@@ -9,10 +9,14 @@
 
 #include <cerrno>
 
+using namespace ZPGorvaneLayout;
+
 namespace {
 
 /// A chain may go on past its file's last byte; a longer rest than this is remembered as sound.
 constexpr std::uint64_t kFewBlocks = 16;
+/// From so many bytes on, a copy that finds no memory is the file's affair.
+constexpr std::uint32_t kLargeCopy = 1 << 20;
 constexpr char kChanged[] = "The chain changed while it was read.";
 
 ZPError storageError(ZPGorvaneStorageErrorCode code, std::string reason, std::uint32_t first) {
@@ -55,12 +59,12 @@ class ZPGorvaneBlockStorage::Chain {
     /// The same, 0 where the file has no such block: for blocks that may have changed since they
     /// were checked.
     std::uint32_t linkOfBlockOrEnd(std::uint32_t offset) const {
-        return offset + std::size_t{4} <= _bytes.size() ? linkOfBlock(offset) : 0;
+        return offset + std::size_t{kLinkSize} <= _bytes.size() ? linkOfBlock(offset) : 0;
     }
     /// The block's payload as far as the file has it; its link was read before.
     std::span<const std::byte> payloadOfBlock(std::uint32_t offset) const {
-        const auto rest = _bytes.subspan(offset + std::size_t{4});
-        return rest.first(std::min<std::size_t>(rest.size(), _blockSize - 4));
+        const auto rest = _bytes.subspan(offset + std::size_t{kLinkSize});
+        return rest.first(std::min<std::size_t>(rest.size(), _storage.payloadSize()));
     }
     std::uint64_t blockCount() const { return _bytes.size() / _blockSize + 1; }
 
@@ -255,6 +259,10 @@ std::optional<ZPError> ZPGorvaneBlockStorage::Chain::read(std::uint32_t expected
         found = scratch;
         return fault;
     } catch (const std::bad_alloc &) {
+        // A machine that has no room for a small copy has none to go on; what would be left out
+        // then, file by file, would look like damage.
+        if (expectedLength < kLargeCopy)
+            throw;
         return ZPError::posix(ENOMEM);
     }
 }

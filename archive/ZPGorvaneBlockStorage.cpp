@@ -2,12 +2,7 @@
 
 #include "io/ZPSystemLog.h"
 
-namespace {
-
-constexpr std::uint32_t kMagic = 0x5442;
-constexpr std::uint32_t kFormatCheck = 0x004C5000;
-
-} // namespace
+using namespace ZPGorvaneLayout;
 
 // -- opening
 
@@ -59,29 +54,16 @@ ZPGorvaneBlockStorage::initWithFileHandle(std::unique_ptr<ZPFileHandle> fileHand
     }
 }
 
-// Byte offsets in the file; every field is a little-endian u32.
-//
-//                  version 1   version 2   version 3
-//   format check       -           -          256      0x004C5000
-//   magic             300         300         320      0x5442
-//   blockSize         304         304         324
-//   fileSize          308         308         328
-//   contentType       312         312         332
-//   contentSubtype     -          316         336
-//   firstFreeBlock    316         320         340
-//   lastFreeBlock     320         324         344
-//   freeBlockCount    324         328         348
-//   rootOffset        328         332         352
 bool ZPGorvaneBlockStorage::readHeader(std::uint32_t version) {
     _version = version;
     const auto bytes = fileBytes();
     ZPDataCursor cursor(bytes);
     std::uint32_t check = kFormatCheck;
     if (version == 3) {
-        cursor.setOffset(256);
+        cursor.setOffset(kFormatCheckPlace);
         check = cursor.readLittleInt32();
     }
-    cursor.setOffset(version == 3 ? 320 : 300);
+    cursor.setOffset(magicPlace(version));
     const std::uint32_t magic = cursor.readLittleInt32();
     if (version == 3 && (check != kFormatCheck || magic != kMagic)) {
         ZPLog("Bad magic number for V3 storage (%08x %08x)", check, magic);
@@ -101,7 +83,7 @@ bool ZPGorvaneBlockStorage::readHeader(std::uint32_t version) {
     _freeBlockCount = cursor.readLittleInt32();
     _rootOffset = cursor.readLittleInt32();
 
-    if (_blockSize < 8 || _blockSize > bytes.size()) {
+    if (_blockSize < kLeastBlockSize || _blockSize > bytes.size()) {
         ZPLog("Error: Block size %u does not suit a file of %zu bytes", _blockSize, bytes.size());
         return false;
     }

@@ -2,6 +2,7 @@
 
 #include "archive/ZPFileHandle.h"
 #include "archive/ZPGorvaneChainMemory.h"
+#include "archive/ZPGorvaneLayout.h"
 #include "io/ZPDataCursor.h"
 
 #include <algorithm>
@@ -69,7 +70,7 @@ class ZPGorvaneBlockStorage {
 
     /// The first `expectedLength` bytes of the chain that starts at `offset`. The chain must be
     /// sound beyond them too; none, with an error, where it is not or falls short. A copy that does
-    /// not fit into memory is an error of the POSIX domain.
+    /// not fit into memory is an error of the POSIX domain, a small one std::bad_alloc.
     [[nodiscard]] std::optional<ZPData> readDataFromBlocksAtOffset(std::uint32_t offset,
                                                                    std::uint32_t expectedLength,
                                                                    ZPError *error = nullptr) const;
@@ -88,10 +89,11 @@ class ZPGorvaneBlockStorage {
     /// Always inlined, since the compiler drops calls of a function whose only effect is this.
     [[gnu::always_inline]] inline void prefetchBlocksAtOffset(std::uint32_t offset,
                                                               std::uint32_t length) const {
-        constexpr std::uint64_t kCacheLine = 64, kLink = 4, kLimit = 512;
+        constexpr std::uint64_t kCacheLine = 64, kLimit = 512;
         const std::span<const std::byte> bytes = fileBytes();
         const std::uint64_t end =
-            std::min({offset + kLink + length, offset + kLimit, std::uint64_t{bytes.size()}});
+            std::min({offset + ZPGorvaneLayout::kLinkSize + std::uint64_t{length}, offset + kLimit,
+                      std::uint64_t{bytes.size()}});
         for (std::uint64_t position = offset; position < end; position += kCacheLine)
             __builtin_prefetch(&bytes[position]);
     }
@@ -112,12 +114,14 @@ class ZPGorvaneBlockStorage {
 
     std::uint32_t version() const { return _version; }
     std::uint32_t blockSize() const { return _blockSize; }
+    /// How much of a block is left beside its link.
+    std::uint32_t payloadSize() const { return _blockSize - ZPGorvaneLayout::kLinkSize; }
     std::uint32_t contentType() const { return _contentType; }
     std::uint32_t contentSubtype() const { return _contentSubtype; }
     /// How many blocks the file really has, its header included.
     std::size_t blockCount() const { return fileBytes().size() / _blockSize; }
     /// Payload bytes of the free blocks, in 32 bits.
-    std::uint32_t freeSpace() const { return (_blockSize - 4) * _freeBlockCount; }
+    std::uint32_t freeSpace() const { return payloadSize() * _freeBlockCount; }
 
     std::uint32_t fileSize() const { return _fileSize; }
     void setFileSize(std::uint32_t size) { _fileSize = size; }
@@ -138,9 +142,6 @@ class ZPGorvaneBlockStorage {
 
   private:
     class Chain;
-
-    /// Set in the link of a free block.
-    static constexpr std::uint32_t kFreeBit = 0x80000000;
 
     explicit ZPGorvaneBlockStorage(std::unique_ptr<ZPFileHandle> fileHandle)
         : _fileHandle(std::move(fileHandle)) {}

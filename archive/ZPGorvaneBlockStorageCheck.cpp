@@ -7,11 +7,7 @@
 #include <algorithm>
 #include <vector>
 
-namespace {
-
-constexpr std::uint32_t kMebibyte = 1'048'576;
-
-} // namespace
+using namespace ZPGorvaneLayout;
 
 bool ZPGorvaneBlockStorage::check() const {
     return checkHeader() && checkFreeBlockChain();
@@ -28,7 +24,7 @@ bool ZPGorvaneBlockStorage::checkHeader() const {
               static_cast<int>(_blockSize));
         isSound = false;
     }
-    if (_fileSize % kMebibyte != 0) {
+    if (_fileSize % kFileSizeUnit != 0) {
         ZPLog("Error: File size (%u bytes) is not a multiple of 1,048,576 bytes", _fileSize);
         isSound = false;
     }

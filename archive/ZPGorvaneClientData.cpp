@@ -2,26 +2,10 @@
 
 #include "io/ZPSystemLog.h"
 
-#include <array>
 #include <cstdarg>
 #include <map>
 
 namespace {
-
-struct Game {
-    const char *displayName;
-    std::string_view key;
-};
-
-/// By game number.
-constexpr std::array<Game, 6> kGames = {{
-    {"Unknown", "unknown"},
-    {"Ostvale (retail)", "ostvale-retail"},
-    {"Ostvale", "ostvale"},
-    {"Ostvale II", "ostvale2"},
-    {"Saltmere", "saltmere"},
-    {"Thornwatch", "thornwatch"},
-}};
 
 using Registry = std::map<std::string, ZPGorvaneClientDataClass>;
 
@@ -32,17 +16,6 @@ Registry &registry() {
 }
 
 } // namespace
-
-const char *ZPGorvaneGameDisplayName(ZPGorvaneGame game) {
-    return kGames.at(static_cast<std::size_t>(game)).displayName;
-}
-
-ZPGorvaneGame ZPGorvaneGameWithKey(std::string_view key) {
-    for (std::uint32_t number = 0; number < kGames.size(); ++number)
-        if (kGames[number].key == key)
-            return static_cast<ZPGorvaneGame>(number);
-    return ZPGorvaneGame::unknown;
-}
 
 void ZPGorvaneClientData::registerClientDataClass(const ZPGorvaneClientDataClass &clientDataClass,
                                                   ZPGorvaneGame forGorvaneGame) {

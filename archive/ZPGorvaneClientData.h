@@ -1,23 +1,9 @@
 #pragma once
 
 #include "archive/ZPGorvaneDataFile.h"
+#include "archive/ZPGorvaneGame.h"
 
 #include <string_view>
-
-/// The games whose archives have this format.
-enum class ZPGorvaneGame : std::uint32_t {
-    unknown = 0,
-    firstRetail = 1,
-    first = 2,
-    second = 3,
-    third = 4,
-    fourth = 5,
-};
-
-/// The name that a game is shown under; numbers without a game have none and must not be asked for.
-const char *ZPGorvaneGameDisplayName(ZPGorvaneGame game);
-/// The game that a short lower-case key such as "ostvale" stands for; `unknown` for any other text.
-[[nodiscard]] ZPGorvaneGame ZPGorvaneGameWithKey(std::string_view key);
 
 class ZPGorvaneClientData;
 

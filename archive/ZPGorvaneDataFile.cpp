@@ -1,11 +1,11 @@
 #include "archive/ZPGorvaneDataFile.h"
 
+#include "io/ZPParallel.h"
 #include "io/ZPSystemLog.h"
 #include "io/ZPTimer.h"
 
 #include <cerrno>
 #include <numeric>
-#include <tbb/task_arena.h>
 #include <tuple>
 
 namespace {
@@ -95,7 +95,7 @@ void ZPGorvaneDataFile::loadFileEntriesIfNecessary() {
     // Isolated, lest a thread that waits for its helpers takes up other work of a caller that is
     // itself parallel. That work may ask for this very index, which the recursive lock would let
     // it build a second time, or for one whose builder waits for this one.
-    tbb::this_task_arena::isolate([this] { buildIndex(); });
+    ZPWithoutOtherWork([this] { buildIndex(); });
     didLoadFileEntries();
     _hasLoadedFileEntries = true;
     timer.stop();
@@ -104,16 +104,18 @@ void ZPGorvaneDataFile::loadFileEntriesIfNecessary() {
 }
 
 void ZPGorvaneDataFile::buildIndex() {
+    // What there is of an index that found no memory is not to be seen: it would tell of files that
+    // are not there.
     try {
         _rootDirectory = ZPGorvaneDirectory::treeOfDataFile(*this);
         if (_rootDirectory != nullptr)
             indexEntries();
-    } catch (const std::bad_alloc &) {
-        ZPLog("Error: There is not enough memory for the index of %s", _path.c_str());
+    } catch (...) {
         _rootDirectory = nullptr;
         _fileEntriesByIdentifier = {};
         _repeatedEntries = {};
         _usedFileTypes.clear();
+        throw;
     }
 }
 

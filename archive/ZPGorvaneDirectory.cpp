@@ -1,24 +1,20 @@
 #include "archive/ZPGorvaneDirectory.h"
 
 #include "archive/ZPGorvaneDataFile.h"
+#include "io/ZPParallel.h"
 #include "io/ZPSystemLog.h"
 
 #include <atomic>
 #include <cstdarg>
 #include <mutex>
-#include <tbb/parallel_for.h>
 #include <tuple>
 #include <utility>
 
+using namespace ZPGorvaneLayout;
+
 namespace {
 
-constexpr std::size_t kMaximumChildren = 62;
-constexpr std::uint32_t kFileCountOffset = 248;
-constexpr std::uint32_t kMaximumFiles = 61;
-constexpr std::uint32_t kMinimumFiles = 30;
-constexpr std::uint32_t kUnusedChild = 0xCDCDCDCD;
-/// 2^32 files make a tree of seven levels even when its nodes are half empty.
-constexpr unsigned kMaximumDepth = 32;
+constexpr std::uint32_t kLeastFiles = 30;
 
 } // namespace
 
@@ -187,11 +183,11 @@ ZPGorvaneDirectory::Reader::Result ZPGorvaneDirectory::Reader::readNode(std::uin
 
 void ZPGorvaneDirectory::Reader::readChildren(ZPGorvaneDirectory &node, ZPDataCursor &cursor,
                                               unsigned depth) {
-    cursor.setOffset(kFileCountOffset);
+    cursor.setOffset(kFileCountPlace);
     const std::uint32_t fileCount = cursor.readLittleInt32();
     cursor.setOffset(0);
     bool isEnded = false;
-    for (std::size_t index = 0; index < kMaximumChildren && index <= fileCount; ++index) {
+    for (std::size_t index = 0; index < kMostChildren && index <= fileCount; ++index) {
         const std::uint32_t child = cursor.readLittleInt32();
         isEnded = child == 0 || child == kUnusedChild;
         if (isEnded)
@@ -213,7 +209,7 @@ void ZPGorvaneDirectory::Reader::readChildren(ZPGorvaneDirectory &node, ZPDataCu
 /// tells.
 void ZPGorvaneDirectory::Reader::noteChildLeftOut(const ZPGorvaneDirectory &node,
                                                   std::uint32_t fileCount, ZPDataCursor &cursor) {
-    if (cursor.offset() == kFileCountOffset)
+    if (cursor.offset() == kFileCountPlace)
         return;
     const std::uint32_t child = cursor.readLittleInt32();
     if (child == 0 || child == kUnusedChild)
@@ -250,7 +246,7 @@ void ZPGorvaneDirectory::Reader::loadChildren(ZPGorvaneDirectory &node, unsigned
         children[index] = loadChild(node, offsets[index], depth);
     };
     if (_mode == Mode::parallel && depth <= kParallelDepth)
-        tbb::parallel_for(std::size_t{0}, offsets.size(), load);
+        ZPParallelFor(offsets.size(), load);
     else
         for (std::size_t index = 0; index < offsets.size(); ++index)
             load(index);
@@ -266,9 +262,9 @@ ZPGorvaneDirectory::Reader::loadChild(const ZPGorvaneDirectory &node, std::uint3
                node._offset, offset);
         return nullptr;
     }
-    if (depth >= kMaximumDepth) {
+    if (depth >= kMostLevels) {
         report("dir %08x> Subdirectory %08x lies deeper than %u levels and is not followed",
-               node._offset, offset, kMaximumDepth);
+               node._offset, offset, kMostLevels);
         return nullptr;
     }
     if (const std::size_t count = _nodeCount++; count >= _maximumNodes) {
@@ -285,21 +281,21 @@ ZPGorvaneDirectory::Reader::loadChild(const ZPGorvaneDirectory &node, std::uint3
 }
 
 void ZPGorvaneDirectory::Reader::readFiles(ZPGorvaneDirectory &node, ZPDataCursor &cursor) {
-    cursor.setOffset(kFileCountOffset);
+    cursor.setOffset(kFileCountPlace);
     const std::uint32_t fileCount = cursor.readLittleInt32();
     const bool isInnerNode = !node.isRootDirectory() && !node.isLeaf();
-    if (isInnerNode && (fileCount < kMinimumFiles || fileCount > kMaximumFiles)) {
+    if (isInnerNode && (fileCount < kLeastFiles || fileCount > kMostFiles)) {
         report("Error: Directory %08x has an invalid number of files (%u), must be 30 <= count <= "
                "61",
                node._offset, fileCount);
         report("files: %s", "()");
-    } else if (fileCount > kMaximumFiles) {
+    } else if (fileCount > kMostFiles) {
         report("Error: Directory %08x has an invalid number of files (%u), must be count <= 61",
                node._offset, fileCount);
     }
 
     const ZPGorvaneArchiveFamily &family = _dataFile.family();
-    node._files.reserve(std::min<std::size_t>(fileCount, family.kEntriesPerNode));
+    node._files.reserve(std::min<std::size_t>(fileCount, kEntriesPerNode));
     for (std::uint32_t index = 0; index < fileCount; ++index) {
         ZPGorvaneFileEntry entry;
         if (!family.readFileEntry(cursor, entry)) {
@@ -326,7 +322,7 @@ void ZPGorvaneDirectory::Reader::checkOrder(const ZPGorvaneDirectory &node) {
 std::optional<ZPGorvaneFileEntry> ZPGorvaneDirectory::searchForFileWithIdentifier(
     std::uint32_t identifier, const ZPGorvaneDataFile &inDataFile, std::uint32_t directoryOffset,
     std::uint32_t *unreadableNode) {
-    for (unsigned depth = 1; depth <= kMaximumDepth; ++depth) {
+    for (unsigned depth = 1; depth <= kMostLevels; ++depth) {
         const auto node = initWithDataFile(inDataFile, directoryOffset, false);
         if (node == nullptr) {
             if (unreadableNode != nullptr)
@@ -378,7 +374,7 @@ void ZPGorvaneDirectory::copyEntriesFromLeftToRight(std::span<ZPGorvaneFileEntry
         _subdirectories[index]->copyEntriesFromLeftToRight(parts[index]);
     };
     if (!parts.empty())
-        tbb::parallel_for(std::size_t{0}, parts.size(), copyChild);
+        ZPParallelFor(parts.size(), copyChild);
 }
 
 std::string ZPGorvaneDirectory::description() const {

@@ -20,6 +20,8 @@ void ZPGorvaneStoredObject::appendFormat(const char *format, ...) {
     va_end(arguments);
     if (shouldDebug())
         ZPLog("%s", line.c_str());
+    if (!_collectsDump)
+        return;
     if (_logger == nullptr)
         _logger = std::make_unique<ZPLogger>();
     _logger->log("%s", line.c_str());

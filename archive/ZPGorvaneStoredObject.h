@@ -23,8 +23,9 @@ class ZPGorvaneStoredObject {
     ZPGorvaneStoredObject(ZPDataCursor &cursor, ZPGorvaneClientData *clientData,
                           bool readsIdentifier = isIdentifierInData)
         : _identifier(readsIdentifier ? cursor.readLittleInt32() : 0), _clientData(clientData) {}
-    /// A record that was not read from data.
-    explicit ZPGorvaneStoredObject(std::uint32_t identifier) : _identifier(identifier) {}
+    /// A record that was not read from data and collects no dump.
+    explicit ZPGorvaneStoredObject(std::uint32_t identifier)
+        : _identifier(identifier), _collectsDump(false) {}
     virtual ~ZPGorvaneStoredObject() = default;
     ZPGorvaneStoredObject(ZPGorvaneStoredObject &&) = default;
     ZPGorvaneStoredObject &operator=(ZPGorvaneStoredObject &&) = default;
@@ -66,6 +67,7 @@ class ZPGorvaneStoredObject {
 
   private:
     std::uint32_t _identifier;
+    bool _collectsDump = true;
     ZPGorvaneClientData *_clientData = nullptr;
     /// Made with the first line: most records of a run never dump anything.
     std::unique_ptr<ZPLogger> _logger;

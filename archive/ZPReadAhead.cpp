@@ -1,5 +1,7 @@
 #include "archive/ZPReadAhead.h"
 
+#include "archive/ZPFastWay.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <fcntl.h>
@@ -47,7 +49,8 @@ bool waitForByte(int descriptor, std::size_t offset) {
 } // namespace
 
 void ZPReadAhead(int descriptor, std::size_t size) {
-    if (size == 0 || isInCache(descriptor, size) || !isWorthwhile(descriptor, size))
+    if (size == 0 || !ZPIsOpen(ZPFastWay::ahead) || isInCache(descriptor, size) ||
+        !isWorthwhile(descriptor, size))
         return;
     std::size_t requested = 0;
     for (std::size_t begin = 0; begin < size; begin += kRequestSize) {

@@ -1,0 +1,273 @@
+#include "archive/ZPGorvaneArchiveCheck.h"
+
+#include "io/ZPSystemLog.h"
+
+#include <algorithm>
+
+using namespace ZPGorvaneLayout;
+using enum ZPGorvaneFinding::Severity;
+
+ZPGorvaneArchiveCheck::ZPGorvaneArchiveCheck(const ZPGorvaneDataFile &dataFile)
+    : _dataFile(dataFile), _storage(*dataFile.blockStorage()), _map(_storage) {}
+
+void ZPGorvaneArchiveCheck::add(ZPGorvaneFinding::Severity severity, const char *kind,
+                                std::uint64_t offset, std::string cause,
+                                std::optional<std::uint32_t> identifier) {
+    _findings.push_back({severity, kind, identifier, offset, std::move(cause)});
+}
+
+ZPGorvaneFindings ZPGorvaneArchiveCheck::run() {
+    checkHeader();
+    checkDirectory(_storage.rootOffset(), 1, {-1, std::int64_t{1} << 32});
+    checkFreeChain();
+    checkFiles();
+    findLostBlocks();
+    return std::move(_findings);
+}
+
+void ZPGorvaneArchiveCheck::checkHeader() {
+    const std::uint32_t blockSize = _storage.blockSize(), fileSize = _storage.fileSize();
+    const std::size_t size = _storage.fileHandle()->bytes().size();
+    if (blockSize != 256 && blockSize != 1024)
+        add(warning, kZPGorvaneHeaderFinding, 0,
+            ZPFormat("Unrecognized block size: %u", blockSize));
+    if (fileSize % blockSize != 0)
+        add(error, kZPGorvaneHeaderFinding, 0,
+            ZPFormat("File size is not a multiple of the block size (%u bytes)", blockSize));
+    else if (fileSize % kFileSizeUnit != 0)
+        add(warning, kZPGorvaneHeaderFinding, 0,
+            ZPFormat("File size (%u bytes) is not a multiple of 1,048,576 bytes", fileSize));
+    if (size != fileSize)
+        add(error, kZPGorvaneHeaderFinding, 0,
+            ZPFormat("The header has %u bytes, the file %zu", fileSize, size));
+}
+
+/// Follows a chain to its end and claims its blocks; the first fault is told, and ends it.
+template <class Fault>
+ZPGorvaneArchiveCheck::ChainEnd
+ZPGorvaneArchiveCheck::followChain(std::uint32_t first, std::uint32_t owner, Fault fault) {
+    ChainEnd chain;
+    std::uint32_t previous = 0;
+    for (std::uint32_t offset = first; offset != 0; ++chain.blockCount) {
+        if (const std::string reason = _map.faultOfOffset(offset); !reason.empty()) {
+            const bool isFree = (offset & kFreeBit) != 0 && chain.blockCount > 0;
+            fault(kZPGorvaneFileChainFinding, previous,
+                  isFree ? ZPFormat("the chain runs into the free block %08x", previous)
+                         : "the chain's block " + reason);
+            return chain;
+        }
+        std::uint32_t &current = _map.ownerAtOffset(offset);
+        if (current == owner && owner != ZPGorvaneBlockMap::directory) {
+            fault(kZPGorvaneFileChainFinding, offset,
+                  ZPFormat("the chain contains a loop to %08x", offset));
+            return chain;
+        }
+        if (current != ZPGorvaneBlockMap::nobody) {
+            fault(kZPGorvaneSharedFinding, offset,
+                  ZPFormat("block %08x belongs to %s too", offset, describeOwner(current).c_str()));
+            return chain;
+        }
+        current = owner;
+        previous = offset;
+        offset = _map.linkAtOffset(offset);
+    }
+    chain.isSound = true;
+    return chain;
+}
+
+std::string ZPGorvaneArchiveCheck::describeOwner(std::uint32_t owner) const {
+    switch (owner) {
+    case ZPGorvaneBlockMap::header: return "the header";
+    case ZPGorvaneBlockMap::freeChain: return "the free chain";
+    case ZPGorvaneBlockMap::directory: return "a directory";
+    default:
+        return ZPFormat("file %08x", _entries[owner - ZPGorvaneBlockMap::firstFile].identifier);
+    }
+}
+
+void ZPGorvaneArchiveCheck::checkDirectory(std::uint32_t offset, unsigned depth, Bounds bounds) {
+    const auto fault = [&](const char *kind, std::uint64_t place, const std::string &cause) {
+        // What a directory shares is as bad as a chain that breaks.
+        add(error, kind == kZPGorvaneFileChainFinding ? kZPGorvaneDirectoryFinding : kind, place,
+            ZPFormat("directory %08x: %s", offset, cause.c_str()));
+    };
+    if (depth > kMostLevels)
+        return fault(kZPGorvaneDirectoryFinding, offset, "lies deeper than any archive is");
+    if (!followChain(offset, ZPGorvaneBlockMap::directory, fault).isSound)
+        return;
+    ZPData scratch;
+    ZPError reason;
+    const auto size = static_cast<std::uint32_t>(_dataFile.family().directorySize());
+    const auto node = _storage.readBytesFromBlocksAtOffset(offset, size, scratch, &reason);
+    if (!node)
+        return fault(kZPGorvaneDirectoryFinding, offset, reason.failureReason());
+    checkNode(offset, *node, depth, bounds);
+}
+
+void ZPGorvaneArchiveCheck::checkNode(std::uint32_t offset, std::span<const std::byte> node,
+                                      unsigned depth, Bounds bounds) {
+    ZPDataCursor cursor(node);
+    cursor.setOffset(kFileCountPlace);
+    std::uint32_t count = cursor.readLittleInt32();
+    if (count > kMostFiles) {
+        add(error, kZPGorvaneDirectoryFinding, offset,
+            ZPFormat("directory %08x has an invalid number of files (%u), must be count <= 61",
+                     offset, count));
+        count = std::min(count, kMostFiles);
+    }
+    const auto entries = readEntries(offset, cursor, count, bounds);
+    cursor.setOffset(0);
+    std::vector<std::uint32_t> children;
+    for (std::uint32_t index = 0; index <= count; ++index) {
+        const std::uint32_t child = cursor.readLittleInt32();
+        if (child == 0 || child == kUnusedChild)
+            break;
+        children.push_back(child);
+    }
+    if (children.empty()) {
+        if (_leafDepth.value_or(depth) != depth)
+            add(error, kZPGorvaneDirectoryFinding, offset,
+                ZPFormat("directory %08x lies at level %u, other leaves at %u", offset, depth,
+                         *_leafDepth));
+        _leafDepth = _leafDepth.value_or(depth);
+    } else if (children.size() != entries.size() + 1) {
+        add(error, kZPGorvaneDirectoryFinding, offset,
+            ZPFormat("directory %08x has %zu files and %zu directories below it, not one more",
+                     offset, entries.size(), children.size()));
+    }
+    for (std::size_t index = 0; index < std::max(entries.size(), children.size()); ++index) {
+        if (index < children.size()) {
+            const auto identifierAt = [&](std::size_t place, std::int64_t without) {
+                return place < entries.size() ? std::int64_t{entries[place].identifier} : without;
+            };
+            checkDirectory(children[index], depth + 1,
+                           {index > 0 ? identifierAt(index - 1, bounds.above) : bounds.above,
+                            identifierAt(index, bounds.below)});
+        }
+        if (index < entries.size())
+            _entries.push_back(entries[index]);
+    }
+}
+
+std::vector<ZPGorvaneFileEntry> ZPGorvaneArchiveCheck::readEntries(std::uint32_t offset,
+                                                                   ZPDataCursor &cursor,
+                                                                   std::uint32_t count,
+                                                                   Bounds bounds) {
+    std::vector<ZPGorvaneFileEntry> entries;
+    std::int64_t previous = bounds.above;
+    for (std::uint32_t index = 0; index < count; ++index) {
+        ZPGorvaneFileEntry entry;
+        if (!_dataFile.family().readFileEntry(cursor, entry)) {
+            add(error, kZPGorvaneDirectoryFinding, offset,
+                ZPFormat("directory %08x: its file %u of %u is an empty slot", offset, index,
+                         count));
+            break;
+        }
+        if (entry.identifier <= previous)
+            add(error, kZPGorvaneOrderFinding, offset,
+                ZPFormat("directory %08x: %08x does not come after %08x", offset, entry.identifier,
+                         static_cast<unsigned>(previous)),
+                entry.identifier);
+        else if (entry.identifier >= bounds.below)
+            add(error, kZPGorvaneOrderFinding, offset,
+                ZPFormat("directory %08x: %08x does not come before %08x", offset, entry.identifier,
+                         static_cast<unsigned>(bounds.below)),
+                entry.identifier);
+        previous = entry.identifier;
+        entries.push_back(entry);
+    }
+    return entries;
+}
+
+void ZPGorvaneArchiveCheck::checkFreeChain() {
+    const auto fault = [&](std::uint64_t place, std::string cause) {
+        add(error, kZPGorvaneFreeChainFinding, place, std::move(cause));
+    };
+    std::uint32_t count = 0, last = 0;
+    for (std::uint32_t offset = _storage.firstFreeBlock(); offset != 0;) {
+        if (const std::string reason = _map.faultOfOffset(offset); !reason.empty()) {
+            fault(last, "free block " + reason);
+            break;
+        }
+        std::uint32_t &owner = _map.ownerAtOffset(offset);
+        if (owner == ZPGorvaneBlockMap::freeChain) {
+            fault(offset, ZPFormat("Free block chain contains a loop to %08x", offset));
+            break;
+        }
+        if (owner != ZPGorvaneBlockMap::nobody) {
+            add(error, kZPGorvaneSharedFinding, offset,
+                ZPFormat("block %08x of the free chain belongs to %s", offset,
+                         describeOwner(owner).c_str()));
+            break;
+        }
+        owner = ZPGorvaneBlockMap::freeChain;
+        const std::uint32_t link = _map.linkAtOffset(offset);
+        if ((link & kFreeBit) == 0)
+            fault(offset, ZPFormat("Free block %08x is not marked free", offset));
+        ++count;
+        last = offset;
+        offset = link & ~kFreeBit;
+    }
+    if (last != _storage.lastFreeBlock())
+        fault(last, ZPFormat("Free block chain ends at %08x, the header has %08x", last,
+                             _storage.lastFreeBlock()));
+    if (count != _storage.freeBlockCount())
+        fault(last, ZPFormat("Free block count recorded in header (%u) does not match actual free "
+                             "block count (%u)",
+                             _storage.freeBlockCount(), count));
+}
+
+void ZPGorvaneArchiveCheck::checkFiles() {
+    constexpr std::size_t kAhead = 16;
+    for (std::uint32_t index = 0; index < _entries.size(); ++index) {
+        if (index + kAhead < _entries.size())
+            _map.prefetch(_entries[index + kAhead].fileOffset);
+        checkFile(index);
+    }
+}
+
+void ZPGorvaneArchiveCheck::checkFile(std::uint32_t index) {
+    const ZPGorvaneFileEntry &entry = _entries[index];
+    const auto fault = [&](const char *kind, std::uint64_t place, std::string cause) {
+        add(error, kind, place, std::move(cause), entry.identifier);
+    };
+    const ChainEnd chain =
+        followChain(entry.fileOffset, ZPGorvaneBlockMap::firstFile + index, fault);
+    if (!chain.isSound)
+        return;
+    const std::uint64_t payload = _storage.payloadSize();
+    const std::uint64_t needed = (entry.fileSize + payload - 1) / payload;
+    if (chain.blockCount < needed)
+        fault(kZPGorvaneSizeFinding, entry.fileOffset,
+              ZPFormat("Data length (%llu) is shorter than expected (%u)",
+                       static_cast<unsigned long long>(chain.blockCount * payload),
+                       entry.fileSize));
+    else if (chain.blockCount > std::max<std::uint64_t>(needed, 1))
+        add(warning, kZPGorvaneSizeFinding, entry.fileOffset,
+            ZPFormat("the chain has %llu blocks, its %u bytes need %llu",
+                     static_cast<unsigned long long>(chain.blockCount), entry.fileSize,
+                     static_cast<unsigned long long>(needed)),
+            entry.identifier);
+}
+
+/// Blocks that nobody claimed, those beside each other as one finding.
+void ZPGorvaneArchiveCheck::findLostBlocks() {
+    const std::uint32_t step = _map.blockSize();
+    const auto isLost = [&](std::uint64_t offset, bool isFree) {
+        return offset < _map.end() && _map.ownerAtOffset(offset) == ZPGorvaneBlockMap::nobody &&
+               ((_map.linkAtOffset(offset) & kFreeBit) != 0) == isFree;
+    };
+    for (std::uint64_t offset = 0; offset < _map.end(); offset += step) {
+        if (_map.ownerAtOffset(offset) != ZPGorvaneBlockMap::nobody)
+            continue;
+        const std::uint64_t first = offset;
+        const bool isFree = isLost(first, true);
+        while (isLost(offset + step, isFree))
+            offset += step;
+        add(warning, kZPGorvaneLostFinding, first,
+            ZPFormat("%llu blocks from %08llx on are %s",
+                     static_cast<unsigned long long>((offset - first) / step + 1),
+                     static_cast<unsigned long long>(first),
+                     isFree ? "marked free and not in the free chain" : "used by nobody"));
+    }
+}

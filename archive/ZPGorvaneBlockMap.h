@@ -1,0 +1,41 @@
+#pragma once
+
+#include "archive/ZPGorvaneBlockStorage.h"
+
+/// Who uses each block of an archive, filled while chains are followed: 4 bytes a block.
+class ZPGorvaneBlockMap {
+  public:
+    /// Who uses a block: nobody, the header, the free chain, a directory, or the file with this
+    /// number among the entries of the tree.
+    enum Owner : std::uint32_t { nobody, header, freeChain, directory, firstFile };
+
+    explicit ZPGorvaneBlockMap(const ZPGorvaneBlockStorage &storage);
+
+    std::uint32_t blockSize() const { return _blockSize; }
+    /// End of the blocks that both the file and its header have.
+    std::uint64_t end() const { return _owners.size() * std::uint64_t{_blockSize}; }
+
+    /// Why an offset is none of a block that a chain may use; empty when it is.
+    [[nodiscard]] std::string faultOfOffset(std::uint64_t offset) const;
+    /// Of a block, by its sound offset.
+    std::uint32_t linkAtOffset(std::uint64_t offset) const {
+        const std::byte *word = _bytes.data() + offset;
+        std::uint32_t link = 0;
+        for (unsigned index = 0; index < 4; ++index)
+            link |= std::to_integer<std::uint32_t>(word[index]) << 8 * index;
+        return link;
+    }
+    std::uint32_t &ownerAtOffset(std::uint64_t offset) { return _owners[offset / _blockSize]; }
+    /// Starts loading what a chain's first step will want.
+    [[gnu::always_inline]] inline void prefetch(std::uint32_t offset) const {
+        if (offset < end()) {
+            __builtin_prefetch(_bytes.data() + offset);
+            __builtin_prefetch(&_owners[offset / _blockSize]);
+        }
+    }
+
+  private:
+    std::span<const std::byte> _bytes;
+    std::uint32_t _blockSize;
+    std::vector<std::uint32_t> _owners;
+};
