@@ -1,22 +1,24 @@
 #include "game/WQClientData.h"
 
+#include "game/WQArchiveFamilies.h"
 #include "io/ZPSystemLog.h"
 
 WQClientData::WQClientData() : ZPGorvaneClientData(std::filesystem::path()) {}
 
 WQClientData::WQClientData(std::filesystem::path path)
     : ZPGorvaneClientData(std::move(path)),
-      _portalDataFile(openDataFile("client_portal.dat", WQDataFile::portal)),
-      _highresDataFile(openDataFile("client_highres.dat", WQDataFile::highres)),
-      _cellDataFile(openDataFile("client_cell_1.dat", WQDataFile::cell)),
-      _localDataFile(openDataFile("client_local_English.dat", WQDataFile::local)) {
+      _portalDataFile(openDataFile(ZPGorvaneArchiveRole::portal)),
+      _highresDataFile(openDataFile(ZPGorvaneArchiveRole::highres)),
+      _cellDataFile(openDataFile(ZPGorvaneArchiveRole::cell)),
+      _localDataFile(openDataFile(ZPGorvaneArchiveRole::local)) {
     log("basePath: %s", basePath().c_str());
 }
 
-std::unique_ptr<WQDataFile> WQClientData::openDataFile(const char *name, WQDataFile::Type type) {
-    auto dataFile = std::make_unique<WQDataFile>(basePath() / name);
+std::unique_ptr<WQDataFile> WQClientData::openDataFile(ZPGorvaneArchiveRole role) {
+    const char *fileName = kWQArchiveFamily.archiveWithRole(role)->fileName;
+    auto dataFile = std::make_unique<WQDataFile>(basePath() / fileName);
     dataFile->setClientData(this);
-    dataFile->setType(type);
+    dataFile->setType(static_cast<std::uint32_t>(role));
     dataFile->quickLoadDataVersion();
     return dataFile;
 }
@@ -24,15 +26,8 @@ std::unique_ptr<WQDataFile> WQClientData::openDataFile(const char *name, WQDataF
 // -- archives
 
 WQDataFile *WQClientData::dataFileWithName(std::string_view name) {
-    if (name == "portal")
-        return portalDataFile();
-    if (name == "cell")
-        return cellDataFile();
-    if (name == "highres")
-        return highresDataFile();
-    if (name == "local")
-        return localDataFile();
-    return nullptr;
+    const ZPGorvaneArchiveName *archive = kWQArchiveFamily.archiveWithName(name);
+    return archive != nullptr ? dataFileOfType(static_cast<std::uint32_t>(archive->role)) : nullptr;
 }
 
 WQDataFile *WQClientData::dataFileOfType(std::uint32_t type) const {

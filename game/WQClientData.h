@@ -78,7 +78,7 @@ class WQClientData : public ZPGorvaneClientData, private WQRecordCache::Delegate
   private:
     using Table = std::unique_ptr<const ZPGorvaneStoredObject>;
 
-    std::unique_ptr<WQDataFile> openDataFile(const char *name, WQDataFile::Type type);
+    std::unique_ptr<WQDataFile> openDataFile(ZPGorvaneArchiveRole role);
     std::unique_ptr<ZPGorvaneStoredObject> newObjectWithIdentifier(std::uint32_t identifier,
                                                                    WQDataFile *inDataFile);
     std::unique_ptr<ZPGorvaneStoredObject> _newPortalObjectFromData(std::span<const std::byte> data,

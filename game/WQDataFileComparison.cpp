@@ -85,8 +85,7 @@ void WQDataFileComparison::compareDigests() {
     }
 }
 
-WQFileDigestMap
-WQDataFileComparison::buildSHA1DigestsByIDForDataFile(const WQDataFile &dataFile) const {
+WQFileDigestMap WQDataFileComparison::buildSHA1DigestsByIDForDataFile(WQDataFile &dataFile) const {
     WQFileHasher hasher(dataFile);
     return buildDigests(hasher, nullptr);
 }

@@ -17,15 +17,15 @@
 /// there is nothing to compare: lists and sets stay without a value.
 class WQDataFileComparison {
   public:
-    /// Borrows both, which have their index loaded; either may be null.
-    WQDataFileComparison(const WQDataFile *oldDataFile, const WQDataFile *newDataFile)
+    /// Borrows both; either may be null.
+    WQDataFileComparison(WQDataFile *oldDataFile, WQDataFile *newDataFile)
         : _dataFile1(oldDataFile), _dataFile2(newDataFile) {}
 
     /// Reads every file of both archives, gives each its digest and compares these, on all
-    /// processors.
+    /// processors; loads their indexes if necessary.
     void buildComparison();
     /// The digests of one archive's readable files. Logs progress every 1000 files.
-    [[nodiscard]] WQFileDigestMap buildSHA1DigestsByIDForDataFile(const WQDataFile &dataFile) const;
+    [[nodiscard]] WQFileDigestMap buildSHA1DigestsByIDForDataFile(WQDataFile &dataFile) const;
 
     // Each writes a text as a whole or not at all, and is false when that fails. The summaries go
     // to standard output when there is no path.
@@ -60,8 +60,8 @@ class WQDataFileComparison {
     WQFileDigestMap buildDigests(WQFileHasher &hasher, WQFileHasher *newer) const;
     void compareDigests();
 
-    const WQDataFile *_dataFile1;
-    const WQDataFile *_dataFile2;
+    WQDataFile *_dataFile1;
+    WQDataFile *_dataFile2;
     std::optional<WQFileDigestMap> _digests1;
     std::optional<WQFileDigestMap> _digests2;
     std::optional<FileKeys> _fileKeysAdded;

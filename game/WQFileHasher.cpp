@@ -1,41 +1,23 @@
 #include "game/WQFileHasher.h"
 
+#include "io/ZPParallelLog.h"
 #include "io/ZPSystemLog.h"
 
 #include <cstring>
-#include <mutex>
-#include <tbb/blocked_range.h>
-#include <tbb/parallel_for.h>
 
 namespace {
 
 /// Progress is reported at multiples of this.
 constexpr std::size_t kFilesPerReport = 1000;
 /// Some 0.2 ms of work: enough to make handing it out cheap.
-constexpr std::size_t kFilesPerTask = 1000;
+constexpr std::size_t kFilesPerPart = 1000;
 /// How many files ahead memory is asked for.
 constexpr std::size_t kFilesAhead = 8;
 
-/// Reports on work that several threads do, in the order that one would have: a position is due
-/// when more files than that are done.
-class HashingProgress {
-  public:
-    explicit HashingProgress(std::size_t count) : _count(count) {}
-
-    void finishFiles(std::size_t number) {
-        const std::lock_guard guard(_lock);
-        _finished += number;
-        for (; _position < _finished; _position += kFilesPerReport)
-            ZPLog("hashed %8zu / %8zu = %5.1f %%", _position, _count,
-                  static_cast<double>(_position) * 100 / static_cast<double>(_count));
-    }
-
-  private:
-    const std::size_t _count;
-    std::mutex _lock;
-    std::size_t _finished = 0;
-    std::size_t _position = 0;
-};
+const ZPGorvaneFileEntryMap &loadedEntries(WQDataFile &dataFile) {
+    dataFile.loadFileEntriesIfNecessary();
+    return dataFile.fileEntriesByIdentifier();
+}
 
 /// Spans of one length. The standard's algorithm goes byte by byte here.
 bool areEqual(std::span<const std::byte> bytes, std::span<const std::byte> others) {
@@ -44,26 +26,30 @@ bool areEqual(std::span<const std::byte> bytes, std::span<const std::byte> other
 
 } // namespace
 
-/// One thread's way through a part of the index, and beside it through the newer archive's.
-class WQFileHasher::Task {
+/// The way through a part of the index, and beside it through the newer archive's.
+class WQFileHasher::Part {
   public:
-    Task(WQFileHasher &older, WQFileHasher *newer, const tbb::blocked_range<std::size_t> &range)
-        : _older(older), _newer(newer), _range(range) {
+    Part(WQFileHasher &older, WQFileHasher *newer, std::size_t first)
+        : _older(older), _newer(newer), _first(first),
+          _end(std::min(first + kFilesPerPart, older._entries.size())) {
         if (_newer != nullptr)
             _twin = static_cast<std::size_t>(
-                std::ranges::lower_bound(_newer->_entries,
-                                         _older._entries[range.begin()].identifier, {},
+                std::ranges::lower_bound(_newer->_entries, _older._entries[first].identifier, {},
                                          &ZPGorvaneFileEntry::identifier) -
                 _newer->_entries.begin());
     }
 
     void run() {
-        for (std::size_t index = _range.begin(); index < _range.end(); ++index) {
+        const std::size_t count = _older._entries.size();
+        for (std::size_t index = _first; index < _end; ++index) {
             const std::size_t next = index + kFilesAhead;
-            if (next < _range.end() && _older._states[next] == State::waiting)
+            if (next < _end && _older._states[next] == State::waiting)
                 _older._dataFile.prefetchFileEntry(_older._entries[next]);
             if (_older._states[index] == State::waiting)
                 hashFile(index);
+            if (index % kFilesPerReport == 0)
+                ZPLog("hashed %8zu / %8zu = %5.1f %%", index, count,
+                      static_cast<double>(index) * 100 / static_cast<double>(count));
         }
     }
 
@@ -94,23 +80,19 @@ class WQFileHasher::Task {
 
     WQFileHasher &_older;
     WQFileHasher *const _newer;
-    const tbb::blocked_range<std::size_t> _range;
+    const std::size_t _first, _end;
     std::size_t _twin = 0;
     ZPData _scratch, _newerScratch;
 };
 
-WQFileHasher::WQFileHasher(const WQDataFile &dataFile)
-    : _dataFile(dataFile), _entries(dataFile.fileEntriesByIdentifier()),
+WQFileHasher::WQFileHasher(WQDataFile &dataFile)
+    : _dataFile(dataFile), _entries(loadedEntries(dataFile)),
       _digests(ZPLargeArray<WQFileDigest>::allocate(_entries.size())), _states(_entries.size()) {}
 
 void WQFileHasher::hashFiles(WQFileHasher *newer) {
-    HashingProgress progress(_entries.size());
-    const auto hashRange = [&](const tbb::blocked_range<std::size_t> &range) {
-        Task(*this, newer, range).run();
-        progress.finishFiles(range.size());
-    };
-    tbb::parallel_for(tbb::blocked_range<std::size_t>(0, _entries.size(), kFilesPerTask), hashRange,
-                      tbb::simple_partitioner());
+    const std::size_t partCount = (_entries.size() + kFilesPerPart - 1) / kFilesPerPart;
+    ZPParallelForWithLog(partCount,
+                         [&](std::size_t part) { Part(*this, newer, part * kFilesPerPart).run(); });
     ZPLog("hashed %8zu / %8zu = 100.0 %%", _entries.size(), _entries.size());
 }
 

@@ -13,8 +13,8 @@
 /// same bytes there has its digest already, and only the rest are left to hash.
 class WQFileHasher {
   public:
-    /// Borrows the archive, which has its index loaded.
-    explicit WQFileHasher(const WQDataFile &dataFile);
+    /// Borrows the archive, and loads its index if necessary.
+    explicit WQFileHasher(WQDataFile &dataFile);
 
     /// Hashes the files that have no digest yet, and logs progress every 1000 files. Those of
     /// `newer`, if given, that hold the same bytes get theirs along.
@@ -25,7 +25,7 @@ class WQFileHasher {
 
   private:
     enum class State : std::uint8_t { waiting, hashed, unreadable };
-    class Task;
+    class Part;
 
     std::optional<std::span<const std::byte>> readFile(std::size_t index, ZPData &scratch);
     void setDigest(std::size_t index, const ZPSHA1Digest &digest) {

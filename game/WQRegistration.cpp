@@ -4,6 +4,7 @@
 
 #include "game/WQClientData.h"
 #include "game/WQRetailClientData.h"
+#include "io/ZPLogSink.h"
 
 namespace {
 
@@ -21,6 +22,7 @@ void registerClass(const char *name, ZPGorvaneGame game) {
 
 /// Runs before main.
 extern "C" [[gnu::constructor]] void WQRegisterClientDataClasses() {
+    const ZPLogHold hold;
     registerClass<WQClientData>("WQClientData", ZPGorvaneGame::first);
     registerClass<WQRetailClientData>("WQRetailClientData", ZPGorvaneGame::firstRetail);
 }

@@ -15,7 +15,7 @@ class WQRetailClientData : public ZPGorvaneClientData {
     WQRetailDataFile *dataFileWithName(std::string_view name) override;
 
   private:
-    std::unique_ptr<WQRetailDataFile> openDataFile(const char *name);
+    std::unique_ptr<WQRetailDataFile> openDataFile(ZPGorvaneArchiveRole role);
 
     std::unique_ptr<WQRetailDataFile> _portalDataFile;
     std::unique_ptr<WQRetailDataFile> _cellDataFile;

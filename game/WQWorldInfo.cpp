@@ -7,6 +7,10 @@
 #include "game/WQTerrainObjectSet.h"
 #include "io/ZPSystemLog.h"
 
+#include <algorithm>
+#include <cmath>
+#include <functional>
+
 namespace {
 
 std::uint32_t portalDataVersion(ZPGorvaneClientData *clientData) {
@@ -71,6 +75,18 @@ ZPDataCursor WQWorldInfo::cursorAt(std::uint64_t place) const {
     ZPDataCursor cursor(_record);
     cursor.setOffset(place);
     return cursor;
+}
+
+std::string WQWorldInfo::faultInLandHeights() const {
+    const auto isFinite = [](float height) { return std::isfinite(height); };
+    const auto first = std::ranges::find_if_not(_actualLandHeights, isFinite);
+    if (first == _actualLandHeights.end())
+        return {};
+    const auto count = std::count_if(first, _actualLandHeights.end(), std::not_fn(isFinite));
+    return ZPFormat(
+        "%td of the %zu land heights in the region record (%08x) are no finite numbers, "
+        "first that of index %td",
+        count, _actualLandHeights.size(), identifier(), first - _actualLandHeights.begin());
 }
 
 std::vector<WQTimeOfDay> WQWorldInfo::times() const {

@@ -53,8 +53,10 @@ class WQWorldInfo : public WQPortalObject {
     WQWorldInfo(ZPDataCursor &cursor, ZPGorvaneClientData *clientData);
 
     const Fields &fields() const { return _fields; }
-    /// Real heights by the height index of land blocks.
+    /// Real heights by the height index of land blocks, as the record has them.
     const LandHeights &actualLandHeights() const { return _actualLandHeights; }
+    /// How many of them are no finite numbers, and which is the first; empty when all are.
+    std::string faultInLandHeights() const;
 
     // Each call reads the section anew and gives it away: the map needs none of them, and what they
     // take is many times what the record has for them.

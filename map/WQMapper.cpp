@@ -23,12 +23,14 @@ std::string reasonForNoFiles(const WQDataFile &dataFile) {
 }
 
 /// Empty when there is land to see.
-std::string reasonForNoLand(const WQDataFile &cellDataFile, const WQLandCounts &counts) {
-    const char *path = cellDataFile.path().c_str();
-    if (counts.drawnBlocks != 0 || cellDataFile.fileCount() == 0)
-        return reasonForNoFiles(cellDataFile);
+std::string reasonForNoLand(const WQDataFile *cellDataFile, const WQLandCounts &counts) {
+    if (cellDataFile == nullptr)
+        return "there is no cell archive";
+    const char *path = cellDataFile->path().c_str();
+    if (counts.drawnBlocks != 0 || cellDataFile->fileCount() == 0)
+        return reasonForNoFiles(*cellDataFile);
     return counts.landBlocks == 0 ? ZPFormat("none of the files in %s is a land block (%zu)", path,
-                                             cellDataFile.fileCount())
+                                             cellDataFile->fileCount())
                                   : ZPFormat("none of the land blocks in %s can be read (%u)", path,
                                              counts.landBlocks);
 }
@@ -75,10 +77,6 @@ bool WQMapper::setupLandBlockData() {
 }
 
 bool WQMapper::setupLandBlockData(bool comparesWithOldData) {
-    if (_clientData.cellDataFile() == nullptr) {
-        ZPLog("Error: the client data is of no directory, so there is no land.");
-        return false;
-    }
     const WQWorldInfo *worldInfo = _clientData.worldInfo();
     _landGrid = WQLandGrid::allocate();
     if (_landGrid == nullptr) {
@@ -92,16 +90,23 @@ bool WQMapper::setupLandBlockData(bool comparesWithOldData) {
 
     _comparison.reset();
     _shortcomings.clear();
-    WQDataFile &cellDataFile = *_clientData.cellDataFile();
-    cellDataFile.loadFileEntriesIfNecessary();
-    if (comparesWithOldData && _oldClientData != nullptr &&
-        _oldClientData->cellDataFile() != nullptr)
+    if (worldInfo != nullptr)
+        if (const std::string fault = worldInfo->faultInLandHeights(); !fault.empty())
+            _shortcomings.push_back(fault + "; they are taken to be 0");
+    WQDataFile *cellDataFile = _clientData.cellDataFile();
+    if (cellDataFile != nullptr)
+        cellDataFile->loadFileEntriesIfNecessary();
+    if (comparesWithOldData && _oldClientData != nullptr)
         compareWithOldData();
 
     const ZPStage stage("read blocks");
-    const WQLandCounts counts = WQFillLandGrid(*_landGrid, cellDataFile, _comparison.get());
-    // Unmapping an archive of full size takes as long as shading the land, and can go beside it.
-    _memoryRelease = ZPDoInBackground([file = &cellDataFile] { file->didReadAllFiles(); });
+    WQLandCounts counts;
+    if (cellDataFile != nullptr) {
+        counts = WQFillLandGrid(*_landGrid, *cellDataFile, _comparison.get());
+        // Unmapping an archive of full size takes as long as shading the land, and can go beside
+        // it.
+        _memoryRelease = ZPDoInBackground([cellDataFile] { cellDataFile->didReadAllFiles(); });
+    }
     ZPLog("land block count: %u (%.1f %%), object block count: %u (%.1f %% of total area, %.1f %% "
           "of used land)",
           counts.landBlocks, counts.landBlocks * 100.0 / kTotalBlocks, counts.objectBlocks,
@@ -113,15 +118,19 @@ bool WQMapper::setupLandBlockData(bool comparesWithOldData) {
     return true;
 }
 
+/// Without an archive on either side the comparison finds nothing.
 void WQMapper::compareWithOldData() {
     const ZPStage stage("compare");
-    WQDataFile &oldCellDataFile = *_oldClientData->cellDataFile();
-    oldCellDataFile.loadFileEntriesIfNecessary();
-    if (const std::string reason = reasonForNoFiles(oldCellDataFile); !reason.empty())
-        _shortcomings.push_back("All land counts as added: " + reason);
-    _comparison =
-        std::make_unique<WQDataFileComparison>(&oldCellDataFile, _clientData.cellDataFile());
+    WQDataFile *oldCellDataFile = _oldClientData->cellDataFile();
+    WQDataFile *cellDataFile = _clientData.cellDataFile();
+    _comparison = std::make_unique<WQDataFileComparison>(oldCellDataFile, cellDataFile);
     _comparison->buildComparison();
+    if (cellDataFile == nullptr)
+        return; // no land to be without a mark
+    if (oldCellDataFile == nullptr)
+        _shortcomings.push_back("No land counts as changed: there is no older cell archive");
+    else if (const std::string reason = reasonForNoFiles(*oldCellDataFile); !reason.empty())
+        _shortcomings.push_back("All land counts as added: " + reason);
 }
 
 // -- pictures

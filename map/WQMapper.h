@@ -22,15 +22,15 @@ inline constexpr char kWQMapperErrorDomain[] = "WQMapperErrorDomain";
 /// is made. Each picture reads the land blocks anew.
 class WQMapper {
   public:
-    /// The client data must outlive the renderer. That of no directory makes no pictures.
+    /// The client data must outlive the renderer. Pictures of that of no directory are all sea.
     explicit WQMapper(WQClientData &clientData);
     ~WQMapper();
     WQMapper(const WQMapper &) = delete;
     WQMapper &operator=(const WQMapper &) = delete;
 
     WQClientData &clientData() const { return _clientData; }
-    /// An older data set to compare with, or null; it must outlive the renderer. Nothing is
-    /// compared with one of no directory.
+    /// An older data set to compare with, or null; it must outlive the renderer. A comparison with
+    /// one of no directory finds nothing, neither lists nor sets.
     WQClientData *oldClientData() const { return _oldClientData; }
     void setOldClientData(WQClientData *clientData) { _oldClientData = clientData; }
     /// Points without land data are transparent.

@@ -1,9 +1,8 @@
 #include "map/land/WQLandGridBuilder.h"
 
 #include "game/WQLandBlock.h"
+#include "io/ZPParallelLog.h"
 #include "io/ZPSystemLog.h"
-
-#include <tbb/parallel_for.h>
 
 namespace {
 
@@ -132,8 +131,8 @@ void Strip::fillEastEdge(unsigned number, WQLandGrid &grid) const {
 WQLandCounts WQFillLandGrid(WQLandGrid &grid, const WQDataFile &cellDataFile,
                             const WQDataFileComparison *comparison) {
     std::vector<Strip> strips(Strip::kCount);
-    tbb::parallel_for(0u, Strip::kCount, [&](unsigned number) {
-        strips[number].fill(number, grid, cellDataFile, comparison);
+    ZPParallelForWithLog(Strip::kCount, [&](std::size_t number) {
+        strips[number].fill(static_cast<unsigned>(number), grid, cellDataFile, comparison);
     });
     WQLandCounts counts;
     for (unsigned number = 0; number < Strip::kCount; ++number) {

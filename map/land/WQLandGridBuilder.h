@@ -14,7 +14,8 @@ struct WQLandCounts {
 
 /// Reads every land block of the cell archive into the grid, on all processors. Points that two
 /// blocks share take the values of the one with the greater identifier. A block that cannot be read
-/// or decoded, or that lies outside the world, is logged and counted and leaves its area as it is.
+/// or decoded, or that lies outside the world, is logged and counted and leaves its area as it is;
+/// the log has them in the order of their identifiers.
 /// Where a block lies is what its entry says; one that says otherwise of itself is logged.
 /// With a comparison, points are also flagged as added, removed or changed.
 WQLandCounts WQFillLandGrid(WQLandGrid &grid, const WQDataFile &cellDataFile,

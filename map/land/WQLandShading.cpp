@@ -1,7 +1,8 @@
 #include "map/land/WQLandShading.h"
 
+#include "io/ZPParallel.h"
+
 #include <mutex>
-#include <tbb/parallel_for.h>
 #include <vector>
 
 namespace {
@@ -27,8 +28,8 @@ WQShadedLand WQShadeLand(std::unique_ptr<WQLandGrid> grid, const WQTerrainShader
 
     WQShadedLand land;
     std::mutex lightLock;
-    tbb::parallel_for(0u, kWorkers, [&](unsigned worker) {
-        const unsigned first = worker * kRowsPerWorker;
+    ZPParallelFor(kWorkers, [&](std::size_t worker) {
+        const auto first = static_cast<unsigned>(worker) * kRowsPerWorker;
         const unsigned end = std::min(first + kRowsPerWorker, kWQLandSize);
         WQLandWindow window(*grid, first, end, worker > 0 ? &borders[worker - 1].south : nullptr,
                             worker < borders.size() ? &borders[worker].north : nullptr);

@@ -1,7 +1,8 @@
 #include "map/land/WQMapViewport.h"
 
+#include "io/ZPParallel.h"
+
 #include <algorithm>
-#include <tbb/parallel_for.h>
 
 void WQMapViewport::updateTypes(const WQLandGrid &grid) {
     setupTypes();
@@ -16,11 +17,11 @@ void WQMapViewport::updateBitmap(const WQLandGrid &grid, const WQTerrainShader &
         return;
     const std::size_t width = std::min<std::size_t>(kSize, kWQLandSize - xOffset);
     const std::size_t height = std::min<std::size_t>(kSize, kWQLandSize - yOffset);
-    const auto end = static_cast<unsigned>(yOffset + height);
-    tbb::parallel_for(tbb::blocked_range<unsigned>(yOffset, end, 16), [&](const auto &rows) {
+    ZPParallelRanges(height, 16, [&](std::size_t firstRow, std::size_t endRow) {
         std::array<WQPixel, kWQLandSize> pixels;
-        for (WQLandWindow window(grid, rows.begin(), rows.end()); window.y() < rows.end();
-             window.moveNorth()) {
+        const auto end = static_cast<unsigned>(yOffset + endRow);
+        for (WQLandWindow window(grid, static_cast<unsigned>(yOffset + firstRow), end);
+             window.y() < end; window.moveNorth()) {
             shader.shadeRow(window, pixels);
             std::copy_n(pixels.begin() + xOffset, width,
                         _bitmap.begin() +

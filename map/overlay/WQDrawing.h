@@ -18,7 +18,7 @@ struct WQImageRect {
 /// A coordinate to 1/256 of a pixel, as fine as cairo places a path. Sums such as
 /// 1894.4999999999998 stand for the centre of a pixel and must not fall on either side of it.
 inline double WQNearestSubpixel(double value) {
-    return std::round(value * 256) / 256;
+    return std::floor(value * 256 + 0.5) / 256;
 }
 
 /// What is laid over the land: a list of opaque rectangles and masks for a picture of the whole

@@ -58,7 +58,7 @@ WQText WQTypesetter::set(const std::string &text, const WQFont &font) {
 void WQText::drawAtPoint(WQImagePoint point, WQPixel color, WQDrawing &context) const {
     const double west = WQNearestSubpixel(point.x), north = WQNearestSubpixel(point.y + height());
     // The box begins below the line `north`, with the pixel whose centre is half a pixel lower.
-    context.addMask(_set.mask, {std::round(west), std::round(north) - 0.5}, color);
+    context.addMask(_set.mask, {std::floor(west + 0.5), std::floor(north + 0.5) - 0.5}, color);
 }
 
 void WQText::drawWithShadowAtPoint(WQImagePoint point, WQDrawing &context) const {

@@ -22,7 +22,8 @@ class WQText {
     [[nodiscard]] double width() const { return _set.width; }
     [[nodiscard]] double height() const { return _set.height; }
 
-    /// Draws the text with the box's south-west corner at this point, on whole pixels.
+    /// Draws the text with the box's south-west corner at this point, on the nearest whole pixels;
+    /// from the middle of one to the north-east.
     void drawAtPoint(WQImagePoint point, WQPixel color, WQDrawing &context) const;
     /// The same in white over a black shadow that falls a pixel to the south-east.
     void drawWithShadowAtPoint(WQImagePoint point, WQDrawing &context) const;

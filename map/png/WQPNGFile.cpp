@@ -2,16 +2,15 @@
 
 #include "io/ZPAtomicFile.h"
 #include "io/ZPMutableDataCursor.h"
+#include "io/ZPParallel.h"
 #include "io/ZPStage.h"
+#include "io/ZPThreadValues.h"
 #include "map/png/WQPNGBand.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <isa-l/crc.h>
-#include <tbb/enumerable_thread_specific.h>
-#include <tbb/parallel_pipeline.h>
-#include <thread>
+#include <vector>
 
 namespace {
 
@@ -83,28 +82,22 @@ bool WQWritePNG(const WQImage &image, const std::filesystem::path &path, ZPError
 
     const std::size_t bandCount = (image.height() + image.rowsPerBand() - 1) / image.rowsPerBand();
     WQAdler32 checksum;
-    std::atomic<bool> isWritten = true; // read by the first stage, written by the last
-    std::size_t nextBand = 0;
-    const auto nextIndex = [&](tbb::flow_control &control) {
-        if (nextBand == bandCount || !isWritten)
-            control.stop();
-        return nextBand++;
-    };
+    std::vector<EncodedBand> encoded(bandCount);
     // A band's memory is used again by the next one of the same thread: fresh memory from the
     // system took a quarter of the time of encoding.
-    tbb::enumerable_thread_specific<WQPNGBand> bands(image.bytesPerPixel());
-    const auto encode = [&](std::size_t index) { return encodeBand(image, index, bands.local()); };
-    const auto write = [&](const EncodedBand &band) {
+    ZPThreadValues<WQPNGBand> bands([&image] { return WQPNGBand(image.bytesPerPixel()); });
+    const auto encode = [&](std::size_t index) {
+        encoded[index] = encodeBand(image, index, bands.local());
+    };
+    bool isWritten = true;
+    const auto write = [&](std::size_t index) {
+        const EncodedBand band = std::move(encoded[index]);
         checksum.appendChecksum(band.checksum, band.length);
         const ZPStage writing("of that, write");
-        isWritten = isWritten && file.write(band.chunk, error);
+        isWritten = file.write(band.chunk, error);
+        return isWritten;
     };
-    using tbb::filter_mode;
-    tbb::parallel_pipeline(
-        2 * std::max(std::thread::hardware_concurrency(), 1u),
-        tbb::make_filter<void, std::size_t>(filter_mode::serial_in_order, nextIndex) &
-            tbb::make_filter<std::size_t, EncodedBand>(filter_mode::parallel, encode) &
-            tbb::make_filter<EncodedBand, void>(filter_mode::serial_in_order, write));
+    ZPParallelInOrder(bandCount, encode, write);
     if (!isWritten)
         return false;
 

@@ -1,12 +1,18 @@
 #include "map/overlay/WQLetteringLibrary.h"
 #include "map/overlay/lettering/WQMaskSurface.h"
 #include "map/overlay/lettering/WQPangoTextSetter.h"
+#include "map/overlay/lettering/WQSpareMemory.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <numbers>
 
 namespace {
+
+/// More than cairo asks for to measure one of the map's outlines, or to draw a small one.
+constexpr std::size_t kMemoryForOutline = std::size_t{8} << 20;
+constexpr char kNoMemory[] = "there is not enough memory";
 
 void addOutline(cairo_t *context, const WQOutline &outline, double x, double y) {
     if (outline.corners.empty())
@@ -37,6 +43,8 @@ std::shared_ptr<const WQMask> CairoMaskMaker::maskOfOutline(const WQOutline &out
         addOutline(context, outline, x, y);
     };
     const bool isStroked = lineWidth > 0;
+    if (!WQHasSpareMemory(kMemoryForOutline))
+        return WQMaskSurface::lackOfMask(kNoMemory);
 
     const WQMaskSurface measure;
     setUp(measure.context());
@@ -49,6 +57,11 @@ std::shared_ptr<const WQMask> CairoMaskMaker::maskOfOutline(const WQOutline &out
     bounds.width = static_cast<int>(std::ceil(east)) - bounds.firstColumn;
     bounds.height = static_cast<int>(std::ceil(1 - south)) - bounds.firstRow;
 
+    // The surface, the mask, and what cairo keeps of the path for each row that it crosses.
+    const auto pixels = static_cast<std::size_t>(std::max(bounds.width, 0)) *
+                        static_cast<std::size_t>(std::max(bounds.height, 0));
+    if (!WQHasSpareMemory(kMemoryForOutline + 4 * pixels))
+        return WQMaskSurface::lackOfMask(kNoMemory);
     WQMaskSurface surface(bounds);
     setUp(surface.context());
     (isStroked ? cairo_stroke : cairo_fill)(surface.context());

@@ -12,18 +12,18 @@ WQMaskSurface::WQMaskSurface(WQMask bounds)
     cairo_translate(_context.get(), -_bounds.firstColumn, -_bounds.firstRow);
 }
 
+std::shared_ptr<const WQMask> WQMaskSurface::lackOfMask(const char *reason) {
+    // Where memory is short, this is not the only part.
+    static std::once_flag said;
+    std::call_once(
+        said, [reason] { ZPLog("Error: parts of the map's overlay cannot be drawn: %s", reason); });
+    return std::make_shared<const WQMask>();
+}
+
 std::shared_ptr<const WQMask> WQMaskSurface::finish() {
     cairo_surface_flush(_surface.get());
-    if (const cairo_status_t status = cairo_status(_context.get());
-        status != CAIRO_STATUS_SUCCESS) {
-        // Where memory is short, this is not the only part.
-        static std::once_flag said;
-        std::call_once(said, [status] {
-            ZPLog("Error: parts of the map's overlay cannot be drawn: %s",
-                  cairo_status_to_string(status));
-        });
-        return std::make_shared<const WQMask>();
-    }
+    if (const cairo_status_t status = cairo_status(_context.get()); status != CAIRO_STATUS_SUCCESS)
+        return lackOfMask(cairo_status_to_string(status));
     auto mask = std::make_shared<WQMask>(_bounds);
     const auto width = static_cast<std::size_t>(mask->width);
     mask->coverage.resize(width * static_cast<std::size_t>(mask->height));

@@ -18,6 +18,9 @@ class WQMaskSurface {
     /// What was drawn; empty, and logged, where cairo failed.
     std::shared_ptr<const WQMask> finish();
 
+    /// An empty mask in place of one that cannot be drawn; the first time, that is logged.
+    [[nodiscard]] static std::shared_ptr<const WQMask> lackOfMask(const char *reason);
+
   private:
     struct Free {
         void operator()(cairo_surface_t *surface) const { cairo_surface_destroy(surface); }

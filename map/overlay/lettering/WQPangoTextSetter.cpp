@@ -2,12 +2,13 @@
 
 #include "io/ZPSystemLog.h"
 #include "map/overlay/lettering/WQMaskSurface.h"
+#include "map/overlay/lettering/WQSpareMemory.h"
 
 #include <algorithm>
 #include <array>
+#include <fontconfig/fontconfig.h>
 #include <latch>
 #include <pango/pangocairo.h>
-#include <sys/mman.h>
 #include <system_error>
 #include <thread>
 
@@ -31,12 +32,6 @@ using Handle = std::unique_ptr<T, Free>;
 // GLib and fontconfig, on which Pango stands, end the process where they get no memory or no
 // thread, so both have to be tried before.
 
-bool hasMemory(std::size_t size) {
-    void *memory = mmap(nullptr, size, PROT_READ | PROT_WRITE,
-                        MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-    return memory != MAP_FAILED && munmap(memory, size) == 0;
-}
-
 /// Whether the threads that look for a font can be there side by side.
 bool canStartThreads() {
     try {
@@ -54,7 +49,18 @@ bool canStartThreads() {
 }
 
 bool canLookForFonts() {
-    return canStartThreads() && hasMemory(kMemoryForFont);
+    return canStartThreads() && WQHasSpareMemory(kMemoryForFont);
+}
+
+/// Reads what fonts the machine has, once. Left to Pango, fontconfig would try again for ever where
+/// it finds no memory for that.
+bool hasFonts() {
+    static const bool hasThem = [] {
+        const std::unique_ptr<FcConfig, decltype([](FcConfig *fonts) { FcConfigDestroy(fonts); })>
+            fonts(FcInitLoadConfigAndFonts());
+        return fonts != nullptr && FcConfigSetCurrent(fonts.get()) == FcTrue;
+    }();
+    return hasThem;
 }
 
 bool isASCII(const std::string &text) {
@@ -92,7 +98,7 @@ struct WQPangoTextSetter::Layout {
 };
 
 WQPangoTextSetter::WQPangoTextSetter() {
-    if (canLookForFonts())
+    if (canLookForFonts() && hasFonts())
         _layout = std::make_unique<Layout>();
     else
         ZPLog("Error: no memory or no thread for fonts; the labels of the map are missing.");
@@ -104,7 +110,7 @@ WQPangoTextSetter::~WQPangoTextSetter() = default;
 /// labels, so that is done only where fonts may have to be looked for.
 bool WQPangoTextSetter::canSet(const std::string &text, const WQFont &font) {
     const bool isKnown = !_knownFonts.emplace(font.families, font.sizeInPixels, font.isBold).second;
-    return isKnown && isASCII(text) ? hasMemory(kMemoryForText) : canLookForFonts();
+    return isKnown && isASCII(text) ? WQHasSpareMemory(kMemoryForText) : canLookForFonts();
 }
 
 WQTextMask WQPangoTextSetter::set(const std::string &text, const WQFont &font) {
