@@ -1,5 +1,7 @@
 #include "decode/WQDecoderSet.h"
 
+#include "game/WQRecordClass.h"
+
 #include <algorithm>
 #include <system_error>
 
@@ -19,15 +21,34 @@ class RowDecoder : public ZPRecordDecoder {
     const WQDecodingContext &_context;
 };
 
-/// A file that stopped being a decoder since the set was made.
-class BrokenDecoder : public ZPRecordDecoder {
-  public:
-    explicit BrokenDecoder(std::string message) : _message(std::move(message)) {}
-    void decode(ZPDataCursor &, ZPFieldOutput &) override { throw ZPGenericException(_message); }
+bool isRecordClass(std::string_view name) {
+    for (const auto classes : {WQPortalRecordClasses(), WQCellRecordClasses()})
+        if (std::ranges::find(classes, name, &WQRecordClass::name) != classes.end())
+            return true;
+    return false;
+}
 
-  private:
-    const std::string _message;
-};
+const WQRecordDecoderRow *rowOfClass(std::string_view name) {
+    const auto *row = std::ranges::find(kWQRecordDecoders, name, &WQRecordDecoderRow::className);
+    return row != std::end(kWQRecordDecoders) ? row : nullptr;
+}
+
+std::string remarkOn(const ZPLuaDecoderDescription &decoder) {
+    std::string remark;
+    const auto add = [&](std::string_view name, const char *what) {
+        remark.append(remark.empty() ? "" : ", ").append(name).append(what);
+    };
+    for (const std::string &name : decoder.classes)
+        if (!isRecordClass(name))
+            add(name, " is no record class");
+        else if (rowOfClass(name) != nullptr)
+            add(name, " is decoded by the program itself");
+    for (const WQRecordClass &recordClass : WQPortalRecordClasses())
+        if (std::ranges::find(decoder.types, recordClass.type) != decoder.types.end() &&
+            decoder.isFor(ZPGorvaneGame::first) && rowOfClass(recordClass.name) != nullptr)
+            add(recordClass.name, " is decoded by the program itself");
+    return remark;
+}
 
 } // namespace
 
@@ -43,33 +64,39 @@ bool WQDecoderSet::addFolder(const std::filesystem::path &folder) {
     std::ranges::sort(paths);
     for (const std::filesystem::path &path : paths) {
         const std::size_t place = _files.size();
-        File &file = _files.emplace_back(File{path, {}, {}});
-        const auto decoder = ZPLuaDecoder::decoderAtPath(path, file.fault);
-        if (decoder == nullptr)
+        File &file = _files.emplace_back();
+        file.path = path;
+        file.decoder = ZPLuaDecoder::decoderAtPath(path, file.fault);
+        if (file.decoder == nullptr)
             continue;
-        file.description = decoder->description();
+        file.decoder->rest();
+        file.description = file.decoder->description();
+        file.remark = remarkOn(file.description);
         for (const std::uint8_t type : file.description.types)
-            if (!_filesByType[type])
-                _filesByType[type] = place;
+            _filesByType[type].push_back(place);
         for (const std::string &name : file.description.classes)
-            _filesByClass.try_emplace(name, place);
+            _filesByClass[name].push_back(place);
     }
     return true;
 }
 
 const WQRecordDecoderRow *WQDecoderSet::rowFor(const WQRecordKind &kind) const {
-    const auto *row =
-        std::ranges::find(kWQRecordDecoders, kind.className, &WQRecordDecoderRow::className);
-    return row != std::end(kWQRecordDecoders) ? row : nullptr;
+    return rowOfClass(kind.className);
+}
+
+std::optional<std::size_t> WQDecoderSet::firstFor(ZPGorvaneGame game, const Places &places) const {
+    const auto found = std::ranges::find_if(
+        places, [&](std::size_t place) { return _files[place].description.isFor(game); });
+    return found != places.end() ? std::optional(*found) : std::nullopt;
 }
 
 std::optional<std::size_t> WQDecoderSet::fileFor(const WQRecordKind &kind) const {
     if (_files.empty() || rowFor(kind) != nullptr)
         return std::nullopt;
-    if (!kind.className.empty())
-        if (const auto found = _filesByClass.find(kind.className); found != _filesByClass.end())
-            return found->second;
-    return kind.type ? _filesByType[*kind.type] : std::nullopt;
+    if (const auto found = _filesByClass.find(kind.className); found != _filesByClass.end())
+        if (const auto place = firstFor(kind.game, found->second))
+            return place;
+    return kind.type ? firstFor(kind.game, _filesByType[*kind.type]) : std::nullopt;
 }
 
 std::string_view WQDecoderSet::nameOf(const WQRecordKind &kind) const {
@@ -94,11 +121,7 @@ ZPRecordDecoder *WQDecoders::decoderFor(const WQRecordKind &kind) {
     if (!file)
         return nullptr;
     auto &decoder = _decodersOfFiles[*file];
-    if (decoder == nullptr) {
-        std::string message;
-        decoder = ZPLuaDecoder::decoderAtPath(_set.files()[*file].path, message);
-        if (decoder == nullptr)
-            decoder = std::make_unique<BrokenDecoder>(message);
-    }
+    if (decoder == nullptr)
+        decoder = _set.files()[*file].decoder->copy();
     return decoder.get();
 }

@@ -8,10 +8,12 @@
 
 /// What is known of a record before it is decoded.
 struct WQRecordKind {
+    /// Whose archive it is in.
+    ZPGorvaneGame game = ZPGorvaneGame::first;
     /// Of the class that the game's table has for it; empty where there is none.
-    std::string_view className;
+    std::string_view className = {};
     /// Identifier bits 24 to 31, in archives where these are a type.
-    std::optional<std::uint8_t> type;
+    std::optional<std::uint8_t> type = std::nullopt;
 };
 
 /// Which decoders there are: those in C++, and the Lua files of some folders. A record class with a
@@ -23,8 +25,11 @@ class WQDecoderSet {
         std::filesystem::path path;
         /// Why the file is no decoder; empty when it is one.
         std::string fault;
+        /// What its author should know of one that is in order, such as a class that nobody has.
+        std::string remark;
         /// Filled when it is one.
         ZPLuaDecoderDescription description;
+        std::unique_ptr<ZPLuaDecoder> decoder;
     };
 
     /// Adds the files of a folder that end in ".lua", in the order of their names. False when there
@@ -43,9 +48,13 @@ class WQDecoderSet {
     [[nodiscard]] std::string_view nameOf(const WQRecordKind &kind) const;
 
   private:
+    /// Places in `_files`, those that count more first.
+    using Places = std::vector<std::size_t>;
+    std::optional<std::size_t> firstFor(ZPGorvaneGame game, const Places &places) const;
+
     std::vector<File> _files;
-    std::array<std::optional<std::size_t>, 256> _filesByType;
-    std::map<std::string, std::size_t, std::less<>> _filesByClass;
+    std::array<Places, 256> _filesByType;
+    std::map<std::string, Places, std::less<>> _filesByClass;
 };
 
 /// The decoders of one thread, made as they are asked for.

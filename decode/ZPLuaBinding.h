@@ -1,9 +1,38 @@
 #pragma once
 
 #include "decode/ZPFieldOutput.h"
-#include "decode/ZPLua.h"
+#include "decode/ZPLuaState.h"
 
+#include <algorithm>
+#include <array>
 #include <string>
+
+/// How the last numbers were read. Lua's numbers do not tell, and only with that known have those
+/// of eight bytes no sign, and floats the digits of their precision.
+class ZPLuaNumbersRead {
+  public:
+    enum class Kind : std::uint8_t { other, int64, float32, float64 };
+
+    void clear() { _count = 0; }
+    void note(Kind kind, std::uint64_t bits) { _last[_count++ % _last.size()] = {kind, bits}; }
+    /// Of a whole number or a float, by the bits that Lua has for it.
+    Kind kindOf(bool isFloat, std::uint64_t bits) const {
+        const std::size_t oldest = _count - std::min(_count, _last.size());
+        for (std::size_t index = _count; index-- > oldest;)
+            if (const Number &number = _last[index % _last.size()];
+                number.bits == bits && (number.kind != Kind::int64) == isFloat)
+                return number.kind;
+        return Kind::other;
+    }
+
+  private:
+    struct Number {
+        Kind kind;
+        std::uint64_t bits;
+    };
+    std::array<Number, 32> _last;
+    std::size_t _count = 0;
+};
 
 /// What the functions of a script's `cursor` and `out` work on. Each function has the address of
 /// this as its first upvalue, which is quicker than looking at the type of its first argument.
@@ -11,10 +40,7 @@ struct ZPLuaSession {
     // Null between two records.
     ZPDataCursor *cursor = nullptr;
     ZPFieldOutput *output = nullptr;
-
-    /// How Lua's numbers, which do not tell, are to be shown.
-    enum class LastRead { other, int64, float64 };
-    LastRead lastRead = LastRead::other;
+    ZPLuaNumbersRead numbersRead;
 
     /// The objects that the script is given, for a method called without one to be noticed.
     const void *cursorObject = nullptr;

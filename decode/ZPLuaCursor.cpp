@@ -2,9 +2,11 @@
 
 #include "decode/ZPLuaBinding.h"
 
+#include <bit>
+
 namespace {
 
-using LastRead = ZPLuaSession::LastRead;
+using NumberKind = ZPLuaNumbersRead::Kind;
 
 ZPLuaSession &sessionOf(lua_State *state) {
     ZPLuaSession &session = ZPLuaSession::of(state);
@@ -31,7 +33,8 @@ int readInteger(lua_State *state) {
     ZPLuaSession &session = sessionOf(state);
     return ZPLuaGuarded(state, [&] {
         const auto value = (session.cursor->*Read)();
-        session.lastRead = sizeof value == 8 ? LastRead::int64 : LastRead::other;
+        if constexpr (sizeof value == 8)
+            session.numbersRead.note(NumberKind::int64, value);
         lua_pushinteger(state, static_cast<lua_Integer>(value));
         return 1;
     });
@@ -42,8 +45,10 @@ int readFloat(lua_State *state) {
     ZPLuaSession &session = sessionOf(state);
     return ZPLuaGuarded(state, [&] {
         const auto value = (session.cursor->*Read)();
-        session.lastRead = sizeof value == 8 ? LastRead::float64 : LastRead::other;
-        lua_pushnumber(state, static_cast<double>(value));
+        const auto number = static_cast<double>(value);
+        session.numbersRead.note(sizeof value == 8 ? NumberKind::float64 : NumberKind::float32,
+                                 std::bit_cast<std::uint64_t>(number));
+        lua_pushnumber(state, number);
         return 1;
     });
 }
@@ -60,6 +65,7 @@ int readString(lua_State *state) {
 }
 
 std::uint64_t lengthArgument(lua_State *state) {
+    ZPLuaState::payForNumber(state, 2);
     const lua_Integer length = luaL_checkinteger(state, 2);
     luaL_argcheck(state, length >= 0, 2, "is negative");
     return static_cast<std::uint64_t>(length);

@@ -5,10 +5,12 @@
 #include "io/ZPText.h"
 
 #include <array>
+#include <bit>
+#include <optional>
 
 namespace {
 
-using LastRead = ZPLuaSession::LastRead;
+using NumberKind = ZPLuaNumbersRead::Kind;
 using Kind = ZPRecordValueKind;
 
 ZPLuaSession &sessionOf(lua_State *state) {
@@ -23,15 +25,34 @@ ZPLuaSession &sessionOf(lua_State *state) {
 std::string_view textArgument(lua_State *state, int argument) {
     std::size_t length;
     const char *text = luaL_checklstring(state, argument, &length);
+    ZPLuaState::pay(state, ZPLuaState::workForBytes(length));
     luaL_argcheck(state, ZPIsValidUTF8({text, length}), argument,
                   "is not text in UTF-8; out:bytes takes anything");
     return {text, length};
 }
 std::string_view nameArgument(lua_State *state) {
+    constexpr std::uint64_t kWorkPerValue = 8;
+    ZPLuaState::pay(state, kWorkPerValue);
     return textArgument(state, 2);
 }
+lua_Integer integerArgument(lua_State *state, int argument) {
+    ZPLuaState::payForNumber(state, argument);
+    return luaL_checkinteger(state, argument);
+}
 std::uint64_t wordArgument(lua_State *state, int argument) {
-    return static_cast<std::uint64_t>(luaL_checkinteger(state, argument));
+    return static_cast<std::uint64_t>(integerArgument(state, argument));
+}
+double numberArgument(lua_State *state, int argument) {
+    ZPLuaState::payForNumber(state, argument);
+    return luaL_checknumber(state, argument);
+}
+
+/// The name of a number in a table of names, which stays on the stack for as long as it is used;
+/// none where it has none there.
+std::optional<std::string_view> nameOfNumber(lua_State *state, int table, lua_Integer number) {
+    if (lua_rawgeti(state, table, number) != LUA_TSTRING)
+        return std::nullopt;
+    return textArgument(state, -1);
 }
 
 /// The name of a number in a table of names, "?" if it has none there; nothing without a table.
@@ -39,9 +60,7 @@ std::string_view choiceArgument(lua_State *state, int argument, lua_Integer numb
     if (lua_isnoneornil(state, argument))
         return {};
     luaL_checktype(state, argument, LUA_TTABLE);
-    if (lua_rawgeti(state, argument, number) != LUA_TSTRING)
-        return "?";
-    return textArgument(state, -1); // it stays on the stack for as long as it is used
+    return nameOfNumber(state, argument, number).value_or("?");
 }
 
 int number(lua_State *state) {
@@ -51,16 +70,18 @@ int number(lua_State *state) {
         if (lua_isinteger(state, 3)) {
             const lua_Integer value = lua_tointeger(state, 3);
             const std::string_view choice = choiceArgument(state, 4, value);
-            if (session.lastRead == LastRead::int64 || value >= 0)
-                session.output->number(name, static_cast<std::uint64_t>(value), choice);
+            const auto bits = static_cast<std::uint64_t>(value);
+            if (value >= 0 || session.numbersRead.kindOf(false, bits) == NumberKind::int64)
+                session.output->number(name, bits, choice);
             else
                 session.output->signedNumber(name, value, choice);
             return 0;
         }
-        const double value = luaL_checknumber(state, 3);
+        const double value = numberArgument(state, 3);
         const auto single = static_cast<float>(value);
-        const bool isDouble = session.lastRead == LastRead::float64 ||
-                              (static_cast<double>(single) != value && value == value);
+        const bool isDouble = (static_cast<double>(single) != value && value == value) ||
+                              session.numbersRead.kindOf(
+                                  true, std::bit_cast<std::uint64_t>(value)) == NumberKind::float64;
         if (isDouble)
             session.output->float64(name, value);
         else
@@ -73,7 +94,7 @@ int signedNumber(lua_State *state) {
     ZPLuaSession &session = sessionOf(state);
     const std::string_view name = nameArgument(state);
     const std::uint64_t word = wordArgument(state, 3);
-    const lua_Integer bits = luaL_checkinteger(state, 4);
+    const lua_Integer bits = integerArgument(state, 4);
     luaL_argcheck(state, bits >= 1 && bits <= 64, 4, "is no number of bits from 1 to 64");
     // The sign moves to the top and back again.
     const auto value = static_cast<std::int64_t>(word << (64 - bits)) >> (64 - bits);
@@ -99,20 +120,20 @@ int flags(lua_State *state) {
     const std::string_view name = nameArgument(state);
     const std::uint64_t word = wordArgument(state, 3);
     luaL_checktype(state, 4, LUA_TTABLE);
-    std::string &names = session.scratch;
-    names.clear();
-    for (int bit = 0; bit < 64; ++bit) {
-        if ((word >> bit & 1) == 0)
-            continue;
-        if (!names.empty())
-            names += '\n';
-        if (lua_rawgeti(state, 4, bit) == LUA_TSTRING)
-            names += textArgument(state, -1);
-        else
-            names += ZPFormat("bit %d", bit);
-        lua_pop(state, 1);
-    }
     return ZPLuaGuarded(state, [&] {
+        std::string &names = session.scratch;
+        names.clear();
+        for (int bit = 0; bit < 64; ++bit) {
+            if ((word >> bit & 1) == 0)
+                continue;
+            if (!names.empty())
+                names += '\n';
+            const auto own = nameOfNumber(state, 4, bit);
+            names += own ? *own : ZPFormat("bit %d", bit);
+            // One long name may be that of every bit.
+            session.output->tree().requireRoom(names.size());
+            lua_pop(state, 1);
+        }
         session.output->flags(name, word, names);
         return 0;
     });
@@ -122,7 +143,7 @@ int bits(lua_State *state) {
     ZPLuaSession &session = sessionOf(state);
     const std::string_view name = nameArgument(state);
     const std::uint64_t word = wordArgument(state, 3);
-    const lua_Integer lowest = luaL_checkinteger(state, 4), count = luaL_checkinteger(state, 5);
+    const lua_Integer lowest = integerArgument(state, 4), count = integerArgument(state, 5);
     luaL_argcheck(state, lowest >= 0 && lowest <= 63, 4, "is no bit from 0 to 63");
     luaL_argcheck(state, count >= 1 && count <= 64 - lowest, 5,
                   "is no number of bits that a word has from there on");
@@ -184,6 +205,7 @@ int bytes(lua_State *state) {
     const std::string_view name = nameArgument(state);
     std::size_t length;
     const char *value = luaL_checklstring(state, 3, &length);
+    ZPLuaState::pay(state, ZPLuaState::workForBytes(length));
     return ZPLuaGuarded(state, [&] {
         session.output->bytes(name, {value, length});
         return 0;
@@ -199,7 +221,7 @@ int vector(lua_State *state) {
     std::array<float, kMostComponents> components{};
     for (int index = 0; index < count; ++index)
         components[static_cast<std::size_t>(index)] =
-            static_cast<float>(luaL_checknumber(state, 3 + index));
+            static_cast<float>(numberArgument(state, 3 + index));
     return ZPLuaGuarded(state, [&] {
         session.output->vector(name, std::span(components).first(static_cast<std::size_t>(count)));
         return 0;
@@ -226,7 +248,7 @@ template <class CallOnce>
 int fillList(lua_State *state, CallOnce callOnce) {
     ZPLuaSession &session = sessionOf(state);
     const std::string_view name = nameArgument(state);
-    const lua_Integer count = luaL_checkinteger(state, 3);
+    const lua_Integer count = integerArgument(state, 3);
     luaL_checktype(state, 4, LUA_TFUNCTION);
     return ZPLuaGuarded(state, [&] {
         session.output->openContainer(Kind::list, name);

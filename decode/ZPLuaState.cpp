@@ -1,141 +1,137 @@
 #include "decode/ZPLuaState.h"
 
+#include "decode/ZPLuaLibrary.h"
+
 #include <algorithm>
-#include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <new>
-#include <string_view>
 
 namespace {
 
-constexpr std::size_t kMostMemory = std::size_t{32} << 20;
-constexpr std::uint64_t kScriptInstructions = 10'000'000;
+constexpr ZPLuaLimits kSetUpLimits{10'000'000, std::size_t{32} << 20};
 constexpr int kInstructionsPerCount = 100;
-/// Many times what the instructions of a call take that works on little memory.
-constexpr std::chrono::seconds kMostTime{5};
-/// A decoder is a page of text.
-constexpr std::size_t kMostScriptSize = 1 << 20;
+constexpr std::uint64_t kWorkPerAllocation = 4;
+/// Left for an error's message when all other work is done.
+constexpr std::uint64_t kWorkForMessage = 10'000;
+constexpr const char *kTakesTooLong = "takes too long";
+constexpr std::size_t kMostMessage = 1000;
 
-constexpr const char *kBaseFunctions[] = {"assert", "error",  "ipairs",   "next",     "pairs",
-                                          "select", "rawlen", "tonumber", "tostring", "type"};
-// No patterns and no `rep`: both can be made to run for years within one instruction.
-constexpr const char *kStringFunctions[] = {"byte",  "char",    "format", "len",
-                                            "lower", "reverse", "sub",    "upper"};
-// No `insert`, `remove` and `move`: they run over as many places as their arguments claim.
-constexpr const char *kTableFunctions[] = {"concat", "pack", "sort", "unpack"};
-constexpr const char *kMathFunctions[] = {"abs", "ceil",       "floor",     "fmod",       "huge",
-                                          "max", "maxinteger", "min",       "mininteger", "modf",
-                                          "pi",  "sqrt",       "tointeger", "type",       "ult"};
-
-/// Empties the table on top of the stack but for what is listed.
-template <std::size_t Count>
-void keepOnly(lua_State *state, const char *const (&names)[Count]) {
-    lua_pushnil(state);
-    while (lua_next(state, -2) != 0) {
-        lua_pop(state, 1);
-        const std::string_view key = lua_tostring(state, -1);
-        if (std::ranges::find(names, key) != std::end(names))
-            continue;
-        lua_pushvalue(state, -1);
-        lua_pushnil(state);
-        lua_rawset(state, -4); // allowed while the table is walked
-    }
-}
+// One instruction can compare two strings, look up a key among thousands or copy all arguments
+// there are. No count tells what it works on, so it costs as if it were the largest thing there is.
+constexpr std::size_t kStringBytesPerWork = 1 << 10, kBlockBytesPerWork = 1 << 16;
 
 std::string messageOnStack(lua_State *state) {
     // Not luaL_tolstring, which would run what a script put into its error.
-    const char *text = lua_type(state, -1) == LUA_TSTRING ? lua_tostring(state, -1) : nullptr;
-    std::string message = text != nullptr ? text : "an error that is no text";
-    lua_pop(state, 1);
+    std::string message = "an error that is no text";
+    if (lua_type(state, -1) == LUA_TSTRING)
+        message.assign(lua_tostring(state, -1),
+                       std::min<std::size_t>(lua_rawlen(state, -1), kMostMessage));
     return message;
 }
 
 } // namespace
 
-ZPLuaState::ZPLuaState() : _state(lua_newstate(&allocate, this), &lua_close) {
+ZPLuaState::ZPLuaState() {
+    _heap.setMostUsed(kSetUpLimits.memory);
+    _workLeft = kSetUpLimits.work;
+    _state = lua_newstate(&allocate, this);
     if (_state == nullptr)
         throw std::bad_alloc();
-    *static_cast<ZPLuaState **>(lua_getextraspace(get())) = this;
-    lua_pushcfunction(get(), [](lua_State *state) {
-        (*static_cast<ZPLuaState **>(lua_getextraspace(state)))->openLibraries();
-        return 0;
-    });
+    *static_cast<ZPLuaState **>(lua_getextraspace(_state)) = this;
+    lua_sethook(_state, &countInstructions, LUA_MASKCOUNT, kInstructionsPerCount);
+    lua_pushcfunction(_state, &ZPLuaOpenLibrary);
     std::string message;
-    if (!call(0, 0, kScriptInstructions, message))
+    if (!call(0, 0, kSetUpLimits, message))
         throw std::bad_alloc();
 }
 
-void ZPLuaState::openLibraries() {
-    lua_State *state = get();
-    luaL_requiref(state, LUA_GNAME, luaopen_base, 1);
-    keepOnly(state, kBaseFunctions);
-    luaL_requiref(state, LUA_STRLIBNAME, luaopen_string, 1);
-    keepOnly(state, kStringFunctions);
-    luaL_requiref(state, LUA_TABLIBNAME, luaopen_table, 1);
-    keepOnly(state, kTableFunctions);
-    luaL_requiref(state, LUA_MATHLIBNAME, luaopen_math, 1);
-    keepOnly(state, kMathFunctions);
-    lua_settop(state, 0);
+void ZPLuaState::keep() {
+    // What a record leaves behind is thrown away as a whole, so that few ever need a collection.
+    constexpr int kPausePercent = 1000, kStepMultiplier = 400, kStepSize = 13;
+    lua_gc(_state, LUA_GCINC, kPausePercent, kStepMultiplier, kStepSize);
+    lua_gc(_state, LUA_GCCOLLECT);
+    _heap.keep();
+    _keptLongestString = _longestString;
+    _keptLargestBlock = _largestBlock;
+}
+
+void ZPLuaState::fail(lua_State *state) {
+    of(state)._workLeft = kWorkForMessage;
+    luaL_error(state, "%s", kTakesTooLong);
+}
+
+void ZPLuaState::payForStrings(lua_State *state, int first, int last) {
+    std::uint64_t byteCount = 0;
+    last = std::min(last, lua_gettop(state));
+    for (int argument = first; argument <= last; ++argument)
+        if (lua_type(state, argument) == LUA_TSTRING)
+            byteCount += lua_rawlen(state, argument);
+    pay(state, workForBytes(byteCount));
 }
 
 void *ZPLuaState::allocate(void *self, void *block, std::size_t oldSize, std::size_t newSize) {
     auto &state = *static_cast<ZPLuaState *>(self);
     // Without a block, the old size is the kind of what is to be made.
-    const std::size_t released = block != nullptr ? oldSize : 0;
-    if (newSize == 0) {
-        std::free(block);
-        state._memoryUsed -= released;
+    const bool isString = block == nullptr && oldSize == LUA_TSTRING;
+    if (block == nullptr)
+        oldSize = 0;
+    const std::uint64_t work = newSize > oldSize ? kWorkPerAllocation + workForBytes(newSize) : 0;
+    if (work > state._workLeft) {
+        state._isOutOfWork = true;
         return nullptr;
     }
-    if (newSize > kMostMemory - (state._memoryUsed - released))
-        return nullptr;
-    void *moved = std::realloc(block, newSize);
-    if (moved != nullptr)
-        state._memoryUsed += newSize - released;
+    void *moved = state._heap.allocate(block, oldSize, newSize);
+    // Without room, Lua collects all of its memory and tries again.
+    state.spend(moved != nullptr || newSize == 0 ? work : workForBytes(state._heap.used()));
+    if (work > 0) {
+        std::size_t &largest = isString ? state._longestString : state._largestBlock;
+        largest = std::max(largest, newSize);
+    }
     return moved;
 }
 
 void ZPLuaState::countInstructions(lua_State *state, lua_Debug *) {
-    auto &self = **static_cast<ZPLuaState **>(lua_getextraspace(state));
-    if (self._instructionsLeft <= kInstructionsPerCount ||
-        std::chrono::steady_clock::now() > self._deadline)
-        luaL_error(state, "takes too long");
-    self._instructionsLeft -= kInstructionsPerCount;
+    const ZPLuaState &self = of(state);
+    pay(state, kInstructionsPerCount * (1 + self._longestString / kStringBytesPerWork +
+                                        self._largestBlock / kBlockBytesPerWork));
 }
 
-bool ZPLuaState::runScript(const std::filesystem::path &path, std::string &message) {
-    std::ifstream file(path, std::ios::binary);
-    std::string text(kMostScriptSize + 1, '\0');
-    file.read(text.data(), static_cast<std::streamsize>(text.size()));
-    text.resize(static_cast<std::size_t>(file.gcount()));
-    if (!file.is_open() || file.bad() || text.size() > kMostScriptSize) {
-        const bool isTooLong = text.size() > kMostScriptSize;
-        message = path.string();
-        message += isTooLong ? ": is too long for a decoder" : ": cannot be read";
-        return false;
-    }
-    std::string name = path.string();
-    name.insert(name.begin(), '@'); // tells Lua that it is a file's
-    if (luaL_loadbufferx(get(), text.data(), text.size(), name.c_str(), "t") != LUA_OK) {
-        message = messageOnStack(get());
-        return false;
-    }
-    return call(0, 1, kScriptInstructions, message);
+void ZPLuaState::allow(const ZPLuaLimits &limits) {
+    _workLeft = limits.work;
+    _isOutOfWork = false;
+    _longestString = _keptLongestString;
+    _largestBlock = _keptLargestBlock;
+    _heap.setMostUsed(_heap.kept() + limits.memory);
 }
 
-bool ZPLuaState::call(int argumentCount, int resultCount, std::uint64_t mostInstructions,
-                      std::string &message) {
-    _instructionsLeft = mostInstructions;
-    _deadline = std::chrono::steady_clock::now() + kMostTime;
-    _isOutOfMemory = false;
-    lua_sethook(get(), &countInstructions, LUA_MASKCOUNT, kInstructionsPerCount);
-    const int status = lua_pcall(get(), argumentCount, resultCount, 0);
+/// Takes the message from the stack where something is wrong.
+bool ZPLuaState::isFine(int status, std::string &message) {
     if (status == LUA_OK)
         return true;
-    _isOutOfMemory = status == LUA_ERRMEM;
-    message = _isOutOfMemory ? "takes too much memory" : messageOnStack(get());
-    if (_isOutOfMemory)
-        lua_pop(get(), 1);
+    // An exception that is not Lua's own, from one of our functions, which have no others.
+    if (status < 0)
+        throw std::bad_alloc();
+    if (status != LUA_ERRMEM)
+        message = messageOnStack(_state);
+    else if (_isOutOfWork)
+        message = kTakesTooLong;
+    else if (_heap.refusal() == ZPLuaHeap::Refusal::limit)
+        message = "takes too much memory";
+    else
+        throw std::bad_alloc();
+    lua_pop(_state, 1);
     return false;
+}
+
+bool ZPLuaState::runScript(std::string_view script, const std::string &name, std::string &message) {
+    const std::string fileName = "@" + name; // tells Lua that it is a file's
+    allow(kSetUpLimits);
+    return isFine(luaL_loadbufferx(_state, script.data(), script.size(), fileName.c_str(), "t"),
+                  message) &&
+           isFine(lua_pcall(_state, 0, 1, 0), message);
+}
+
+bool ZPLuaState::call(int argumentCount, int resultCount, const ZPLuaLimits &limits,
+                      std::string &message) {
+    allow(limits);
+    return isFine(lua_pcall(_state, argumentCount, resultCount, 0), message);
 }

@@ -4,10 +4,12 @@
 
 namespace {
 
-// A byte makes a few values at most, one for each of its bits and the groups around them; a decoder
-// that makes many more runs wild.
-constexpr std::size_t kValuesPerByte = 16, kValuesPerRecord = 4096;
-constexpr std::size_t kTextPerByte = 1024, kTextPerRecord = 1 << 20;
+// A byte makes a few values at most, and their names and texts take some times as much room; a
+// decoder that makes many more runs wild. A value takes 48 bytes beside its text.
+constexpr std::size_t kValuesPerByte = 8, kValuesPerRecord = 4096;
+constexpr std::size_t kTextPerByte = 64, kTextPerRecord = 256 << 10;
+/// Where something changed is told by the names of all containers around it.
+constexpr std::size_t kLongestName = 255;
 /// Deeper than any record, and shallow enough for those who walk the tree by recursion.
 constexpr std::size_t kMostContainers = 100;
 
@@ -21,9 +23,13 @@ void ZPRecordTree::reset(std::size_t recordSize) {
     _mostText = kTextPerRecord + kTextPerByte * recordSize;
 }
 
-std::uint32_t ZPRecordTree::store(std::string_view text) {
-    if (text.size() > _mostText - _text.size())
+void ZPRecordTree::requireRoom(std::size_t textSize) const {
+    if (textSize > _mostText - _text.size())
         throw ZPRecordTreeOverflow("the record makes more text than its bytes account for");
+}
+
+std::uint32_t ZPRecordTree::store(std::string_view text) {
+    requireRoom(text.size());
     const auto start = static_cast<std::uint32_t>(_text.size());
     _text += text;
     return start;
@@ -32,6 +38,8 @@ std::uint32_t ZPRecordTree::store(std::string_view text) {
 ZPRecordValue &ZPRecordTree::add(ZPRecordValueKind kind, std::string_view name, ZPByteRange range) {
     if (_values.size() >= _mostValues)
         throw ZPRecordTreeOverflow("the record makes more values than its bytes account for");
+    if (name.size() > kLongestName)
+        throw ZPRecordTreeOverflow("a value's name is longer than 255 bytes");
     const std::uint32_t nameStart = store(name);
     ZPRecordValue &value = _values.emplace_back();
     value.kind = kind;

@@ -48,7 +48,7 @@ struct ZPRecordValue {
     }
 };
 
-/// Raised when a record makes more values than its bytes can account for.
+/// Raised when a record makes more values or text than its bytes can account for.
 class ZPRecordTreeOverflow : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
@@ -59,7 +59,8 @@ class ZPRecordTreeOverflow : public std::runtime_error {
 /// The outermost values are those of the record itself.
 class ZPRecordTree {
   public:
-    /// Empties the tree for a record of so many bytes, which limits how many values it may get.
+    /// Empties the tree for a record of so many bytes, which limits how many values and how much
+    /// text it may get, see docs/decoders.md.
     void reset(std::size_t recordSize);
 
     // Adding, in order. A container takes the values that follow until it is closed.
@@ -76,6 +77,10 @@ class ZPRecordTree {
     /// `kind` is text, in UTF-8, or bytes.
     void addText(ZPRecordValueKind kind, std::string_view name, std::string_view text,
                  ZPByteRange range);
+
+    /// Throws ZPRecordTreeOverflow when so many bytes of text are more than the record may still
+    /// make.
+    void requireRoom(std::size_t textSize) const;
 
     bool empty() const { return _values.empty(); }
     /// How many values there are, those within containers included.

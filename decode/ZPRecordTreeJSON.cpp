@@ -129,5 +129,5 @@ class JSONWriter {
 void ZPAppendRecordTreeJSON(std::string &text, const ZPRecordTree &tree) {
     JSONWriter writer(tree);
     writer.writeGroup(0, tree.size());
-    text += writer.text();
+    text += ZPPrintableJSON(writer.text());
 }
