@@ -19,13 +19,17 @@ struct File {
 };
 
 File findFile(const DataSet &dataSet, const Options &options, std::uint32_t identifier) {
-    if (!options.archive.empty() && dataSet.archiveWithName(options.archive) == nullptr)
+    // As it is listed, or as its file is named.
+    const std::string name = dataSet.archiveWithName(options.archive) != nullptr
+                                 ? options.archive
+                                 : plainName(options.archive);
+    if (!name.empty() && dataSet.archiveWithName(name) == nullptr)
         throw CommandFailure("there is no archive named " + options.archive);
     std::vector<File> found;
     std::string names;
     for (const Archive &archive : dataSet.archives) {
         const ZPGorvaneFileEntry *entry = archive.entries().find(identifier);
-        if (entry == nullptr || (!options.archive.empty() && archive.name != options.archive))
+        if (entry == nullptr || (!name.empty() && archive.name != name))
             continue;
         found.push_back({&archive, entry});
         names += (names.empty() ? "" : ", ") + archive.name;
@@ -55,9 +59,16 @@ int writeDecoded(Output &output, const Options &options, const GlobalOptions &gl
     const std::uint32_t identifier = file.entry->identifier;
     const auto result = reader.decode(*file.archive, identifier, bytes);
     if (!result) {
+        const std::string text = options.asText && !options.withOffsets
+                                     ? reader.text(*file.archive, identifier, bytes)
+                                     : std::string();
         const std::string name(decoders.nameOf(file.archive->kindOf(identifier)));
-        throw CommandFailure(ZPFormat("%08x: there is no decoder for it%s%s", identifier,
-                                      name.empty() ? "" : ", a ", name.c_str()));
+        if (text.empty())
+            throw CommandFailure(ZPFormat("%08x: there is no decoder for it%s%s", identifier,
+                                          name.empty() ? "" : ", a ", name.c_str()));
+        output.write(text);
+        output.flush();
+        return kFine;
     }
     if (options.asJSON)
         output.write(reader.json());
@@ -89,7 +100,7 @@ int cat(const Options &options, const GlobalOptions &global) {
     if (options.asHex)
         writeHex(output, *bytes);
     else
-        output.write({reinterpret_cast<const char *>(bytes->data()), bytes->size()});
+        output.writeRaw({reinterpret_cast<const char *>(bytes->data()), bytes->size()});
     output.flush();
     return kFine;
 }
@@ -100,8 +111,9 @@ CommandAction addCatCommand(CLI::App &command) {
     const auto options = std::make_shared<Options>();
     command.add_option("path", options->path, "Data directory or archive")->required();
     command.add_option("id", options->identifier, "The file's identifier")->required();
-    command.add_option("--archive", options->archive,
-                       "Where in a data directory: portal, cell, ...");
+    command
+        .add_option("--archive", options->archive, "Where in a data directory: portal, cell, ...")
+        ->check(isNotEmpty);
     auto *hex = command.add_flag("--hex", options->asHex, "A hexadecimal dump of its bytes");
     auto *text = command.add_flag("--text", options->asText, "The decoded record as text");
     auto *json = command.add_flag("--json", options->asJSON, "The decoded record as JSON");

@@ -1,4 +1,4 @@
-#include "data_tool/ArchiveCheck.h"
+#include "archive/ZPGorvaneArchiveCheck.h"
 #include "data_tool/Command.h"
 #include "data_tool/DecoderFolders.h"
 #include "data_tool/RecordCheck.h"
@@ -22,8 +22,8 @@ class Report {
             _output.write("identifier\tarchive\tseverity\tkind\toffset\tcause\n");
     }
 
-    void add(const Archive &archive, const Finding &finding) {
-        const bool isError = finding.severity == Finding::Severity::error;
+    void add(const Archive &archive, const ZPGorvaneFinding &finding) {
+        const bool isError = finding.severity == ZPGorvaneFinding::Severity::error;
         const char *severity = isError ? "error" : "warning";
         ++_counts[{severity, finding.kind}];
         if (_isTSV)
@@ -45,17 +45,19 @@ class Report {
     }
 
   private:
-    void writeText(const Archive &archive, const Finding &finding, const char *severity,
+    void writeText(const Archive &archive, const ZPGorvaneFinding &finding, const char *severity,
                    const char *color) {
         const std::string file =
             finding.identifier ? ZPFormat(" %08x", *finding.identifier) : std::string();
-        _output.format("%s%s%s: %s%s at %08llx: %s: %s\n", _usesColor ? color : "", severity,
-                       _usesColor ? "\x1b[0m" : "", ZPEscapedText(archive.fileName()).c_str(),
+        _output.writeRaw(_usesColor ? color : "");
+        _output.write(severity);
+        _output.writeRaw(_usesColor ? "\x1b[0m" : "");
+        _output.format(": %s%s at %08llx: %s: %s\n", ZPEscapedText(archive.fileName()).c_str(),
                        file.c_str(), static_cast<unsigned long long>(finding.offset), finding.kind,
                        ZPEscapedText(finding.cause).c_str());
     }
 
-    void writeTSV(const Archive &archive, const Finding &finding, const char *severity) {
+    void writeTSV(const Archive &archive, const ZPGorvaneFinding &finding, const char *severity) {
         std::string line;
         if (finding.identifier)
             appendIdentifier(line, *finding.identifier);
@@ -76,17 +78,18 @@ int check(Options &options, const GlobalOptions &global) {
     Report report(options.format);
     std::size_t fileCount = 0;
     for (const Archive &archive : dataSet.archives) {
-        const auto concernsSelection = [&](const Finding &finding) {
+        const auto concernsSelection = [&](const ZPGorvaneFinding &finding) {
             if (!options.selection.isRestricted())
                 return true;
             const auto *entry =
                 finding.identifier ? archive.entries().find(*finding.identifier) : nullptr;
             return entry != nullptr && options.selection.includes(archive, *entry);
         };
-        for (const Finding &finding : ArchiveCheck(*archive.dataFile).run())
+        for (const ZPGorvaneFinding &finding : ZPGorvaneArchiveCheck(*archive.dataFile).run())
             if (concernsSelection(finding))
                 report.add(archive, finding);
-        for (const Finding &finding : checkRecords(dataSet, archive, decoders, options.selection))
+        for (const ZPGorvaneFinding &finding :
+             checkRecords(dataSet, archive, decoders, options.selection))
             report.add(archive, finding);
         for (const ZPGorvaneFileEntry &entry : archive.entries())
             fileCount += options.selection.includes(archive, entry);

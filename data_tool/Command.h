@@ -3,6 +3,7 @@
 #include "data_tool/DataSet.h"
 #include "data_tool/Failure.h"
 #include "data_tool/Output.h"
+#include "game/WQArchiveFamilies.h"
 
 #include <CLI/CLI.hpp>
 #include <functional>
@@ -14,8 +15,8 @@ struct GlobalOptions {
     bool isVerbose = false;
 
     /// Null where none was named.
-    const GameRow *game() const { return gameKey.empty() ? nullptr : gameWithKey(gameKey); }
-    DataSet openDataSet(const std::string &path) const { return ::openDataSet(path, game()); }
+    const ZPGorvaneArchiveFamily *family() const { return WQArchiveFamilyWithKey(gameKey); }
+    DataSet openDataSet(const std::string &path) const { return ::openDataSet(path, family()); }
 };
 
 /// What a command does when its options are read; gives the exit status.
@@ -48,6 +49,11 @@ inline constexpr CommandRow kCommands[] = {
     {"export", "heights, land types, roads, blocks or places for GIS programs", &addExportCommand},
     {"decoders", "the decoders that are there", &addDecodersCommand},
 };
+
+/// For an option that would be as good as not given with an empty text, and mean something else.
+inline std::string isNotEmpty(const std::string &text) {
+    return text.empty() ? "must not be empty" : "";
+}
 
 /// The exit status of a command that goes over a data set: not kFine where an archive could not be
 /// opened, or where what lies behind a fault was left out.

@@ -1,72 +1,65 @@
 #include "data_tool/DataSet.h"
 
-#include "data_tool/ArchiveFamily.h"
 #include "data_tool/Failure.h"
+#include "game/WQArchiveFamilies.h"
+#include "io/ZPSystemLog.h"
+#include "io/ZPText.h"
 
 #include <algorithm>
+#include <map>
 #include <system_error>
 
 namespace {
 
-ArchiveRole guessedRole(const std::string &fileName) {
-    for (const auto &[part, role] :
-         {std::pair{"cell", ArchiveRole::cell}, std::pair{"highres", ArchiveRole::highres},
-          std::pair{"local", ArchiveRole::local}})
+ZPGorvaneArchiveRole guessedRole(const std::string &fileName) {
+    for (const auto &[part, role] : {std::pair{"cell", ZPGorvaneArchiveRole::cell},
+                                     std::pair{"highres", ZPGorvaneArchiveRole::highres},
+                                     std::pair{"local", ZPGorvaneArchiveRole::local}})
         if (fileName.find(part) != std::string::npos)
             return role;
-    return ArchiveRole::portal;
+    return ZPGorvaneArchiveRole::portal;
 }
 
-/// A name that can stand in a table and be that of a folder.
-std::string plainName(std::string name) {
-    for (char &letter : name)
-        if (letter <= ' ' || letter == 0x7F || letter == '/')
-            letter = '_';
-    return name.starts_with('.') ? "_" + name : name;
+/// The family that a file suits, `wanted` alone if that is not null. Throws CommandFailure where
+/// there is none.
+const ZPGorvaneArchiveFamily &familyOfArchive(const std::filesystem::path &path,
+                                              const ZPGorvaneArchiveFamily *wanted) {
+    ZPError error;
+    const auto handle = ZPFileHandle::fileHandleAtPath(path, &error);
+    if (handle == nullptr)
+        throw CommandFailure(path.string() + ": " + error.failureReason());
+    std::string reason;
+    const ZPGorvaneArchiveFamily *family = wanted;
+    if (wanted == nullptr)
+        family = ZPGorvaneFamilyOfFile(handle->bytes(), WQArchiveFamilies(), reason);
+    else
+        reason = wanted->reasonAgainst(handle->bytes());
+    if (!reason.empty())
+        throw CommandFailure(path.string() + ": " + reason);
+    return *family;
 }
 
-std::unique_ptr<ZPGorvaneDataFile> newDataFile(const std::filesystem::path &path,
-                                               const GameRow &game, ArchiveRole role) {
-    if (game.game != ZPGorvaneGame::first)
-        return std::make_unique<ZPGorvaneDataFile>(*game.family, path);
-    auto dataFile = std::make_unique<WQDataFile>(path);
-    constexpr WQDataFile::Type kTypes[] = {WQDataFile::portal, WQDataFile::highres,
-                                           WQDataFile::cell, WQDataFile::local};
-    dataFile->setType(kTypes[static_cast<std::size_t>(role)]);
-    return dataFile;
-}
-
-Archive openArchive(const std::filesystem::path &path, const GameRow *game) {
-    if (game == nullptr) {
-        game = &familyOfArchive(path);
-    } else {
-        ZPError error;
-        const auto handle = ZPFileHandle::fileHandleAtPath(path, &error);
-        if (handle == nullptr)
-            throw CommandFailure(path.string() + ": " + error.failureReason());
-        if (const std::string reason = reasonNotOfFamily(handle->bytes(), *game); !reason.empty())
-            throw CommandFailure(path.string() + ": " + reason);
-    }
+Archive openArchive(const std::filesystem::path &path, const ZPGorvaneArchiveFamily *wanted) {
+    const ZPGorvaneArchiveFamily &family = familyOfArchive(path, wanted);
     const std::string fileName = path.filename().string();
-    const auto *known = std::ranges::find(game->files, fileName, &ArchiveFileName::fileName).base();
-    const bool isKnown = known != game->files.data() + game->files.size();
-    Archive archive{isKnown ? known->name : plainName(path.stem().string()),
-                    isKnown ? known->role : guessedRole(fileName), game, nullptr};
-    archive.dataFile = newDataFile(path, *game, archive.role);
+    const ZPGorvaneArchiveName *known = family.archiveInFile(fileName);
+    Archive archive{known != nullptr ? known->name : plainName(path.stem().string()),
+                    known != nullptr ? known->role : guessedRole(fileName), &family, nullptr};
+    archive.dataFile = family.newDataFile(path, archive.role);
     if (archive.dataFile->blockStorage() == nullptr)
-        throw CommandFailure(path.string() + ": its header does not suit a file of this size");
+        throw CommandFailure(path.string() + ": " + archive.dataFile->openingFault());
     archive.dataFile->quickLoadDataVersion();
     archive.dataFile->loadFileEntriesIfNecessary();
     return archive;
 }
 
 std::vector<std::filesystem::path> archivesInDirectory(const std::filesystem::path &directory,
-                                                       const GameRow *wanted) {
+                                                       const ZPGorvaneArchiveFamily *wanted) {
     std::vector<std::filesystem::path> paths;
-    for (const GameRow &game : gameTable())
-        if (wanted == nullptr || wanted == &game)
-            for (const ArchiveFileName &file : game.files)
-                if (const auto path = directory / file.fileName; std::filesystem::exists(path))
+    for (const ZPGorvaneArchiveFamily *family : WQArchiveFamilies())
+        if (wanted == nullptr || wanted == family)
+            for (const ZPGorvaneArchiveName &archive : family->archives)
+                if (const auto path = directory / archive.fileName; std::filesystem::exists(path))
                     paths.push_back(path);
     if (!paths.empty())
         return paths;
@@ -83,14 +76,38 @@ std::vector<std::filesystem::path> archivesInDirectory(const std::filesystem::pa
     return paths;
 }
 
+/// Archives of two families in one directory may go by the same name.
+void makeNamesDifferent(std::vector<Archive> &archives) {
+    std::map<std::string, unsigned> counts;
+    for (const Archive &archive : archives)
+        ++counts[archive.name];
+    for (Archive &archive : archives)
+        if (counts[archive.name] > 1)
+            archive.name = plainName(archive.dataFile->path().stem().string());
+}
+
 } // namespace
 
+std::string plainName(const std::string &name) {
+    // Letters of other scripts stay, unless something is hidden among them.
+    const bool isText = ZPIsValidUTF8(name) && ZPEscapedText(name) == name;
+    std::string plain;
+    for (const char letter : name) {
+        const auto byte = static_cast<unsigned char>(letter);
+        const bool isPlain =
+            byte < 0x80 ? byte > ' ' && byte != 0x7F && byte != '/' && byte != '%' : isText;
+        const bool hidesFile = letter == '.' && plain.empty();
+        plain += isPlain && !hidesFile ? std::string(1, letter) : ZPFormat("%%%02X", byte);
+    }
+    return plain;
+}
+
 WQRecordKind Archive::kindOf(std::uint32_t identifier) const {
-    WQRecordKind kind;
-    if (game->classNameOf != nullptr)
-        if (const char *className = game->classNameOf(role, identifier))
+    WQRecordKind kind{family->game};
+    if (family->classNameOf != nullptr)
+        if (const char *className = family->classNameOf(role, identifier))
             kind.className = className;
-    if (role != ArchiveRole::cell)
+    if (role != ZPGorvaneArchiveRole::cell)
         kind.type = static_cast<std::uint8_t>(identifier >> 24);
     return kind;
 }
@@ -103,14 +120,14 @@ const Archive *DataSet::archiveWithName(std::string_view name) const {
 const Archive *DataSet::portal() const {
     if (const Archive *named = archiveWithName("portal"))
         return named;
-    const auto found = std::ranges::find(archives, ArchiveRole::portal, &Archive::role);
+    const auto found = std::ranges::find(archives, ZPGorvaneArchiveRole::portal, &Archive::role);
     return found != archives.end() ? &*found : nullptr;
 }
 
-const WQDataFile &DataSet::cellDataFile() const {
+WQDataFile &DataSet::cellDataFile() const {
     for (const Archive &archive : archives)
-        if (const auto *dataFile = dynamic_cast<const WQDataFile *>(archive.dataFile.get());
-            dataFile != nullptr && archive.role == ArchiveRole::cell)
+        if (auto *dataFile = dynamic_cast<WQDataFile *>(archive.dataFile.get());
+            dataFile != nullptr && archive.role == ZPGorvaneArchiveRole::cell)
             return *dataFile;
     throw CommandFailure(path.string() + ": has no cell archive of the first game");
 }
@@ -126,20 +143,21 @@ ZPGorvaneDataFile *DataSetClientData::dataFileWithName(std::string_view name) {
     return archive != nullptr ? archive->dataFile.get() : nullptr;
 }
 
-DataSet openDataSet(const std::filesystem::path &path, const GameRow *game) {
+DataSet openDataSet(const std::filesystem::path &path, const ZPGorvaneArchiveFamily *family) {
     DataSet dataSet{path, std::filesystem::is_directory(path), {}};
     if (!dataSet.isDirectory) {
-        dataSet.archives.push_back(openArchive(path, game));
+        dataSet.archives.push_back(openArchive(path, family));
         return dataSet;
     }
-    for (const auto &archivePath : archivesInDirectory(path, game)) {
+    for (const auto &archivePath : archivesInDirectory(path, family)) {
         try {
-            dataSet.archives.push_back(openArchive(archivePath, game));
+            dataSet.archives.push_back(openArchive(archivePath, family));
         } catch (const CommandFailure &failure) {
             say(failure.what());
             dataSet.isWhole = false;
         }
     }
+    makeNamesDifferent(dataSet.archives);
     if (dataSet.archives.empty())
         throw CommandFailure(path.string() + ": none of its archives can be opened");
     return dataSet;

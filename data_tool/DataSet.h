@@ -1,15 +1,21 @@
 #pragma once
 
-#include "data_tool/GameTable.h"
+#include "archive/ZPGorvaneArchiveFamily.h"
+#include "archive/ZPGorvaneClientData.h"
 #include "decode/WQDecoderSet.h"
 #include "game/WQDataFile.h"
 
+/// A name that can stand in a table and be that of a folder: what cannot is written as in
+/// addresses, a blank as "%20", so that different names stay different.
+[[nodiscard]] std::string plainName(const std::string &name);
+
 /// One opened archive of a data set, with its index loaded.
 struct Archive {
-    /// Such as "portal"; the file's own name without extension where no name is known.
+    /// Such as "portal"; where no name is known, or several have it, plainName of the file's own
+    /// without extension. No two archives of a set have the same.
     std::string name;
-    ArchiveRole role;
-    const GameRow *game;
+    ZPGorvaneArchiveRole role;
+    const ZPGorvaneArchiveFamily *family;
     std::unique_ptr<ZPGorvaneDataFile> dataFile;
 
     const ZPGorvaneFileEntryMap &entries() const { return dataFile->fileEntriesByIdentifier(); }
@@ -33,7 +39,7 @@ struct DataSet {
     /// there is none.
     [[nodiscard]] const Archive *portal() const;
     /// Throws CommandFailure when there is no cell archive of the first game.
-    [[nodiscard]] const WQDataFile &cellDataFile() const;
+    [[nodiscard]] WQDataFile &cellDataFile() const;
     /// The region record is read differently from some data version on.
     [[nodiscard]] WQDecodingContext decodingContext() const;
 };
@@ -49,6 +55,7 @@ class DataSetClientData : public ZPGorvaneClientData {
     const DataSet &_dataSet;
 };
 
-/// Opens the archives at a path, as those of `game` or, for null, of the family that each of them
+/// Opens the archives at a path, as those of `family` or, for null, of the family that each of them
 /// looks like. Throws CommandFailure when there is none that can be opened.
-[[nodiscard]] DataSet openDataSet(const std::filesystem::path &path, const GameRow *game);
+[[nodiscard]] DataSet openDataSet(const std::filesystem::path &path,
+                                  const ZPGorvaneArchiveFamily *family);

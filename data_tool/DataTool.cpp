@@ -32,8 +32,8 @@ void takeLogLine(std::string_view line) {
 
 void addGlobalOptions(CLI::App &app, GlobalOptions &options) {
     std::vector<std::string> keys;
-    for (const GameRow &game : gameTable())
-        keys.emplace_back(game.key);
+    for (const ZPGorvaneArchiveFamily *family : WQArchiveFamilies())
+        keys.emplace_back(family->key());
     app.add_option("--game", options.gameKey, "Family of the archives, instead of finding it out")
         ->check(CLI::IsMember(keys))
         ->type_name("KEY");
@@ -51,10 +51,6 @@ int runCommand(const GlobalOptions &options, const CommandAction &action) {
     } catch (const CommandFailure &failure) {
         say(failure.what());
         return failure.status();
-    } catch (const BrokenPipe &) {
-        return kFine;
-    } catch (const std::bad_alloc &) {
-        say("there is not enough memory");
     } catch (const std::filesystem::filesystem_error &error) {
         say(error.what());
     }
@@ -78,6 +74,8 @@ int runDataTool(int argc, const char *const *argv) {
     // Not one at least, or a mistyped command would not be named.
     app.require_subcommand(0, 1);
     app.fallthrough();
+    app.set_version_flag("--version", "plotterra-data " PLOTTERRA_VERSION,
+                         "Print the version and leave");
     GlobalOptions options;
     addGlobalOptions(app, options);
     std::vector<std::pair<CLI::App *, CommandAction>> actions;

@@ -1,5 +1,7 @@
 #include "data_tool/DecoderFolders.h"
 
+#include "io/ZPOutputGate.h"
+
 #include <cstdlib>
 #include <system_error>
 
@@ -37,7 +39,17 @@ std::vector<std::filesystem::path> decoderFolders(const GlobalOptions &options) 
     return folders;
 }
 
+void noteDecoders(const GlobalOptions &options) {
+    std::error_code fault;
+    for (const auto &folder : decoderFolders(options))
+        for (std::filesystem::directory_iterator entry(folder, fault), end; !fault && entry != end;
+             entry.increment(fault))
+            if (entry->path().extension() == ".lua")
+                ZPNoteInput(entry->path());
+}
+
 WQDecoderSet loadDecoders(const GlobalOptions &options) {
+    noteDecoders(options);
     WQDecoderSet decoders;
     std::size_t namedFolders = options.decoderFolders.size();
     for (const auto &folder : decoderFolders(options)) {
@@ -47,7 +59,11 @@ WQDecoderSet loadDecoders(const GlobalOptions &options) {
             throw CommandFailure(folder.string() + ": is no folder that can be read");
     }
     for (const auto &file : decoders.files())
-        if (!file.fault.empty())
-            say(file.fault);
+        if (const std::string remark = remarkOn(file); !remark.empty())
+            say(remark);
     return decoders;
+}
+
+std::string remarkOn(const WQDecoderSet::File &file) {
+    return file.remark.empty() ? file.fault : file.path.string() + ": " + file.remark;
 }

@@ -1,17 +1,22 @@
 #include "data_tool/Command.h"
+#include "data_tool/DecoderFolders.h"
 #include "data_tool/GeoJSON.h"
 #include "data_tool/GeoTIFF.h"
 #include "data_tool/Land.h"
-#include "data_tool/RoadLines.h"
 #include "game/WQKnownDungeons.h"
 #include "game/WQLandBlock.h"
 #include "game/WQMapCoordinate.h"
 #include "io/ZPAtomicFile.h"
+#include "io/ZPInputFile.h"
+#include "io/ZPOutputGate.h"
 #include "io/ZPSystemLog.h"
-#include "tool/PlotFile.h"
+#include "io/ZPText.h"
+#include "map/land/WQRoadLines.h"
+#include "map/overlay/WQPlotFile.h"
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 namespace {
 
@@ -29,6 +34,22 @@ unsigned landRow(std::uint32_t rasterRow) {
     return kSize - 1 - rasterRow;
 }
 
+constexpr std::string_view kNamesBegin = "<PAMDataset>";
+
+/// GIS programs look for more of a raster in a file beside it.
+std::filesystem::path besideRaster(const std::string &file) {
+    return file + ".aux.xml";
+}
+
+/// What such a file says of an older raster under the same name is no longer true.
+void removeWhatIsBeside(const std::string &file) {
+    const std::filesystem::path path = besideRaster(file);
+    std::array<std::byte, kNamesBegin.size()> room;
+    const auto begin = ZPReadBeginning(path, room);
+    if (begin && std::ranges::equal(*begin, std::as_bytes(std::span(kNamesBegin))))
+        std::filesystem::remove(path);
+}
+
 void exportHeights(const DataSet &dataSet, const std::string &file) {
     constexpr float kNoHeight = -9999;
     const Land land(dataSet);
@@ -37,35 +58,39 @@ void exportHeights(const DataSet &dataSet, const std::string &file) {
         file, kSize, kSize, kLandPlace, "-9999", [&](std::uint32_t row, std::span<float> values) {
             std::ranges::transform(
                 land.grid().row(landRow(row)), values.begin(), [&](const WQLandPoint &point) {
-                    return point.has(WQLandPoint::hasData) ? heights[point.heightIndex] : kNoHeight;
+                    const float height = heights[point.heightIndex];
+                    return point.has(WQLandPoint::hasData) && std::isfinite(height) ? height
+                                                                                    : kNoHeight;
                 });
         });
+    removeWhatIsBeside(file);
+    if (const std::string fault = land.faultInHeights(); !fault.empty())
+        throw CommandFailure(fault + "; the raster has no data there");
 }
 
 std::string escapedForXML(std::string_view text) {
     std::string escaped;
-    for (const char letter : text) {
-        if (letter == '&')
-            escaped += "&amp;";
-        else if (letter == '<')
-            escaped += "&lt;";
-        else if (letter >= 0 && letter < ' ')
-            escaped += ' '; // no character of XML
-        else
-            escaped += letter;
+    for (const char letter : ZPEscapedText(text)) {
+        switch (letter) {
+        case '&': escaped += "&amp;"; break;
+        case '<': escaped += "&lt;"; break;
+        case '>': escaped += "&gt;"; break; // ends a section as "]]>"
+        default: escaped += letter;
+        }
     }
     return escaped;
 }
 
-/// GIS programs look for the names of a raster's values in a file beside it.
-void writeCategoryNames(const std::string &path, const std::vector<WQLandInfo> &landTypes) {
-    std::string text = "<PAMDataset>\n  <PAMRasterBand band=\"1\">\n    <CategoryNames>\n";
+void writeCategoryNames(const std::filesystem::path &path,
+                        const std::vector<WQLandInfo> &landTypes) {
+    std::string text(kNamesBegin);
+    text += "\n  <PAMRasterBand band=\"1\">\n    <CategoryNames>\n";
     for (const WQLandInfo &landType : landTypes)
         text += ZPFormat("      <Category>%s</Category>\n", escapedForXML(landType.name()).c_str());
     text += "    </CategoryNames>\n  </PAMRasterBand>\n</PAMDataset>\n";
     ZPError error;
     if (!ZPWriteTextToPath(text, path, &error))
-        throw CommandFailure(path + ": " + error.failureReason());
+        throw CommandFailure(path.string() + ": " + error.failureReason());
 }
 
 void exportTypes(const DataSet &dataSet, const std::string &file) {
@@ -88,15 +113,15 @@ void exportTypes(const DataSet &dataSet, const std::string &file) {
                                                                : kNoType;
                                                 });
                      });
-    writeCategoryNames(file + ".aux.xml", landTypes);
+    writeCategoryNames(besideRaster(file), landTypes);
 }
 
 void exportRoads(const DataSet &dataSet, const std::string &file) {
     const Land land(dataSet);
     GeoJSONWriter writer;
-    for (const std::vector<LandPlace> &line : traceRoads(land.grid())) {
+    for (const std::vector<WQLandPlace> &line : WQTraceRoads(land.grid())) {
         std::vector<Position> positions;
-        for (const LandPlace place : line)
+        for (const WQLandPlace place : line)
             positions.emplace_back(Land::xOf(place.column), Land::yOf(place.row));
         if (positions.size() == 1)
             writer.beginPoint(positions.front());
@@ -149,7 +174,7 @@ void exportPlaces(const std::string &plotFile, const std::string &file) {
     if (!std::filesystem::is_regular_file(plotFile))
         throw CommandFailure(plotFile + ": is no plot file");
     GeoJSONWriter writer;
-    for (const WQMapPoint &point : readPlotFile(plotFile)) {
+    for (const WQMapPoint &point : WQReadPlotFile(plotFile)) {
         writer.beginPoint({point.coordinate().x, point.coordinate().y});
         writer.property("type", std::string_view(point.type()));
         writer.property("label", std::string_view(point.label()));
@@ -158,22 +183,33 @@ void exportPlaces(const std::string &plotFile, const std::string &file) {
     writer.writeToPath(file);
 }
 
-constexpr char kPlaces[] = "places";
+constexpr char kPlaces[] = "places", kTypes[] = "types";
 /// What is made of archives.
 constexpr struct {
     const char *name;
     void (*run)(const DataSet &dataSet, const std::string &file);
 } kSubjects[] = {{"heights", &exportHeights},
-                 {"types", &exportTypes},
+                 {kTypes, &exportTypes},
                  {"roads", &exportRoads},
                  {"blocks", &exportBlocks}};
 
+void announceOutput(const std::filesystem::path &path) {
+    if (ZPError error; !ZPAnnounceOutput(path, &error))
+        throw CommandFailure(path.string() + ": " + error.failureReason());
+}
+
 int exportSubject(const Options &options, const GlobalOptions &global) {
+    noteDecoders(global);
     if (options.subject == kPlaces) {
+        ZPNoteInput(options.path);
+        announceOutput(options.file);
         exportPlaces(options.path, options.file);
         return kFine;
     }
     const DataSet dataSet = global.openDataSet(options.path);
+    announceOutput(options.file);
+    if (options.subject == kTypes)
+        announceOutput(besideRaster(options.file));
     for (const auto &subject : kSubjects)
         if (options.subject == subject.name)
             subject.run(dataSet, options.file);

@@ -21,8 +21,5 @@ class CommandFailure : public std::runtime_error {
     int _status;
 };
 
-/// The reader of standard output went away, which is its right.
-class BrokenPipe : public std::exception {};
-
 /// Writes `plotterra-data: <text>` to standard error, whatever characters the text has.
 void say(const std::string &text);

@@ -1,14 +1,14 @@
 #include "data_tool/FileSelection.h"
 
 #include "game/WQRecordClass.h"
+#include "io/ZPLineReader.h"
 #include "io/ZPSystemLog.h"
 #include "io/ZPText.h"
 
 #include <algorithm>
 #include <charconv>
 #include <chrono>
-#include <fstream>
-#include <iostream>
+#include <unistd.h>
 
 namespace {
 
@@ -95,15 +95,18 @@ void FileSelection::addOptions(CLI::App &command) {
     addList("--id", _rangeTexts, "RANGE", "Files with an identifier, or from one to another: A-B");
     addList("--block", _blockTexts, "XXYY", "Files of a land block of a cell archive");
     command.add_option("--larger", _largerText, "Files of more bytes; K and M may follow")
-        ->type_name("SIZE");
+        ->type_name("SIZE")
+        ->check(isNotEmpty);
     command.add_option("--newer", _newerText, "Files changed since a date (UTC)")
-        ->type_name("DATE");
+        ->type_name("DATE")
+        ->check(isNotEmpty);
     auto *damaged = command.add_flag("--damaged", _wantsDamaged, "Files that cannot be read");
     command.add_flag("--sound", _wantsSound, "Files that can be read")->excludes(damaged);
     command
         .add_option("--ids-from", _listPath,
                     "Files whose identifiers a file lists, one a line; - is standard input")
-        ->type_name("FILE");
+        ->type_name("FILE")
+        ->check(isNotEmpty);
 }
 
 void FileSelection::prepare(const WQDecoderSet &decoders) {
@@ -139,23 +142,16 @@ void FileSelection::prepare(const WQDecoderSet &decoders) {
                     _newer || _wantsDamaged || _wantsSound || _listed;
 }
 
-void FileSelection::readIdentifiers() {
-    _listed.emplace();
-    if (_listPath == "-")
-        return readIdentifierLines(std::cin);
-    std::ifstream file(_listPath);
-    if (!file.is_open())
-        throw CommandFailure(_listPath + ": cannot be read");
-    readIdentifierLines(file);
-}
-
 /// Lines of identifiers, or the TSV of `list`, `diff` and `check`, whose first two columns are
 /// identifier and archive: without its header too, and in any order, as `grep` and `sort` leave it.
-void FileSelection::readIdentifierLines(std::istream &lines) {
-    constexpr std::size_t kFewestColumns = 6;
+void FileSelection::readIdentifiers() {
+    constexpr std::size_t kFewestColumns = 6, kLongestLine = 1 << 20;
+    _listed.emplace();
+    const auto file = _listPath == "-" ? std::make_unique<ZPInputFile>(STDIN_FILENO)
+                                       : std::make_unique<ZPInputFile>(_listPath);
+    ZPLineReader lines(*file, kLongestLine, SIZE_MAX);
     bool hasArchives = false;
-    std::string line;
-    for (unsigned number = 1; std::getline(lines, line); ++number) {
+    for (std::string line; lines.next(line);) {
         if (line.ends_with('\r'))
             line.pop_back();
         const auto fields = ZPSplitText(line, '\t');
@@ -167,13 +163,44 @@ void FileSelection::readIdentifierLines(std::istream &lines) {
         }
         const auto identifier = identifierInText(fields[0]);
         if (!identifier)
-            throw CommandFailure(ZPFormat("%s:%u: '%s' does not begin with an identifier",
-                                          _listPath.c_str(), number, line.c_str()),
+            throw CommandFailure(ZPFormat("%s:%zu: '%s' does not begin with an identifier",
+                                          _listPath.c_str(), lines.lineCount(), line.c_str()),
                                  kUsageError);
         const bool hasArchive =
             fields.size() >= kFewestColumns || (hasArchives && fields.size() > 1);
         _listed->insert({*identifier, std::string(hasArchive ? fields[1] : "")});
     }
+    if (!lines.failure().empty())
+        throw CommandFailure(_listPath + ": cannot be read: " + lines.failure(), kUsageError);
+}
+
+std::vector<std::string> FileSelection::optionsWithoutFiles(const DataSet &dataSet) const {
+    std::vector<std::string> options;
+    const auto noteUnlessAny = [&](const std::string &option, const auto &isOf) {
+        for (const Archive &archive : dataSet.archives)
+            for (const ZPGorvaneFileEntry &entry : archive.entries())
+                if (isOf(archive, entry.identifier))
+                    return;
+        options.push_back(option);
+    };
+    for (const std::uint32_t type : _types)
+        noteUnlessAny(ZPFormat("--type 0x%02x", type),
+                      [&](const Archive &archive, auto identifier) {
+                          return archive.kindOf(identifier).type == type;
+                      });
+    for (const std::string &name : _classes)
+        noteUnlessAny("--type " + name, [&](const Archive &archive, auto identifier) {
+            return _decoders->nameOf(archive.kindOf(identifier)) == name;
+        });
+    for (const Range &range : _ranges)
+        noteUnlessAny(ZPFormat("--id %08x-%08x", range.first, range.last),
+                      [&](const Archive &, auto identifier) { return range.contains(identifier); });
+    for (const std::uint32_t block : _blocks)
+        noteUnlessAny(
+            ZPFormat("--block %04x", block), [&](const Archive &archive, auto identifier) {
+                return archive.role == ZPGorvaneArchiveRole::cell && identifier >> 16 == block;
+            });
+    return options;
 }
 
 bool FileSelection::matchesType(const Archive &archive, std::uint32_t identifier) const {
@@ -189,10 +216,10 @@ bool FileSelection::matches(const Archive &archive, const ZPGorvaneFileEntry &en
     if (!_typeTexts.empty() && !matchesType(archive, identifier))
         return false;
     if (!_ranges.empty() && std::ranges::none_of(_ranges, [=](const Range &range) {
-            return identifier >= range.first && identifier <= range.last;
+            return range.contains(identifier);
         }))
         return false;
-    if (!_blocks.empty() && (archive.role != ArchiveRole::cell ||
+    if (!_blocks.empty() && (archive.role != ZPGorvaneArchiveRole::cell ||
                              std::ranges::find(_blocks, identifier >> 16) == _blocks.end()))
         return false;
     if ((_larger && entry.fileSize <= *_larger) || (_newer && entry.mtime < *_newer))

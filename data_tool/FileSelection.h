@@ -17,6 +17,10 @@ class FileSelection {
     /// classes too. Throws CommandFailure, a usage error, where there is none.
     void prepare(const WQDecoderSet &decoders);
 
+    /// The options that name files of which a data set has none, such as a type: mistyped, as a
+    /// rule. Each as it is written.
+    [[nodiscard]] std::vector<std::string> optionsWithoutFiles(const DataSet &dataSet) const;
+
     /// Whether any option leaves files out.
     bool isRestricted() const { return _isRestricted; }
     bool includes(const Archive &archive, const ZPGorvaneFileEntry &entry) const {
@@ -26,6 +30,9 @@ class FileSelection {
   private:
     struct Range {
         std::uint32_t first, last;
+        bool contains(std::uint32_t identifier) const {
+            return identifier >= first && identifier <= last;
+        }
     };
     struct ListedFile {
         std::uint32_t identifier;
@@ -37,7 +44,6 @@ class FileSelection {
     bool matches(const Archive &archive, const ZPGorvaneFileEntry &entry) const;
     bool matchesType(const Archive &archive, std::uint32_t identifier) const;
     void readIdentifiers();
-    void readIdentifierLines(std::istream &lines);
 
     // As given.
     std::vector<std::string> _typeTexts, _rangeTexts, _blockTexts;

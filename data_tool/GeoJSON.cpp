@@ -2,6 +2,7 @@
 
 #include "data_tool/Failure.h"
 #include "io/ZPAtomicFile.h"
+#include "io/ZPText.h"
 
 #include <charconv>
 #include <rapidjson/stringbuffer.h>
@@ -128,6 +129,7 @@ void GeoJSONWriter::writeToPath(const std::filesystem::path &path) {
     _document->writer.EndObject();
     const auto &buffer = _document->buffer;
     ZPError error;
-    if (!ZPWriteTextToPath({buffer.GetString(), buffer.GetSize()}, path, &error))
+    const std::string text = ZPPrintableJSON({buffer.GetString(), buffer.GetSize()});
+    if (!ZPWriteTextToPath(text, path, &error))
         throw CommandFailure(path.string() + ": " + error.failureReason());
 }

@@ -21,8 +21,8 @@ class InfoWriter {
     void write(const Archive &archive) {
         const ZPGorvaneBlockStorage &storage = archive.storage();
         _output.format("%s\n", ZPEscapedText(archive.dataFile->path().string()).c_str());
-        line("family", ZPFormat("%s (%s), header version %u", archive.game->key,
-                                ZPGorvaneGameDisplayName(archive.game->game), storage.version()));
+        line("family", ZPFormat("%s (%s), header version %u", archive.family->key(),
+                                ZPGorvaneGameDisplayName(archive.family->game), storage.version()));
         line("content type",
              ZPFormat("%08x, subtype %08x", storage.contentType(), storage.contentSubtype()));
         line("file size", ZPFormat("%zu bytes, %u in the header",
@@ -83,11 +83,18 @@ int info(const std::string &path, const GlobalOptions &global) {
     for (const Archive &archive : dataSet.archives)
         writer.write(archive);
     const Archive *cells = dataSet.archiveWithName("cell");
-    if (dataSet.isDirectory && cells != nullptr && cells->game->game == ZPGorvaneGame::first)
-        if (const auto range = Land(dataSet).heightRange())
+    int status = kFine;
+    if (dataSet.isDirectory && cells != nullptr && cells->family->game == ZPGorvaneGame::first) {
+        const Land land(dataSet);
+        if (const auto range = land.heightRange())
             writer.writeHeights(*range);
+        if (const std::string fault = land.faultInHeights(); !fault.empty()) {
+            say(fault);
+            status = kFoundOrFailed;
+        }
+    }
     writer.finish();
-    return statusOver(dataSet, kFine);
+    return statusOver(dataSet, status);
 }
 
 } // namespace

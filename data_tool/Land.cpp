@@ -4,6 +4,7 @@
 #include "map/land/WQLandGridBuilder.h"
 
 #include <algorithm>
+#include <cmath>
 
 Land::Land(const DataSet &dataSet) : _clientData(dataSet), _grid(WQLandGrid::allocate()) {
     if (_grid == nullptr)
@@ -27,6 +28,10 @@ const WQWorldInfo &Land::worldInfo() const {
     return *_worldInfo;
 }
 
+std::string Land::faultInHeights() const {
+    return _worldInfo ? _worldInfo->faultInLandHeights() : std::string();
+}
+
 std::optional<std::pair<float, float>> Land::heightRange() const {
     std::array<bool, 256> isUsed{};
     for (unsigned row = 0; row < WQLandGrid::kSize; ++row)
@@ -34,9 +39,9 @@ std::optional<std::pair<float, float>> Land::heightRange() const {
             isUsed[point.heightIndex] |= point.has(WQLandPoint::hasData);
     std::optional<std::pair<float, float>> range;
     for (std::size_t index = 0; _worldInfo && index < isUsed.size(); ++index) {
-        if (!isUsed[index])
-            continue;
         const float height = _worldInfo->actualLandHeights()[index];
+        if (!isUsed[index] || !std::isfinite(height))
+            continue;
         range = range ? std::pair{std::min(range->first, height), std::max(range->second, height)}
                       : std::pair{height, height};
     }

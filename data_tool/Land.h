@@ -15,7 +15,9 @@ class Land {
     /// The region record. Throws CommandFailure when there is none.
     [[nodiscard]] const WQWorldInfo &worldInfo() const;
 
-    /// Of the points with data; none without points or without a region record.
+    /// Why some points have no height that is a number; empty where all have one.
+    [[nodiscard]] std::string faultInHeights() const;
+    /// Of the points with data and a height; none without such or without a region record.
     [[nodiscard]] std::optional<std::pair<float, float>> heightRange() const;
 
     // Map coordinates of the land points.

@@ -37,11 +37,11 @@ class FileList {
         line.append(name.size() < kClassWidth ? kClassWidth - name.size() : 0, ' ');
         appendPadded(line, std::to_string(entry.fileSize), 11);
         line += ' ';
-        if (row.archive->game->hasDates) {
+        if (row.archive->family->hasDates) {
             appendDate(line, entry.mtime);
             line += ' ';
         }
-        if (row.archive->game->hasVersions)
+        if (row.archive->family->hasVersions)
             line += ZPFormat("%08x ", entry.version);
         appendIdentifier(line, entry.fileOffset);
         if (_dataSet.archives.size() > 1)
@@ -71,10 +71,10 @@ class FileList {
         line += '\t';
         appendNumber(line, entry.fileSize);
         line += '\t';
-        if (row.archive->game->hasDates)
+        if (row.archive->family->hasDates)
             appendDate(line, entry.mtime);
         line += '\t';
-        if (row.archive->game->hasVersions)
+        if (row.archive->family->hasVersions)
             appendIdentifier(line, entry.version);
         line += '\t';
         appendIdentifier(line, entry.fileOffset);
@@ -105,16 +105,16 @@ class FileList {
             writeText("class", name);
         writer.Key("size");
         writer.Uint(entry.fileSize);
-        if (row.archive->game->hasDates) {
+        if (row.archive->family->hasDates) {
             std::string date;
             appendDate(date, entry.mtime);
             writeText("date", date);
         }
-        if (row.archive->game->hasVersions)
+        if (row.archive->family->hasVersions)
             writeIdentifier("version", entry.version);
         writeIdentifier("offset", entry.fileOffset);
         writer.EndObject();
-        _output.write({_json.GetString(), _json.GetSize()});
+        _output.write(ZPPrintableJSON({_json.GetString(), _json.GetSize()}));
         _output.write("\n");
     }
 

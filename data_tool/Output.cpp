@@ -1,8 +1,9 @@
 #include "data_tool/Output.h"
 
 #include "data_tool/Failure.h"
-#include "io/ZPError.h"
+#include "io/ZPOutputGate.h"
 #include "io/ZPSystemLog.h"
+#include "io/ZPTerminal.h"
 #include "io/ZPText.h"
 
 #include <cerrno>
@@ -13,9 +14,7 @@
 #include <unistd.h>
 
 void say(const std::string &text) {
-    const std::string line = "plotterra-data: " + ZPEscapedText(text) + "\n";
-    // There is nobody to tell when this fails.
-    [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, line.data(), line.size());
+    ZPComplain("plotterra-data", text);
 }
 
 void Output::format(const char *format, ...) {
@@ -25,30 +24,44 @@ void Output::format(const char *format, ...) {
     va_end(arguments);
 }
 
+void Output::writeRaw(std::string_view bytes) {
+    makePrintable();
+    _buffer += bytes;
+    _printableSize = _buffer.size();
+    write({});
+}
+
+void Output::makePrintable() {
+    const std::string_view text = std::string_view(_buffer).substr(_printableSize);
+    if (!ZPIsPlainText(text))
+        _buffer.replace(_printableSize, text.size(), ZPPrintableText(text));
+    _printableSize = _buffer.size();
+}
+
 void Output::flush() {
+    makePrintable();
+    if (ZPError error; !_isChecked && !ZPMayWrite("/dev/stdout", &error))
+        throw CommandFailure("standard output " + error.failureReason());
+    _isChecked = true;
     std::string_view rest = _buffer;
-    while (!rest.empty()) {
+    while (!rest.empty() && _isRead) {
         const ssize_t count = ::write(STDOUT_FILENO, rest.data(), rest.size());
         if (count >= 0) {
             rest.remove_prefix(static_cast<std::size_t>(count));
         } else if (errno == EPIPE) {
-            throw BrokenPipe();
+            _isRead = false;
         } else if (errno != EINTR) {
             const ZPError error = ZPError::posix(errno);
             throw CommandFailure("cannot write to standard output: " + error.failureReason());
         }
     }
     _buffer.clear();
-}
-
-bool isCapableTerminal(int descriptor) {
-    const char *terminal = std::getenv("TERM");
-    return isatty(descriptor) == 1 && terminal != nullptr && std::string_view(terminal) != "dumb";
+    _printableSize = 0;
 }
 
 bool usesColor() {
     const char *noColor = std::getenv("NO_COLOR");
-    return isCapableTerminal(STDOUT_FILENO) && (noColor == nullptr || *noColor == '\0');
+    return ZPIsCapableTerminal(STDOUT_FILENO) && (noColor == nullptr || *noColor == '\0');
 }
 
 namespace {

@@ -1,21 +1,20 @@
 #pragma once
 
+#include "io/ZPTerminal.h"
+
 #include <atomic>
 #include <chrono>
 #include <cstddef>
 
-/// How far a long work has come, as one line on standard error that changes in place; nothing where
-/// that is no terminal. Work may be done by several threads.
+/// How far a long work has come, for who watches it. Work may be done by several threads.
 class Progress {
   public:
-    Progress(const char *label, std::size_t total);
-    ~Progress();
-    Progress(const Progress &) = delete;
-    Progress &operator=(const Progress &) = delete;
+    /// Borrows the label.
+    Progress(const char *label, std::size_t total) : _label(label), _total(total) {}
 
     void add(std::size_t count = 1) {
         const std::size_t done = _done += count;
-        if (_isShown)
+        if (_line.isShown())
             show(done);
     }
 
@@ -24,7 +23,7 @@ class Progress {
 
     const char *_label;
     const std::size_t _total;
-    const bool _isShown;
+    ZPProgressLine _line;
     std::atomic<std::size_t> _done = 0;
     std::atomic<std::chrono::steady_clock::rep> _nextShowing = 0;
 };

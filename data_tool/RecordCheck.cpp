@@ -3,12 +3,11 @@
 #include "data_tool/Progress.h"
 #include "data_tool/RecordReader.h"
 #include "game/WQRecordClass.h"
+#include "io/ZPParallel.h"
 #include "io/ZPSystemLog.h"
+#include "io/ZPThreadValues.h"
 
 #include <algorithm>
-#include <tbb/blocked_range.h>
-#include <tbb/enumerable_thread_specific.h>
-#include <tbb/parallel_for.h>
 
 namespace {
 
@@ -25,15 +24,20 @@ class Worker {
         if (!result)
             return checkUndecoded(entry, *bytes);
         if (const std::string fault = faultText(*result); !fault.empty())
-            add(result->fault ? Finding::Severity::error : Finding::Severity::warning,
-                kRecordFinding, entry, fault);
+            add(result->fault ? ZPGorvaneFinding::Severity::error
+                              : ZPGorvaneFinding::Severity::warning,
+                kZPGorvaneRecordFinding, entry, fault);
+        if (std::string fault = _reader.faultInContents(_archive, entry.identifier, *bytes);
+            !fault.empty())
+            add(ZPGorvaneFinding::Severity::error, kZPGorvaneRecordFinding, entry,
+                std::move(fault));
         const ZPRecordTree &tree = _reader.tree();
         for (std::uint32_t place = 0; place < tree.size(); place = tree[place].end)
             if (tree[place].kind == ZPRecordValueKind::identifier)
                 return compareIdentifier(entry, tree[place].number);
     }
 
-    Findings takeFindings() { return std::move(_findings); }
+    ZPGorvaneFindings takeFindings() { return std::move(_findings); }
 
   private:
     /// Records of most classes begin with their identifier, whoever knows what follows.
@@ -44,18 +48,18 @@ class Worker {
         if (bytes.size() >= sizeof(std::uint32_t))
             compareIdentifier(entry, cursor.readLittleInt32());
         else
-            add(Finding::Severity::error, kRecordFinding, entry,
+            add(ZPGorvaneFinding::Severity::error, kZPGorvaneRecordFinding, entry,
                 ZPFormat("%zu bytes are too few for an identifier", bytes.size()));
     }
 
     void compareIdentifier(const ZPGorvaneFileEntry &entry, std::uint64_t stored) {
         if (stored != entry.identifier)
-            add(Finding::Severity::error, kIdentifierFinding, entry,
+            add(ZPGorvaneFinding::Severity::error, kZPGorvaneIdentifierFinding, entry,
                 ZPFormat("Identifier stored in file (%08x) doesn't match its directory entry",
                          static_cast<unsigned>(stored)));
     }
 
-    void add(Finding::Severity severity, const char *kind, const ZPGorvaneFileEntry &entry,
+    void add(ZPGorvaneFinding::Severity severity, const char *kind, const ZPGorvaneFileEntry &entry,
              std::string cause) {
         _findings.push_back({severity, kind, entry.identifier, entry.fileOffset, std::move(cause)});
     }
@@ -63,34 +67,33 @@ class Worker {
     const Archive &_archive;
     RecordReader _reader;
     ZPData _scratch;
-    Findings _findings;
+    ZPGorvaneFindings _findings;
 };
 
 } // namespace
 
-Findings checkRecords(const DataSet &dataSet, const Archive &archive, const WQDecoderSet &decoders,
-                      const FileSelection &selection) {
+ZPGorvaneFindings checkRecords(const DataSet &dataSet, const Archive &archive,
+                               const WQDecoderSet &decoders, const FileSelection &selection) {
     constexpr std::size_t kEntriesPerTask = 1024, kAhead = 8;
     const ZPGorvaneFileEntryMap &entries = archive.entries();
-    tbb::enumerable_thread_specific<Worker> workers(
-        [&] { return Worker(dataSet, archive, decoders); });
+    ZPThreadValues<Worker> workers([&] { return Worker(dataSet, archive, decoders); });
     {
         Progress progress("decoding", entries.size());
-        tbb::parallel_for(tbb::blocked_range<std::size_t>(0, entries.size(), kEntriesPerTask),
-                          [&](const auto &range) {
-                              Worker &worker = workers.local();
-                              for (std::size_t at = range.begin(); at < range.end(); ++at) {
-                                  if (at + kAhead < entries.size())
-                                      archive.dataFile->prefetchFileEntry(entries[at + kAhead]);
-                                  if (selection.includes(archive, entries[at]))
-                                      worker.check(entries[at]);
-                              }
-                              progress.add(range.size());
-                          });
+        ZPParallelRanges(entries.size(), kEntriesPerTask, [&](std::size_t first, std::size_t end) {
+            Worker &worker = workers.local();
+            for (std::size_t at = first; at < end; ++at) {
+                if (at + kAhead < entries.size())
+                    archive.dataFile->prefetchFileEntry(entries[at + kAhead]);
+                if (selection.includes(archive, entries[at]))
+                    worker.check(entries[at]);
+            }
+            progress.add(end - first);
+        });
     }
-    Findings findings;
-    for (Worker &worker : workers)
+    ZPGorvaneFindings findings;
+    workers.forEach([&findings](Worker &worker) {
         std::ranges::move(worker.takeFindings(), std::back_inserter(findings));
-    std::ranges::stable_sort(findings, {}, &Finding::identifier);
+    });
+    std::ranges::stable_sort(findings, {}, &ZPGorvaneFinding::identifier);
     return findings;
 }

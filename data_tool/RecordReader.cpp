@@ -3,19 +3,43 @@
 #include "decode/ZPRecordTreeJSON.h"
 #include "decode/ZPRecordTreeText.h"
 #include "game/WQRecordClass.h"
+#include "game/WQWorldInfo.h"
 #include "io/ZPSystemLog.h"
+#include "io/ZPText.h"
+
+namespace {
+
+/// Null where no C++ class reads the record's fields.
+const WQRecordClass *classOf(const Archive &archive, std::uint32_t identifier) {
+    if (archive.family->game != ZPGorvaneGame::first)
+        return nullptr;
+    const WQRecordClass *recordClass = archive.role == ZPGorvaneArchiveRole::cell
+                                           ? &WQRecordClassForCellIdentifier(identifier)
+                                           : WQRecordClassForPortalIdentifier(identifier);
+    return recordClass != nullptr && recordClass->isDecoded ? recordClass : nullptr;
+}
+
+} // namespace
+
+bool RecordReader::hasClass(const Archive &archive, std::uint32_t identifier) {
+    return classOf(archive, identifier) != nullptr;
+}
 
 std::string RecordReader::text(const Archive &archive, std::uint32_t identifier,
                                std::span<const std::byte> bytes) {
-    const WQRecordClass *recordClass = nullptr;
-    if (archive.game->game == ZPGorvaneGame::first)
-        recordClass = archive.role == ArchiveRole::cell
-                          ? &WQRecordClassForCellIdentifier(identifier)
-                          : WQRecordClassForPortalIdentifier(identifier);
-    if (recordClass == nullptr || !recordClass->isDecoded)
-        return ZPRecordTreeText(_tree, false);
-    const auto record = recordClass->newRecord(bytes, &_clientData);
-    return record != nullptr ? record->dumpText() : std::string();
+    const WQRecordClass *recordClass = classOf(archive, identifier);
+    const auto record =
+        recordClass != nullptr ? recordClass->newRecord(bytes, &_clientData) : nullptr;
+    return textOfRecord(record.get(), _tree);
+}
+
+std::string RecordReader::faultInContents(const Archive &archive, std::uint32_t identifier,
+                                          std::span<const std::byte> bytes) {
+    if (identifier != kWQWorldInfoIdentifier ||
+        archive.kindOf(identifier).className != std::string_view("WQWorldInfo"))
+        return {};
+    const auto info = ZPRecordWithData<WQWorldInfo>(bytes, &_clientData);
+    return info ? info->faultInLandHeights() : std::string();
 }
 
 std::string RecordReader::json() const {
@@ -23,6 +47,11 @@ std::string RecordReader::json() const {
     ZPAppendRecordTreeJSON(text, _tree);
     text += '\n';
     return text;
+}
+
+std::string textOfRecord(const ZPGorvaneStoredObject *record, const ZPRecordTree &tree) {
+    std::string text = record != nullptr ? ZPPrintableText(record->dumpText()) : std::string();
+    return text.empty() ? ZPRecordTreeText(tree, false) : text;
 }
 
 std::string faultText(const ZPDecodingResult &result) {

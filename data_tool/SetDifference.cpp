@@ -1,13 +1,12 @@
 #include "data_tool/SetDifference.h"
 
 #include "data_tool/Progress.h"
+#include "io/ZPParallel.h"
 #include "io/ZPSystemLog.h"
+#include "io/ZPThreadValues.h"
 
 #include <algorithm>
 #include <cstring>
-#include <tbb/blocked_range.h>
-#include <tbb/enumerable_thread_specific.h>
-#include <tbb/parallel_for.h>
 
 namespace {
 
@@ -75,32 +74,32 @@ ArchiveDifference compareArchives(const Archive *before, const Archive *after,
                                   const FileSelection &selection) {
     constexpr std::size_t kPairsPerTask = 1024, kAhead = 8;
     Pairs pairs = pairsOf(before, after, selection);
-    tbb::enumerable_thread_specific<Worker> workers;
+    ZPThreadValues<Worker> workers;
     {
         Progress progress("comparing", pairs.size());
-        tbb::parallel_for(tbb::blocked_range<std::size_t>(0, pairs.size(), kPairsPerTask),
-                          [&](const auto &range) {
-                              Worker &worker = workers.local();
-                              for (std::size_t at = range.begin(); at < range.end(); ++at) {
-                                  if (at + kAhead < pairs.size()) {
-                                      const FileChange &next = pairs[at + kAhead];
-                                      if (next.before != nullptr)
-                                          before->dataFile->prefetchFileEntry(*next.before);
-                                      if (next.after != nullptr)
-                                          after->dataFile->prefetchFileEntry(*next.after);
-                                  }
-                                  worker.compare(pairs[at], before, after);
-                              }
-                              progress.add(range.size());
-                          });
+        ZPParallelRanges(pairs.size(), kPairsPerTask, [&](std::size_t first, std::size_t end) {
+            Worker &worker = workers.local();
+            for (std::size_t at = first; at < end; ++at) {
+                if (at + kAhead < pairs.size()) {
+                    const FileChange &next = pairs[at + kAhead];
+                    if (next.before != nullptr)
+                        before->dataFile->prefetchFileEntry(*next.before);
+                    if (next.after != nullptr)
+                        after->dataFile->prefetchFileEntry(*next.after);
+                }
+                worker.compare(pairs[at], before, after);
+            }
+            progress.add(end - first);
+        });
     }
     std::erase_if(pairs, [](const FileChange &pair) {
         return pair.before == nullptr && pair.after == nullptr;
     });
     ArchiveDifference difference{std::move(pairs), {}};
     std::vector<std::pair<std::uint32_t, std::string>> faults;
-    for (Worker &worker : workers)
+    workers.forEach([&faults](Worker &worker) {
         std::ranges::move(worker.faults, std::back_inserter(faults));
+    });
     std::ranges::sort(faults);
     for (auto &[identifier, text] : faults)
         difference.faults.push_back(std::move(text));

@@ -1,13 +1,9 @@
+#include "archive/ZPGorvaneArchiveGuard.h"
 #include "data_tool/Command.h"
+#include "io/ZPOutputGate.h"
 #include "io/ZPProcess.h"
 
-#include <cstdio>
-#include <cstdlib>
-
 int main(int argc, char *argv[]) {
-    ZPPrepareProcess();
-    const int status = runDataTool(argc, argv);
-    // Memory goes back to the system faster as a whole than piece by piece.
-    std::fflush(nullptr);
-    std::quick_exit(status);
+    ZPSetOutputGuard(&ZPGorvaneReasonToKeep);
+    ZPEndProcess(runDataTool(argc, argv));
 }

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <fstream>
 #include <utility>
 
 namespace {
@@ -30,13 +29,8 @@ void shuffle(std::span<std::uint32_t> values, SampleRandom &random) {
 
 } // namespace
 
-SampleArchiveWriter::SampleArchiveWriter(std::filesystem::path path, Format format,
-                                         std::uint64_t seed)
-    : _file(std::move(path)), _format(format), _random(seed) {}
-
-bool SampleArchiveWriter::open(ZPError *error) {
-    return _file.open(error);
-}
+SampleArchiveWriter::SampleArchiveWriter(ZPAtomicFile &file, Format format, std::uint64_t seed)
+    : _file(file), _format(format), _random(seed) {}
 
 /// Appends a window and decides the order in which its blocks are used.
 void SampleArchiveWriter::planWindow() {
@@ -209,11 +203,10 @@ bool SampleArchiveWriter::finish(ZPError *error) {
                       _planned.end());
     shuffle(freeBlocks, _random);
     return writeFreeChain(freeBlocks, error) && writeHeader(rootOffset, freeBlocks, error) &&
-           flushWindows(0, error) && _file.commit(error);
+           flushWindows(0, error);
 }
 
-bool SampleIsSampleArchive(const std::filesystem::path &path) {
-    std::ifstream file(path, std::ios::binary);
-    char start[sizeof kBanner];
-    return file.read(start, sizeof start) && std::ranges::equal(start, kBanner);
+bool SampleBeginsArchive(std::span<const std::byte> start) {
+    const auto banner = std::as_bytes(std::span(kBanner));
+    return start.size() >= banner.size() && std::ranges::equal(start.first(banner.size()), banner);
 }

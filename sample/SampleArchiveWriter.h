@@ -8,7 +8,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
-#include <filesystem>
 #include <span>
 #include <vector>
 
@@ -31,14 +30,13 @@ class SampleArchiveWriter {
         std::uint32_t contentSubtype;
     };
 
-    SampleArchiveWriter(std::filesystem::path path, Format format, std::uint64_t seed);
+    /// The file is open, stays the caller's and gets its name from it.
+    SampleArchiveWriter(ZPAtomicFile &file, Format format, std::uint64_t seed);
 
-    // Each operation is false, with an error of the POSIX domain, when the file cannot be written;
-    // nothing is left of it then.
-    bool open(ZPError *error = nullptr);
+    // Each operation is false, with an error of the POSIX domain, when the file cannot be written.
     /// Adds a file under an identifier that none before it had; `entry` needs no offset and size.
     bool addFile(SampleFileEntry entry, std::span<const std::byte> bytes, ZPError *error = nullptr);
-    /// Writes the directory, the free chain and the header, and gives the file its name.
+    /// Writes the directory, the free chain and the header.
     bool finish(ZPError *error = nullptr);
 
   private:
@@ -62,7 +60,7 @@ class SampleArchiveWriter {
     bool writeHeader(std::uint32_t rootOffset, std::span<const std::uint32_t> freeBlocks,
                      ZPError *error);
 
-    ZPAtomicFile _file;
+    ZPAtomicFile &_file;
     Format _format;
     SampleRandom _random;
     std::vector<SampleFileEntry> _entries;
@@ -76,6 +74,5 @@ class SampleArchiveWriter {
     std::vector<std::uint32_t> _oldBlocks; // left unused on the way, in no order
 };
 
-/// Whether the file is an archive that SampleArchiveWriter made. False also for one that cannot be
-/// read.
-[[nodiscard]] bool SampleIsSampleArchive(const std::filesystem::path &path);
+/// Whether a file that begins with these bytes is an archive that SampleArchiveWriter made.
+[[nodiscard]] bool SampleBeginsArchive(std::span<const std::byte> start);

@@ -140,12 +140,9 @@ std::vector<std::byte> SampleDungeonCellRecord(const SampleWorld &world,
     return record.takeData();
 }
 
-bool SampleWriteCellArchive(const SampleWorld &world, const std::filesystem::path &path,
-                            ZPError *error) {
-    SampleArchiveWriter archive(path, {.blockSize = 256, .contentType = 2, .contentSubtype = 1},
+bool SampleWriteCellArchive(const SampleWorld &world, ZPAtomicFile &file, ZPError *error) {
+    SampleArchiveWriter archive(file, {.blockSize = 256, .contentType = 2, .contentSubtype = 1},
                                 SampleHash(world.options().seed, 50));
-    if (!archive.open(error))
-        return false;
     const auto add = [&](std::uint32_t identifier, const std::vector<std::byte> &record) {
         return archive.addFile(SampleStampedEntry(world.options(), identifier), record, error);
     };

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "io/ZPAtomicFile.h"
 #include "io/ZPError.h"
 #include "sample/SampleWorld.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <filesystem>
 #include <vector>
 
 /// A land block as the cell archive stores it; 252 bytes.
@@ -16,6 +16,6 @@ std::vector<std::byte> SampleObjectBlockRecord(const SampleWorld &world, std::ui
 std::vector<std::byte> SampleDungeonCellRecord(const SampleWorld &world,
                                                const SampleDungeon &dungeon, std::uint32_t number);
 
-/// Writes the whole cell archive. An error is of the POSIX domain.
-bool SampleWriteCellArchive(const SampleWorld &world, const std::filesystem::path &path,
-                            ZPError *error = nullptr);
+/// Writes the whole cell archive into a file that is open and gets its name from the caller. An
+/// error is of the POSIX domain.
+bool SampleWriteCellArchive(const SampleWorld &world, ZPAtomicFile &file, ZPError *error = nullptr);

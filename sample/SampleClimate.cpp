@@ -1,9 +1,8 @@
 #include "sample/SampleClimate.h"
 
+#include "sample/SampleParallel.h"
 #include "sample/SampleRandom.h"
 #include "sample/SampleSmooth.h"
-
-#include <tbb/parallel_for.h>
 
 #include <algorithm>
 
@@ -12,7 +11,7 @@ SampleClimate::SampleClimate(std::uint64_t seed, const SampleLandform &landform)
     // The wind blows from the west: it gathers water over the sea and drops it over land, most of
     // it where the ground rises.
     const int side = _wetness.side();
-    tbb::parallel_for(0, side, [&](int row) {
+    SampleForEachLine(side, [&](int row) {
         float carried = 0.9f, previous = 0;
         for (int column = 0; column < side; ++column) {
             const float x = static_cast<float>(4 * column), y = static_cast<float>(4 * row);
@@ -33,7 +32,7 @@ SampleClimate::SampleClimate(std::uint64_t seed, const SampleLandform &landform)
         SampleSmooth(_wetness, 7, 14);
     // Weather is no straight line: read the rows from places that are bent north and south.
     const SampleGrid<float> rows = _wetness;
-    tbb::parallel_for(0, side, [&](int row) {
+    SampleForEachLine(side, [&](int row) {
         for (int column = 0; column < side; ++column) {
             const float x = static_cast<float>(4 * column), y = static_cast<float>(4 * row);
             const float bend = 130 * _noise.layered(x / 190 + 87, y / 190 + 29, 3);

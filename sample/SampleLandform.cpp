@@ -1,8 +1,7 @@
 #include "sample/SampleLandform.h"
 
+#include "sample/SampleParallel.h"
 #include "sample/SampleRandom.h"
-
-#include <tbb/parallel_for.h>
 
 #include <algorithm>
 #include <cmath>
@@ -15,7 +14,7 @@ constexpr float kWorldEdge = SamplePointsPerSide - 1;
 
 template <class Value, class Function>
 void fillInParallel(SampleGrid<Value> &grid, const Function &valueAt) {
-    tbb::parallel_for(0, grid.side(), [&](int y) {
+    SampleForEachLine(grid.side(), [&](int y) {
         for (int x = 0; x < grid.side(); ++x)
             grid(x, y) = valueAt(static_cast<float>(x * grid.spacing()),
                                  static_cast<float>(y * grid.spacing()));

@@ -1,9 +1,8 @@
 #include "sample/SamplePainter.h"
 
+#include "sample/SampleParallel.h"
 #include "sample/SampleRandom.h"
 #include "sample/SampleSmooth.h"
-
-#include <tbb/parallel_for.h>
 
 #include <cmath>
 
@@ -33,7 +32,7 @@ bool SamplePainter::isLake(float x, float y) const {
 
 /// Heights above the sea for land, below 0 for its floor.
 void SamplePainter::layGround(SampleGrid<float> &ground) const {
-    tbb::parallel_for(0, ground.side(), [&](int y) {
+    SampleForEachLine(ground.side(), [&](int y) {
         for (int x = 0; x < ground.side(); ++x) {
             const float px = static_cast<float>(x), py = static_cast<float>(y);
             if (_landform.isOpenSea(px, py)) {
@@ -63,7 +62,7 @@ SampleTerrain SamplePainter::paint(bool older) const {
     layGround(ground);
     SampleTerrain terrain;
     const float seaLevel = SampleLandHeights()[SampleSeaLevelIndex];
-    tbb::parallel_for(0, ground.side(), [&](int y) {
+    SampleForEachLine(ground.side(), [&](int y) {
         const int south = std::max(y - 1, 0), north = std::min(y + 1, ground.side() - 1);
         for (int x = 0; x < ground.side(); ++x) {
             const int west = std::max(x - 1, 0), east = std::min(x + 1, ground.side() - 1);

@@ -18,12 +18,12 @@ constexpr std::uint32_t kSecondsInAYear = 31557600;
 /// Adds the files of an archive until one cannot be written.
 class ArchiveFiller {
   public:
-    ArchiveFiller(const SampleWorld &world, const std::filesystem::path &path,
-                  std::uint32_t contentSubtype, ZPError *error)
+    ArchiveFiller(const SampleWorld &world, ZPAtomicFile &file, std::uint32_t contentSubtype,
+                  ZPError *error)
         : _options(world.options()),
-          _archive(path, {.blockSize = 1024, .contentType = 1, .contentSubtype = contentSubtype},
+          _archive(file, {.blockSize = 1024, .contentType = 1, .contentSubtype = contentSubtype},
                    SampleHash(_options.seed, 60 + contentSubtype)),
-          _error(error), _isWhole(_archive.open(error)) {}
+          _error(error) {}
 
     void add(std::uint32_t identifier, const std::vector<std::byte> &record) {
         _isWhole =
@@ -38,7 +38,7 @@ class ArchiveFiller {
     const SampleOptions &_options;
     SampleArchiveWriter _archive;
     ZPError *_error;
-    bool _isWhole;
+    bool _isWhole = true;
 };
 
 /// 256 colours, blue first, alpha last.
@@ -106,9 +106,8 @@ SampleFileEntry SampleStampedEntry(const SampleOptions &options, std::uint32_t i
     return entry;
 }
 
-bool SampleWritePortalArchive(const SampleWorld &world, const std::filesystem::path &path,
-                              ZPError *error) {
-    ArchiveFiller portal(world, path, 0, error);
+bool SampleWritePortalArchive(const SampleWorld &world, ZPAtomicFile &file, ZPError *error) {
+    ArchiveFiller portal(world, file, 0, error);
     SampleRandom random(SampleHash(world.options().seed, 70));
     for (std::uint32_t i = 1; i <= 48; ++i)
         portal.add(0x04000000 + i, paletteRecord(0x04000000 + i, random));
@@ -124,18 +123,16 @@ bool SampleWritePortalArchive(const SampleWorld &world, const std::filesystem::p
     return portal.finish();
 }
 
-bool SampleWriteHighresArchive(const SampleWorld &world, const std::filesystem::path &path,
-                               ZPError *error) {
-    ArchiveFiller highres(world, path, 1, error);
+bool SampleWriteHighresArchive(const SampleWorld &world, ZPAtomicFile &file, ZPError *error) {
+    ArchiveFiller highres(world, file, 1, error);
     SampleRandom random(SampleHash(world.options().seed, 71));
     for (std::uint32_t i = 1; i <= 24; ++i)
         highres.add(0x06000000 + i, imageRecord(0x06000000 + i, 64, random));
     return highres.finish();
 }
 
-bool SampleWriteLocalArchive(const SampleWorld &world, const std::filesystem::path &path,
-                             ZPError *error) {
-    ArchiveFiller local(world, path, 2, error);
+bool SampleWriteLocalArchive(const SampleWorld &world, ZPAtomicFile &file, ZPError *error) {
+    ArchiveFiller local(world, file, 2, error);
     std::vector<std::string_view> townNames;
     for (const SampleTown &town : world.towns())
         townNames.push_back(town.name);

@@ -1,6 +1,6 @@
 #include "sample/SampleSmooth.h"
 
-#include <tbb/parallel_for.h>
+#include "sample/SampleParallel.h"
 
 namespace {
 
@@ -25,10 +25,10 @@ void smoothLine(int length, int radius, const Reference &value) {
 
 void SampleSmooth(SampleGrid<float> &grid, int radiusAlongX, int radiusAlongY) {
     const int side = grid.side();
-    tbb::parallel_for(0, side, [&](int y) {
+    SampleForEachLine(side, [&](int y) {
         smoothLine(side, radiusAlongX, [&](int x) -> float & { return grid(x, y); });
     });
-    tbb::parallel_for(0, side, [&](int x) {
+    SampleForEachLine(side, [&](int x) {
         smoothLine(side, radiusAlongY, [&](int y) -> float & { return grid(x, y); });
     });
 }

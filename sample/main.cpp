@@ -1,19 +1,20 @@
 #include "io/ZPAtomicFile.h"
+#include "io/ZPOptionComplaints.h"
+#include "io/ZPOutputGate.h"
 #include "io/ZPProcess.h"
-#include "sample/SampleArchiveWriter.h"
+#include "io/ZPTerminal.h"
 #include "sample/SampleCells.h"
+#include "sample/SampleOwnFile.h"
 #include "sample/SampleRecords.h"
 #include "sample/SampleWorld.h"
 
 #include <charconv>
 #include <cstdio>
-#include <exception>
+#include <deque>
 #include <filesystem>
-#include <getopt.h>
 #include <optional>
 #include <string_view>
 #include <system_error>
-#include <unistd.h>
 
 namespace {
 
@@ -23,11 +24,15 @@ constexpr char kUsageText[] =
     "        --seed <number>      which world (default 3)\n"
     "        --cells <number>     how many dungeon cells, up to 4000000 (default 20000)\n"
     "        --older              the same world some years earlier\n"
-    "        --force              replace archives that this program did not make\n"
+    "        --force              replace files that this program did not make\n"
     "        --help               this text\n"
     "        --version            the program's version\n";
 
 constexpr std::uint32_t kMostCells = 4000000;
+
+void complain(const std::string &text) {
+    ZPComplain("plotterra-sample", text);
+}
 
 template <class Number>
 std::optional<Number> numberIn(std::string_view text) {
@@ -56,12 +61,13 @@ std::optional<CommandLine> parse(int argc, char **argv) {
                                               {"help", no_argument, nullptr, kHelp},
                                               {"version", no_argument, nullptr, kVersion},
                                               {nullptr, 0, nullptr, 0}};
+    ZPComplainOfOptions(argc, argv, "", kLongOptions);
     CommandLine line;
     for (int found; (found = getopt_long(argc, argv, "", kLongOptions, nullptr)) != -1;) {
         if (found == kSeed || found == kCells) {
             const auto number = numberIn<std::uint64_t>(optarg);
             if (!number || (found == kCells && *number > kMostCells)) {
-                std::fprintf(stderr, "plotterra-sample: not a number in range: '%s'\n", optarg);
+                complain(std::string("not a number in range: '") + optarg + "'");
                 return std::nullopt;
             }
             if (found == kSeed)
@@ -89,65 +95,67 @@ std::optional<CommandLine> parse(int argc, char **argv) {
 }
 
 bool report(const std::filesystem::path &path, const ZPError &error) {
-    std::fprintf(stderr, "plotterra-sample: cannot write %s: %s\n", path.c_str(),
-                 error.failureReason().c_str());
+    complain("cannot write " + path.string() + ": " + error.failureReason());
     return false;
 }
 
-using ArchiveWriter = bool (*)(const SampleWorld &, const std::filesystem::path &, ZPError *);
+bool writeTowns(const SampleWorld &world, ZPAtomicFile &file, ZPError *error) {
+    const std::string text = SampleSignedText(SamplePlotFile(world.towns()));
+    return file.write(std::as_bytes(std::span(text)), error);
+}
 
 constexpr struct {
     const char *name;
-    ArchiveWriter write;
-} kArchives[] = {{"client_portal.dat", SampleWritePortalArchive},
-                 {"client_highres.dat", SampleWriteHighresArchive},
-                 {"client_cell_1.dat", SampleWriteCellArchive},
-                 {"client_local_English.dat", SampleWriteLocalArchive}};
-constexpr char kTowns[] = "towns.txt";
+    bool (*write)(const SampleWorld &, ZPAtomicFile &, ZPError *);
+} kFiles[] = {{"client_portal.dat", SampleWritePortalArchive},
+              {"client_highres.dat", SampleWriteHighresArchive},
+              {"client_cell_1.dat", SampleWriteCellArchive},
+              {"client_local_English.dat", SampleWriteLocalArchive},
+              {"towns.txt", writeTowns}};
 
-/// A line on a terminal that tells what is under way; nothing anywhere else.
-class Progress {
-  public:
-    ~Progress() { show(""); }
-    void show(const char *text) {
-        if (_isTerminal)
-            std::fprintf(stderr, "\r\033[K%s%s", text, *text != '\0' ? " ..." : "");
+/// Whether something stands where this program wants to write that it did not make; says so. The
+/// archives of an installed game are not to be had back. Links and pipes are never its own.
+bool hasFileOfOthers(const std::filesystem::path &directory, bool replacesOthers) {
+    for (const auto &[name, write] : kFiles) {
+        const auto path = directory / name;
+        const auto status = std::filesystem::symlink_status(path);
+        if (!std::filesystem::exists(status) || std::filesystem::is_directory(status))
+            continue; // writing fails by itself on a directory
+        const bool isFile = std::filesystem::is_regular_file(status);
+        const char *reason =
+            isFile ? SampleReasonNotOwn(path) : "is no file but a link or a device";
+        if (reason == nullptr || (isFile && replacesOthers))
+            continue;
+        complain(path.string() + " " + reason + " and is left as it is; choose another directory" +
+                 (isFile ? ", or --force to replace it" : ""));
+        return true;
     }
-
-  private:
-    const bool _isTerminal = isatty(STDERR_FILENO) == 1;
-};
-
-/// The first file that another program has put where this one wants to write: the archives of an
-/// installed game are not to be had back.
-std::optional<std::filesystem::path> fileOfOthers(const std::filesystem::path &directory) {
-    bool hasOwn = false;
-    for (const auto &archive : kArchives) {
-        const auto path = directory / archive.name;
-        if (SampleIsSampleArchive(path))
-            hasOwn = true;
-        else if (std::filesystem::exists(std::filesystem::symlink_status(path)))
-            return path;
-    }
-    const auto towns = directory / kTowns;
-    if (!hasOwn && std::filesystem::exists(std::filesystem::symlink_status(towns)))
-        return towns;
-    return std::nullopt;
+    return false;
 }
 
+/// All files get their names when all are whole, or a disk that is full would leave half a world.
 bool writeWorld(const SampleOptions &options, const std::filesystem::path &directory) {
-    Progress progress;
-    progress.show("shaping the land");
-    const SampleWorld world(options);
     ZPError error;
-    for (const auto &archive : kArchives) {
-        const auto path = directory / archive.name;
-        progress.show(path.c_str());
-        if (!archive.write(world, path, &error))
+    std::deque<ZPAtomicFile> files;
+    for (const auto &[name, write] : kFiles)
+        if (!files.emplace_back(directory / name).open(&error))
+            return report(directory / name, error);
+    ZPProgressLine progress;
+    progress.show("shaping the land ...");
+    const SampleWorld world(options);
+    for (std::size_t place = 0; place < files.size(); ++place) {
+        const auto path = directory / kFiles[place].name;
+        progress.show(std::string(kFiles[place].name) + " ...");
+        if (!kFiles[place].write(world, files[place], &error))
             return report(path, error);
     }
-    const auto towns = directory / kTowns;
-    return ZPWriteTextToPath(SamplePlotFile(world.towns()), towns, &error) || report(towns, error);
+    for (const auto &[name, write] : kFiles)
+        if (!ZPMayWrite(directory / name, &error))
+            return report(directory / name, error);
+    for (std::size_t place = 0; place < files.size(); ++place)
+        if (!files[place].commit(&error))
+            return report(directory / kFiles[place].name, error);
+    return true;
 }
 
 int run(const CommandLine &line) {
@@ -155,24 +163,17 @@ int run(const CommandLine &line) {
     std::error_code fault;
     std::filesystem::create_directories(line.directory, fault);
     if (fault) {
-        std::fprintf(stderr, "plotterra-sample: cannot create %s: %s\n", line.directory.c_str(),
-                     fault.message().c_str());
+        complain("cannot create " + line.directory.string() + ": " + fault.message());
         return 1;
     }
-    if (const auto path = line.replacesOthers ? std::nullopt : fileOfOthers(line.directory)) {
-        std::fprintf(stderr,
-                     "plotterra-sample: %s is not of a sample world and is left as it is; choose "
-                     "another directory, or --force to replace it\n",
-                     path->c_str());
+    if (hasFileOfOthers(line.directory, line.replacesOthers))
         return 1;
-    }
+    if (!line.replacesOthers)
+        ZPSetOutputGuard(&SampleReasonNotOwn);
     return writeWorld(line.options, line.directory) ? 0 : 1;
 }
 
-} // namespace
-
-int main(int argc, char **argv) {
-    ZPPrepareProcess();
+int runWithArguments(int argc, char **argv) {
     const std::optional<CommandLine> line = parse(argc, argv);
     if (!line) {
         std::fputs(kUsageText, stderr);
@@ -186,10 +187,11 @@ int main(int argc, char **argv) {
         std::puts("plotterra-sample " PLOTTERRA_VERSION);
         return 0;
     }
-    try {
-        return run(*line);
-    } catch (const std::exception &exception) {
-        std::fprintf(stderr, "plotterra-sample: %s\n", exception.what());
-        return 1;
-    }
+    return run(*line);
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+    ZPEndProcess(runWithArguments(argc, argv));
 }

@@ -1,13 +1,12 @@
 #include "tool/MapRun.h"
 
 #include "game/WQKnownDungeons.h"
+#include "io/ZPOutputGate.h"
 #include "io/ZPStage.h"
 #include "io/ZPSystemLog.h"
-#include "tool/PlotFile.h"
+#include "map/overlay/WQPlotFile.h"
 
 #include <cstdlib>
-#include <exception>
-#include <new>
 
 namespace {
 
@@ -33,7 +32,7 @@ void configure(WQMapper &mapper, const Options &options) {
     mapper.updateLandColors(WQMapColorScheme());
     mapper.setLightVector({-0.5f, 0.5f, 0.707107f});
     if (options.plotPath)
-        mapper.setCoordinates(readPlotFile(*options.plotPath));
+        mapper.setCoordinates(WQReadPlotFile(*options.plotPath));
 }
 
 /// Logs "error <what>: <error>", with (null) for a failure that came without an error.
@@ -41,20 +40,27 @@ void logFailure(const char *what, const ZPError &error) {
     ZPLog("error %s: %s", what, error.domain.empty() ? "(null)" : error.description().c_str());
 }
 
+/// Whether a file may be written, before the work for it is done; says why not.
+bool announceOutput(const char *what, const std::string &path) {
+    ZPError error;
+    if (ZPAnnounceOutput(path, &error))
+        return true;
+    ZPLog("error %s: %s: %s; nothing is drawn", what, path.c_str(), error.failureReason().c_str());
+    return false;
+}
+
+void hintAtOrder(const Options &options) {
+    std::error_code fault;
+    if (std::filesystem::is_directory(options.givenOutputPath, fault) &&
+        !std::filesystem::is_directory(options.inputPath, fault))
+        ZPLog("%s is no directory, but %s is one: the directory with the archives comes first, "
+              "then the picture.",
+              options.inputPath.c_str(), options.givenOutputPath.c_str());
+}
+
 } // namespace
 
 int MapRun::run(int argc, char *argv[]) {
-    try {
-        return runWithArguments(argc, argv);
-    } catch (const std::bad_alloc &) {
-        ZPLog("Error: there is not enough memory to go on.");
-    } catch (const std::exception &exception) {
-        ZPLog("Error: %s", exception.what());
-    }
-    return EXIT_SUCCESS;
-}
-
-int MapRun::runWithArguments(int argc, char *argv[]) {
     // Builds the shared table and logs its size, ahead of everything else.
     WQKnownDungeonNames();
     if (argc < 3) {
@@ -80,13 +86,19 @@ void MapRun::drawAsAsked(const Options &options) {
     _clientData = loadClientData(options.inputPath);
     _mapper = std::make_unique<WQMapper>(*_clientData);
     configure(*_mapper, options);
+    const bool savesChanges = options.changesPath && _oldClientData != nullptr;
+    if (!announceOutput(options.heightMap ? "saving height map" : "saving map",
+                        options.outputPath) ||
+        (savesChanges && !announceOutput("saving changes", *options.changesPath)))
+        return;
     const bool isSaved = options.heightMap ? saveHeightMap(options) : saveMap(options);
-    if (options.changesPath && _oldClientData != nullptr)
+    if (savesChanges)
         saveChanges(options);
     // At the very end, where it cannot be overlooked: the run looks like a success otherwise.
     if (isSaved)
         for (const std::string &shortcoming : _mapper->shortcomings())
             ZPLog("%s", shortcoming.c_str());
+    hintAtOrder(options);
 }
 
 bool MapRun::saveHeightMap(const Options &options) {

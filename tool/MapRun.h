@@ -9,13 +9,11 @@
 /// until it goes, so that a program which ends with it need not take it apart.
 class MapRun {
   public:
-    /// Does what the arguments ask for and logs what fails, also for want of memory or of threads;
-    /// `argv` is permuted, as getopt does. The result is the exit status: 2 for a usage error, else
-    /// 0.
+    /// Does what the arguments ask for and logs what fails; `argv` is permuted, as getopt does. The
+    /// result is the exit status: 2 for a usage error, else 0.
     [[nodiscard]] int run(int argc, char *argv[]);
 
   private:
-    int runWithArguments(int argc, char *argv[]);
     void drawAsAsked(const Options &options);
     bool saveHeightMap(const Options &options);
     bool saveMap(const Options &options);

@@ -1,9 +1,10 @@
 #include "tool/Options.h"
 
+#include "io/ZPOptionComplaints.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <getopt.h>
 #include <limits>
 
 namespace {
@@ -37,6 +38,7 @@ constexpr char kVersion[] = "v3 (Compiled: Jan 11 2016 03:11:02)";
 } // namespace
 
 std::optional<Options> parseOptions(int argc, char *argv[]) {
+    ZPComplainOfOptions(argc, argv, kShortOptions, kLongOptions);
     Options options;
     bool isUsageError = false;
     int value;
@@ -57,7 +59,8 @@ std::optional<Options> parseOptions(int argc, char *argv[]) {
     if (isUsageError || argc - optind < 2)
         return std::nullopt;
     options.inputPath = argv[optind];
-    options.outputPath = pathWithPNGExtension(argv[optind + 1]);
+    options.givenOutputPath = argv[optind + 1];
+    options.outputPath = pathWithPNGExtension(options.givenOutputPath);
     return options;
 }
 

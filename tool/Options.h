@@ -18,6 +18,8 @@ struct Options {
     std::optional<std::string> changesPath;
     std::string inputPath;
     std::string outputPath;
+    /// The second word itself.
+    std::string givenOutputPath;
 };
 
 /// None on a usage error, after the parser's own complaint, if it has one.

@@ -1,14 +1,22 @@
+#include "archive/ZPGorvaneArchiveGuard.h"
+#include "io/ZPAbandonProcess.h"
+#include "io/ZPOutputGate.h"
 #include "io/ZPProcess.h"
 #include "tool/MapRun.h"
 
-#include <cstdio>
 #include <cstdlib>
 
+namespace {
+
+/// Whatever becomes of a map is in the log; the status tells whether the command line was sound.
+[[gnu::constructor(102)]] void chooseStatusOfFailure() {
+    ZPSetStatusOfFailure(EXIT_SUCCESS);
+}
+
+} // namespace
+
 int main(int argc, char *argv[]) {
-    ZPPrepareProcess();
+    ZPSetOutputGuard(&ZPGorvaneReasonToKeep);
     MapRun run;
-    const int status = run.run(argc, argv);
-    // Everything is written. The system takes memory back faster than it is freed piece by piece.
-    std::fflush(stdout);
-    std::quick_exit(status);
+    ZPEndProcess(run.run(argc, argv));
 }

@@ -10,7 +10,13 @@ struct WebOptions {
     std::string title = "Ostvale";
     std::string inputPath;
     std::string outputPath;
+    /// The second word itself.
+    std::string givenOutputPath;
 };
+
+/// The path with the ending ".html" added, unless it has that or ".htm", or leads to a device or a
+/// pipe: without it no browser opens the page.
+std::string pathWithPageEnding(const std::string &path);
 
 /// What a command line comes to: options, or the status to leave with after what it asked for, or
 /// what is wrong with it, was printed.

@@ -1,9 +1,10 @@
 #include "web_tool/WebRun.h"
 
 #include "io/ZPAtomicFile.h"
+#include "io/ZPOutputGate.h"
 #include "io/ZPStage.h"
 #include "io/ZPSystemLog.h"
-#include "tool/PlotFile.h"
+#include "map/overlay/WQPlotFile.h"
 #include "web/WQWebPage.h"
 
 #include <cstdlib>
@@ -27,6 +28,11 @@ std::optional<WQWebLand> readLand(WQClientData &clientData,
     return land;
 }
 
+bool fail(const std::string &path, const ZPError &error) {
+    ZPLog("Error: %s: %s", path.c_str(), error.failureReason().c_str());
+    return false;
+}
+
 bool writePage(const WQWebContent &content, const std::string &path) {
     std::string page;
     {
@@ -35,10 +41,10 @@ bool writePage(const WQWebContent &content, const std::string &path) {
     }
     const ZPStage stage("write");
     ZPError error;
-    if (ZPWriteTextToPath(page, path, &error))
-        return true;
-    ZPLog("Error: %s: %s", path.c_str(), error.failureReason().c_str());
-    return false;
+    if (!ZPWriteTextToPath(page, path, &error))
+        return fail(path, error);
+    ZPLog("The page is written to %s", path.c_str());
+    return true;
 }
 
 } // namespace
@@ -48,19 +54,27 @@ int runWeb(const WebOptions &options) {
     content.title = options.title;
     std::vector<WQMapPoint> places;
     if (options.plotPath)
-        places = readPlotFile(*options.plotPath);
+        places = WQReadPlotFile(*options.plotPath);
     content.places = places;
 
     const auto clientData = loadClientData(options.inputPath);
     content.worldInfo = clientData->worldInfo();
     if (content.worldInfo == nullptr)
         ZPLog("Error: there is no region record (13000000); the land is taken to be flat.");
+    else if (const std::string fault = content.worldInfo->faultInLandHeights(); !fault.empty())
+        ZPLog("Error: %s; they are taken to be 0", fault.c_str());
 
-    std::unique_ptr<WQClientData> oldClientData;
+    const auto oldClientData = options.oldPath ? loadClientData(*options.oldPath) : nullptr;
+    ZPError error;
+    // Whoever names an archive as the page is mistaken, whatever ending is added to its name.
+    if (!ZPMayWrite(options.givenOutputPath, &error) ||
+        !ZPAnnounceOutput(options.outputPath, &error)) {
+        fail(options.givenOutputPath, error);
+        return EXIT_FAILURE;
+    }
     std::optional<WQDataFileComparison> comparison;
     std::optional<WQWebLand> olderLand;
-    if (options.oldPath) {
-        oldClientData = loadClientData(*options.oldPath);
+    if (oldClientData != nullptr) {
         olderLand = readLand(*oldClientData, nullptr);
         if (!olderLand)
             return EXIT_FAILURE;

@@ -1,9 +1,9 @@
+#include "archive/ZPGorvaneArchiveGuard.h"
 #include "io/ZPLogSink.h"
+#include "io/ZPOutputGate.h"
 #include "io/ZPProcess.h"
 #include "web_tool/WebRun.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <unistd.h>
 
 namespace {
@@ -18,11 +18,8 @@ void takeLogLine(std::string_view line) {
 } // namespace
 
 int main(int argc, char *argv[]) {
-    ZPPrepareProcess();
+    ZPSetOutputGuard(&ZPGorvaneReasonToKeep);
     ZPSetLogSink(&takeLogLine);
     const WebCommandLine commandLine = parseWebOptions(argc, argv);
-    const int status = commandLine.options ? runWeb(*commandLine.options) : commandLine.status;
-    // The system takes memory back faster than it is freed piece by piece.
-    std::fflush(stdout);
-    std::quick_exit(status);
+    ZPEndProcess(commandLine.options ? runWeb(*commandLine.options) : commandLine.status);
 }
