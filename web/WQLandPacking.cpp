@@ -1,11 +1,11 @@
 #include "web/WQLandPacking.h"
+#include "io/ZPParallel.h"
+#include "io/ZPThreadValues.h"
 
 #include <algorithm>
 #include <functional>
 #include <isa-l/igzip_lib.h>
 #include <new>
-#include <tbb/enumerable_thread_specific.h>
-#include <tbb/parallel_for.h>
 
 namespace {
 
@@ -110,7 +110,7 @@ class Pieces {
     void pack(const std::vector<Plane> &planes, const WQBlockFlags &blocks) {
         const std::size_t first = _pieces.size(), bands = planes.size() * kBandsPerPlane;
         _pieces.resize(first + bands + 1);
-        tbb::parallel_for(std::size_t{0}, bands + 1, [&](std::size_t index) {
+        ZPParallelFor(bands + 1, [&](std::size_t index) {
             Workshop &workshop = _workshops.local();
             workshop.bytes.clear();
             if (index == bands) {
@@ -133,7 +133,7 @@ class Pieces {
     }
 
   private:
-    tbb::enumerable_thread_specific<Workshop> _workshops;
+    ZPThreadValues<Workshop> _workshops;
     std::vector<ZPData> _pieces;
 };
 

@@ -2,8 +2,10 @@
 
 #include "game/WQKnownDungeons.h"
 #include "io/ZPText.h"
+#include "map/png/WQAdler32.h"
 #include "web/WQWebAssets.h"
 
+#include <cmath>
 #include <nlohmann/json.hpp>
 #include <openssl/evp.h>
 
@@ -99,7 +101,7 @@ json description(const WQWebContent &content) {
     json heights = json::array(), landTypes = json::array(), places = json::array();
     if (content.worldInfo != nullptr) {
         for (const float height : content.worldInfo->actualLandHeights())
-            heights.push_back(height);
+            heights.push_back(std::isfinite(height) ? height : 0);
         for (const WQLandInfo &landType : content.worldInfo->landTypes())
             landTypes.push_back(landType.name());
     }
@@ -115,20 +117,29 @@ json description(const WQWebContent &content) {
             {"dungeons", knownDungeons()}};
 }
 
-std::string packedLand(const WQWebContent &content) {
+ZPData packedLand(const WQWebContent &content) {
     const WQPackableLand land{*content.land->grid, content.land->blocks};
     if (content.olderLand == nullptr)
-        return base64(WQPackLand(land, nullptr));
+        return WQPackLand(land, nullptr);
     const WQPackableLand olderLand{*content.olderLand->grid, content.olderLand->blocks};
-    return base64(WQPackLand(land, &olderLand));
+    return WQPackLand(land, &olderLand);
+}
+
+/// By which the page knows that its land is as it was written.
+std::uint32_t checksum(std::span<const std::byte> bytes) {
+    WQAdler32 checksum;
+    checksum.append(bytes);
+    return checksum.value();
 }
 
 } // namespace
 
 std::string WQWebPageWithContent(const WQWebContent &content) {
+    const ZPData packed = packedLand(content);
+    json known = description(content);
+    known["landChecksum"] = checksum(packed);
     const std::string title = escapedText(content.title), rules = policy(),
-                      descriptionText = embeddedText(description(content)),
-                      land = packedLand(content);
+                      descriptionText = embeddedText(known), land = base64(packed);
     const auto textForName = [&](std::string_view name) -> std::string_view {
         if (name == "title")
             return title;

@@ -1,28 +1,23 @@
 // What changed since the older land: a list of blocks by kind, and a swipe between then and now.
-import {blockText, textOfPlace} from './coordinates.js';
+import {changesOfBlock} from './blockchanges.js';
+import {CHANGE_KINDS, kindsOfChange} from './changekinds.js';
+import {blockText, placeOfBlock, textOfPlace} from './coordinates.js';
 import {make} from './dom.js';
-import {CELLS, isBlockOfMap, LAND_FLAG} from './land.js';
-import {placeOfBlock} from './search.js';
+import {blockNumberAt, CELLS, isBlockOfMap} from './land.js';
+import {CHANGE_LABELS} from './legend.js';
 
-export const CHANGE_KINDS = [
-    ['changed', 'Changed', block => block.flags & LAND_FLAG.changed],
-    ['added', 'Added', block => block.flags & LAND_FLAG.added],
-    ['removed', 'Removed', block => block.flags & LAND_FLAG.removed],
-    ['gone', 'Land gone', block => block.isGone],
-    ['new', 'New land', block => block.isNew],
-];
-const ROWS_AT_ONCE = 300;
+const ROWS_AT_ONCE = 100;
 
 /**
- * Every block of which a file came, went or changed, by number; also those that a file is named
- * after but that are not on the map, so that there are as many as in Plotterra's list.
+ * Every block of which a file came, went or changed: its number and what became of it; also those that a
+ * file is named after but that are not on the map, so that there are as many as in Plotterra's list.
  */
 export function changedBlocks(world) {
     const blocks = [];
     world.newer.blocks.forEach((flags, number) => {
-        const hasLand = (flags & LAND_FLAG.data) !== 0, hadLand = (world.older.blocks[number] & LAND_FLAG.data) !== 0;
-        if (flags & (LAND_FLAG.added | LAND_FLAG.removed | LAND_FLAG.changed))
-            blocks.push({number, flags, isGone: hadLand && !hasLand, isNew: hasLand && !hadLand});
+        const kinds = kindsOfChange(flags, world.older.blocks[number]);
+        if (kinds.length > 0)
+            blocks.push({number, kinds});
     });
     return blocks;
 }
@@ -31,9 +26,9 @@ export class ChangePanel {
     /** `go` is called with the number of a block and its middle. */
     constructor(world, settings, go) {
         Object.assign(this, {world, settings, go});
-        this.blocks = changedBlocks(world);
-        this.kinds = new Set(CHANGE_KINDS.map(([kind]) => kind));
         this.rows = ROWS_AT_ONCE;
+        this.filters = new Map();
+        this.counts = new Map();
         this.list = make('ol', {class: 'changes'});
         this.count = make('p', {class: 'count', role: 'status'});
         this.switches = [['changes', 'Mark changed blocks'], ['swipe', 'Swipe between then and now']].map(([name, label]) => {
@@ -45,18 +40,30 @@ export class ChangePanel {
         this.switches.push(make('label', {class: 'choice'}, difference, 'Difference of heights (blue sunk, red risen)'));
         this.element = make('div', {}, make('fieldset', {}, make('legend', {}, 'On the map'), ...this.switches),
             make('fieldset', {}, make('legend', {}, 'Kinds'), ...CHANGE_KINDS.map(kind => this.filter(kind))), this.count, this.list);
-        settings.listen(() => this.follow());
+        settings.listen(names => {
+            this.follow();
+            if (names.has('kinds'))
+                this.draw();
+        });
+        world.filled.listen(() => this.fill());
+        this.fill();
         this.follow();
+    }
+
+    fill() {
+        this.blocks = changedBlocks(this.world);
+        for (const [kind, element] of this.counts)
+            element.textContent = `${CHANGE_LABELS[kind]}: ${this.blocks.filter(({kinds}) => kinds.includes(kind)).length}`;
         this.draw();
     }
 
-    filter([kind, label, test]) {
-        const count = this.blocks.filter(test).length;
-        const input = make('input', {type: 'checkbox', name: `kind-${kind}`, checked: true, onchange: () => {
-            this.kinds[input.checked ? 'add' : 'delete'](kind);
-            this.draw();
-        }});
-        return make('label', {class: 'choice'}, input, make('span', {class: `swatch ${kind}`}), `${label}: ${count}`);
+    /** A switch for a kind, in the list and on the map. */
+    filter(kind) {
+        this.counts.set(kind, make('span', {}));
+        const input = make('input', {type: 'checkbox', name: `kind-${kind}`, onchange: () => this.settings.set({
+            kinds: CHANGE_KINDS.filter(each => each === kind ? input.checked : this.settings.get('kinds').includes(each))})});
+        this.filters.set(kind, input);
+        return make('label', {class: 'choice'}, input, make('span', {class: `swatch ${kind}`}), this.counts.get(kind));
     }
 
     follow() {
@@ -65,11 +72,14 @@ export class ChangePanel {
                 input.checked = this.settings.get('base') === 'difference';
             else if (input.name === 'changes' || input.name === 'swipe')
                 input.checked = this.settings.get(input.name);
+        // There is no line to be drawn over the relief.
+        this.element.querySelector('[name=swipe]').disabled = this.settings.get('relief');
+        for (const [kind, input] of this.filters)
+            input.checked = this.settings.get('kinds').includes(kind);
     }
 
     draw() {
-        const tests = CHANGE_KINDS.filter(([kind]) => this.kinds.has(kind));
-        const shown = this.blocks.filter(block => tests.some(([, , test]) => test(block)));
+        const wanted = this.settings.get('kinds'), shown = this.blocks.filter(({kinds}) => kinds.some(kind => wanted.includes(kind)));
         this.count.textContent = `${shown.length} of ${this.blocks.length} blocks`;
         this.list.replaceChildren(...shown.slice(0, this.rows).map(block => this.row(block)));
         if (shown.length > this.rows)
@@ -80,14 +90,22 @@ export class ChangePanel {
     }
 
     row(block) {
-        const kinds = CHANGE_KINDS.filter(([, , test]) => test(block));
+        const first = block.kinds.find(kind => this.settings.get('kinds').includes(kind));
         const corner = {x: (block.number >> 8) * CELLS, y: (block.number & 0xFF) * CELLS};
         const name = this.world.dungeonNames.get(block.number), hasPlace = isBlockOfMap(block.number);
         return make('li', {}, make('button', {class: 'row', disabled: !hasPlace, onclick: () => this.go(block.number, placeOfBlock(block.number))},
-            make('span', {class: `swatch ${kinds[0][0]}`}), make('code', {}, blockText(block.number)),
+            make('span', {class: `swatch ${first}`}), make('code', {}, blockText(block.number)),
             hasPlace ? ` ${textOfPlace(corner)} ` : ' not on the map ',
-            make('span', {class: 'detail'}, kinds.map(([, label]) => label.toLowerCase()).join(', ') + (name ? ` – ${name}` : ''))));
+            make('span', {class: 'detail'}, block.kinds.map(kind => CHANGE_LABELS[kind].toLowerCase()).join(', ') + (name ? ` – ${name}` : ''))));
     }
+}
+
+/** What changed in the block under a place; null where nothing did. */
+export function changesHere(world, {x, y}) {
+    const changes = changesOfBlock(world, blockNumberAt(x, y));
+    return changes && make('div', {class: 'changes-here'}, ...changes.kinds.map(kind =>
+        make('span', {class: 'key'}, make('span', {class: `swatch ${kind}`}), CHANGE_LABELS[kind])),
+    make('ul', {}, ...changes.lines.map(line => make('li', {}, line))));
 }
 
 /** The line between then (to its left) and now, which can be dragged. */
@@ -106,7 +124,8 @@ export class Swipe {
     }
 
     follow() {
-        const isShown = this.settings.get('swipe');
+        // The relief has no line to be drawn over it.
+        const isShown = this.settings.get('swipe') && !this.settings.get('relief');
         this.handle.hidden = !isShown;
         this.flat.showOlder(isShown);
         this.cut();

@@ -6,7 +6,6 @@ export const WATER_TYPES = [16, 17, 18, 19, 20, 22];
 const BRIGHT_WATER = [0, 0, 130];
 const NO_SUCH_TYPE = [255, 0, 0];
 const ROAD_BROUGHT_OUT = [196, 40, 28];
-const NOT_PICKED = [226, 226, 222];
 
 /** The colours of the 33 land types under the view's settings. */
 export function typeColors(colors, view) {
@@ -23,19 +22,21 @@ export function typeColors(colors, view) {
     return changed;
 }
 
-/** 256 x 3 components, by the terrain word's low byte; types that are not picked are faded. */
+/** 256 x 3 components, by the terrain word's low byte; types that are not picked are grey and dim. */
 export function byteColors(colors, view) {
-    const table = new Float32Array(256 * 3), types = typeColors(colors, view);
+    const table = new Float32Array(256 * 3), types = typeColors(colors, {...view, roads: false});
     const picked = new Set(view.types);
     for (let low = 0; low < 256; ++low) {
         const type = landTypeOfByte(low);
         let color = types[type] || NO_SUCH_TYPE;
         if (picked.size > 0 && !picked.has(type))
-            color = color.map((component, index) => component * 0.18 + NOT_PICKED[index] * 0.82);
+            color = dimmed(color);
         table.set(color, low * 3);
     }
     return table;
 }
+
+const dimmed = ([red, green, blue]) => [1, 1, 1.06].map(part => (0.3 * red + 0.59 * green + 0.11 * blue) * 0.42 * part + 8);
 
 /** Colours for a share from 0 to 1, 256 of them, between stops `[share, [red, green, blue]]`. */
 export function ramp(stops) {

@@ -1,5 +1,5 @@
 // Places in points (x to the east, y to the north, 0 to 2040), in map units and as text.
-import {LAND_SIZE} from './land.js';
+import {CELLS, LAND_SIZE} from './land.js';
 
 const OFFSET = 101.9;
 const POINTS_PER_UNIT = 10;
@@ -28,6 +28,11 @@ export function placeOfText(text) {
     const north = Number(match[1]) * (/s/i.test(match[2]) ? -1 : 1);
     const east = Number(match[3]) * (/w/i.test(match[4]) ? -1 : 1);
     return Number.isFinite(north + east) ? {x: pointOfUnit(east), y: pointOfUnit(north)} : undefined;
+}
+
+/** The middle of a block. */
+export function placeOfBlock(number) {
+    return {x: ((number >> 8) + 0.5) * CELLS, y: ((number & 0xFF) + 0.5) * CELLS};
 }
 
 export const blockText = number => number.toString(16).toUpperCase().padStart(4, '0');

@@ -12,10 +12,20 @@ export function make(tag, attributes = {}, ...children) {
     return element;
 }
 
+/** A part of a drawing, as `make` does. */
+export function makeShape(tag, attributes = {}, ...children) {
+    const element = document.createElementNS('http://www.w3.org/2000/svg', tag);
+    for (const [name, value] of Object.entries(attributes))
+        element.setAttribute(name, value);
+    element.append(...children);
+    return element;
+}
+
 export const find = id => document.getElementById(id);
 
+/** Of an element; none where the file was cut short before it. */
 export function textOf(id) {
-    return find(id).textContent;
+    return find(id) ? find(id).textContent : '';
 }
 
 /** A file for the reader to keep. */

@@ -16,22 +16,40 @@ export function landTypeOfByte(low) {
     return low & 3 ? ROAD : low >> 2;
 }
 
+/** Of a land that is not there yet. */
+const NOTHING = {heights: new Uint8Array(0), low: new Uint8Array(0), high: new Uint8Array(0), blocks: new Uint8Array(0x10000), present: new Uint8Array(0)};
+
+const PLANES = ['heights', 'low', 'high', 'blocks', 'present'];
+
 export class Land {
-    /**
-     * `planes`: Uint8Arrays `heights` (height indexes), `low`, `high` (bytes of the terrain words)
-     * and `blocks`; `table`: the 256 real heights, empty where the land is flat.
-     */
-    constructor(planes, table) {
-        Object.assign(this, planes);
-        this.planes = planes;
+    /** `table`: the 256 real heights, empty where the land is flat; `planes`: see `fill`. */
+    constructor(table, planes = NOTHING) {
         this.table = Float32Array.from({length: 256}, (_, index) => table[index] || 0);
         // The picture takes heights as whole numbers of 16 bits.
         this.elevations = this.table.map(height => (Math.trunc(height) & 0xFFFF) / UNITS_PER_CELL);
-        this.present = presentPoints(this.blocks);
+        this.fill(planes);
+    }
+
+    /**
+     * `planes`: Uint8Arrays `heights` (height indexes), `low`, `high` (bytes of the terrain words)
+     * and `blocks`, and `present` where it was reckoned before.
+     */
+    fill({heights, low, high, blocks, present = presentPoints(blocks)}) {
+        Object.assign(this, {heights, low, high, blocks, present});
+    }
+
+    /** The planes once more, for another to keep. */
+    copyPlanes() {
+        return Object.fromEntries(PLANES.map(name => [name, this[name].slice()]));
+    }
+
+    /** The same land with other height indexes at its points. */
+    withHeights(heights) {
+        return Object.assign(Object.create(Land.prototype), this, {heights});
     }
 
     has(x, y) {
-        return x >= 0 && y >= 0 && x < LAND_SIZE && y < LAND_SIZE && this.present[y * LAND_SIZE + x] === 1;
+        return x >= 0 && y >= 0 && x < LAND_SIZE && y < LAND_SIZE && this.present[y * LAND_SIZE + x] > 0;
     }
 
     typeAt(x, y) {
@@ -53,16 +71,34 @@ export class Land {
     }
 }
 
-/** A byte for each point: whether any of the blocks that it belongs to has land. */
+/** How many points have each land type: `[type, count]`, the most frequent first. */
+export function countTypes({low, present}) {
+    const byByte = new Uint32Array(256), counts = new Map();
+    for (let index = 0; index < low.length; ++index)
+        byByte[low[index]] += present[index] > 0 ? 1 : 0;
+    byByte.forEach((count, byte) => {
+        if (count > 0)
+            counts.set(landTypeOfByte(byte), (counts.get(landTypeOfByte(byte)) || 0) + count);
+    });
+    return [...counts].sort((a, b) => b[1] - a[1]);
+}
+
+/** A byte for each point: 1 where any of the blocks that it belongs to has land, 2 where its four neighbours have it, too. */
 function presentPoints(blocks) {
-    const present = new Uint8Array(LAND_SIZE * LAND_SIZE);
-    for (let column = 0; column < BLOCKS; ++column)
-        for (let row = 0; row < BLOCKS; ++row)
-            if (blocks[column << 8 | row] & LAND_FLAG.data)
-                for (let j = 0; j <= CELLS; ++j) {
-                    const start = (row * CELLS + j) * LAND_SIZE + column * CELLS;
-                    present.fill(1, start, start + CELLS + 1);
-                }
+    const present = new Uint8Array(LAND_SIZE * LAND_SIZE), hasLand = (column, row) => (blocks[column << 8 | row] & LAND_FLAG.data) !== 0;
+    for (let row = 0; row < BLOCKS; ++row)
+        for (let column = 0; column < BLOCKS;) {
+            let end = column;
+            while (end < BLOCKS && hasLand(end, row))
+                ++end;
+            for (let y = row * CELLS; end > column && y <= (row + 1) * CELLS; ++y)
+                present.fill(1, y * LAND_SIZE + column * CELLS, y * LAND_SIZE + end * CELLS + 1);
+            column = end + 1;
+        }
+    for (let y = 1; y < LAND_SIZE - 1; ++y)
+        for (let at = y * LAND_SIZE + 1, end = at + LAND_SIZE - 2; at < end; ++at)
+            if (present[at] && present[at - 1] && present[at + 1] && present[at - LAND_SIZE] && present[at + LAND_SIZE])
+                present[at] = 2;
     return present;
 }
 

@@ -14,8 +14,8 @@ export function lightOfSlope(dx, dy, light) {
 }
 
 /**
- * Light at a land point: from the triangles to those of its neighbours that have land. NaN where
- * there are none, as for a point all by itself.
+ * Light at a land point: from the triangles to those of its neighbours that have land, of which there
+ * are always some, since land comes by the block.
  */
 export function lightAtPoint(land, x, y, light, slope) {
     const center = elevationAt(land, x, y);

@@ -6,31 +6,42 @@
 //     show=contours,-grid  layers on and off           types=3,16
 //     mark=24.2S,57.0E,Camp   one mark
 import {isInWorld, placeOfText, textOfPlace} from './coordinates.js';
+import {SETTINGS} from './settings.js';
 
-const RELIEF_SETTINGS = [['rise', 'exaggeration'], ['sea', 'seaLevel'], ['haze', 'haze']];
+const FLAGS = Object.keys(SETTINGS).filter(name => typeof SETTINGS[name].usual === 'boolean' && SETTINGS[name].isInAddress !== false);
 
-const number = (text, fallback) => Number.isFinite(Number(text)) && text !== '' ? Number(text) : fallback;
+/** Other settings by what links call them; those of one name stand there one after the other. */
+const VALUES = new Map();
+for (const [name, {link}] of Object.entries(SETTINGS))
+    if (link)
+        VALUES.set(link, [...VALUES.get(link) || [], name]);
 
 /** `state`: `{place, zoom, settings, relief, mark}`; `usual`: settings that need not be said. */
 export function fragmentOfState({place, zoom, settings, relief, mark}, usual) {
-    const parts = [`at=${textOfPlace(place, 2).replace(' ', ',')}`, `zoom=${Math.round(zoom * 100) / 100}`];
+    const parts = [`at=${textInAddress(place)}`, `zoom=${Math.round(zoom * 100) / 100}`];
     if (relief)
         parts.push(`relief=${Math.round(relief.heading)},${Math.round(relief.tilt)}`);
-    for (const [name, setting] of RELIEF_SETTINGS)
-        if (settings[setting] !== usual[setting])
-            parts.push(`${name}=${settings[setting]}`);
-    if (settings.base !== usual.base)
-        parts.push(`base=${settings.base}`);
-    if (settings.azimuth !== usual.azimuth || settings.altitude !== usual.altitude)
-        parts.push(`light=${settings.azimuth},${settings.altitude}`);
-    const shown = Object.keys(usual).filter(name => typeof usual[name] === 'boolean' && name !== 'relief' && settings[name] !== usual[name]);
+    parts.push(...partsOfSettings(settings, usual));
+    if (mark)
+        parts.push(`mark=${textInAddress(mark)},${encodeURIComponent(mark.name)}`);
+    return `#${parts.join('&')}`;
+}
+
+/** Settings that differ from what is usual. */
+function partsOfSettings(settings, usual) {
+    const differs = name => String(settings[name]) !== String(usual[name]), shown = FLAGS.filter(differs), parts = [];
+    for (const [link, names] of VALUES)
+        if (names.some(differs))
+            parts.push(`${link}=${names.map(name => settings[name]).join(',')}`);
     if (shown.length > 0)
         parts.push(`show=${shown.map(name => settings[name] ? name : `-${name}`).join(',')}`);
-    if (settings.types.length > 0)
-        parts.push(`types=${settings.types.join(',')}`);
-    if (mark)
-        parts.push(`mark=${textOfPlace(mark, 2).replace(' ', ',')},${encodeURIComponent(mark.name)}`);
-    return `#${parts.join('&')}`;
+    return parts;
+}
+
+/** What is remembered of settings from visit to visit, as a fragment without a view. */
+export function fragmentToRemember(settings, usual) {
+    const isRemembered = name => SETTINGS[name].isRemembered !== false;
+    return `#${partsOfSettings(Object.fromEntries(Object.keys(SETTINGS).map(name => [name, isRemembered(name) ? settings[name] : usual[name]])), usual).join('&')}`;
 }
 
 /** The other way round; what a fragment does not say, or says wrongly, is left out. */
@@ -39,39 +50,47 @@ export function stateOfFragment(fragment, usual) {
         const at = part.indexOf('=');
         return [part.slice(0, at), part.slice(at + 1)];
     }));
-    const numbers = name => (said.get(name) || '').split(',').map(text => number(text, NaN));
     const state = {settings: {...usual}};
     const place = placeOfText(decoded(said.get('at') || ''));
     if (place && isInWorld(place))
         state.place = place;
-    const zoom = number(said.get('zoom') || '', NaN);
+    const zoom = numberOfText(said.get('zoom'));
     if (Number.isFinite(zoom))
         state.zoom = zoom;
-    const [heading, tilt] = numbers('relief');
+    const [heading, tilt] = (said.get('relief') || '').split(',').map(numberOfText);
     if (Number.isFinite(heading + tilt))
         state.relief = {heading, tilt};
-    for (const [name, setting] of RELIEF_SETTINGS)
-        if (said.has(name))
-            state.settings[setting] = Math.max(0, number(said.get(name), usual[setting]));
-    const bases = ['land', 'height', 'slope', 'difference'];
-    if (bases.includes(said.get('base')))
-        state.settings.base = said.get('base');
-    const [azimuth, altitude] = numbers('light');
-    if (azimuth >= 0 && azimuth <= 360 && altitude >= 0 && altitude <= 90)
-        Object.assign(state.settings, {azimuth, altitude});
+    for (const [link, names] of VALUES)
+        if (said.has(link))
+            Object.assign(state.settings, valuesOfText(said.get(link), names));
     for (const name of (said.get('show') || '').split(',')) {
         const plain = name.replace(/^-/, '');
-        if (typeof usual[plain] === 'boolean' && plain !== 'relief')
+        if (FLAGS.includes(plain))
             state.settings[plain] = plain === name;
     }
-    if (said.has('types'))
-        state.settings.types = numbers('types').filter(type => Number.isInteger(type) && type >= 0 && type < 64);
     const mark = /^([^,]+,[^,]+),(.*)$/.exec(said.get('mark') || '');
     const spot = mark && placeOfText(mark[1]);
     if (spot && isInWorld(spot))
         state.mark = {...spot, name: decoded(mark[2])};
     return state;
 }
+
+/** The settings that a text holds; none where it holds one of them wrongly. */
+function valuesOfText(text, names) {
+    const words = text.split(','), {words: choices, end, usual} = SETTINGS[names[0]];
+    if (choices && Array.isArray(usual))
+        return {[names[0]]: choices.filter(word => words.includes(word))};
+    if (choices)
+        return choices.includes(text) ? {[names[0]]: text} : {};
+    if (end !== undefined)
+        return {[names[0]]: words.map(numberOfText).filter(value => Number.isInteger(value) && value >= 0 && value < end)};
+    const values = words.map(numberOfText);
+    const isRight = (name, index) => values[index] >= SETTINGS[name].least && values[index] <= SETTINGS[name].most;
+    return names.every(isRight) ? Object.fromEntries(names.map((name, index) => [name, values[index]])) : {};
+}
+
+const textInAddress = place => textOfPlace(place, 2).replace(' ', ',');
+const numberOfText = text => text ? Number(text) : NaN;
 
 function decoded(text) {
     try {

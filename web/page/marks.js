@@ -1,6 +1,7 @@
 // The reader's own marks: kept in the browser, saved and loaded as plot files.
 import {isInWorld, textOfPlace} from './coordinates.js';
 import {fileName, make, notify, saveFile} from './dom.js';
+import {Signal} from './events.js';
 import {latLngOfPlace, placeOfLatLng} from './flatmap.js';
 import {marksOfPlotFile, plotFileOfMarks} from './plotfile.js';
 
@@ -8,7 +9,7 @@ export class Marks {
     constructor(title) {
         this.title = title;
         this.key = `plotterra marks of ${title}`;
-        this.listeners = [];
+        this.listeners = new Signal();
         this.items = this.stored();
     }
 
@@ -27,12 +28,11 @@ export class Marks {
         } catch {
             notify('The browser does not keep marks for this page; save them to a file.');
         }
-        for (const listener of this.listeners)
-            listener();
+        this.listeners.emit();
     }
 
     listen(listener) {
-        this.listeners.push(listener);
+        return this.listeners.listen(listener);
     }
 
     add(...marks) {
@@ -118,6 +118,13 @@ export class MarkPanel {
         }));
         if (this.marks.items.length === 0)
             this.list.append(make('li', {class: 'none'}, 'No marks yet'));
+    }
+
+    /** Begins to change the newest mark's name. */
+    renameLast() {
+        const field = this.list.querySelector('li:last-child input');
+        if (field)
+            field.select();
     }
 
     takeDrops() {

@@ -1,6 +1,7 @@
 // Measures a way over the land, with a profile of the heights along it.
 import {unitOfPoint} from './coordinates.js';
-import {make} from './dom.js';
+import {make, makeShape} from './dom.js';
+import {Signal} from './events.js';
 import {latLngOfPlace} from './flatmap.js';
 import {heightText} from './readout.js';
 
@@ -25,8 +26,10 @@ export function profileOfWay(land, places, count = SAMPLES) {
 const unitsOfPoints = points => unitOfPoint(points) - unitOfPoint(0);
 
 export class Measure {
-    constructor(flat, world) {
-        Object.assign(this, {flat, world});
+    constructor(flat, world, settings) {
+        Object.assign(this, {flat, world, settings});
+        /** The way, or whether it is shown, is another. */
+        this.changed = new Signal();
         this.places = [];
         this.isActive = false;
         this.line = L.polyline([], {color: '#d1122c', weight: 3, interactive: false});
@@ -45,14 +48,22 @@ export class Measure {
         this.draw();
     }
 
+    /** The places along what is measured now. */
+    way() {
+        return this.isActive ? this.places : [];
+    }
+
     activate(isActive) {
         this.isActive = isActive;
+        if (isActive)
+            this.settings.set({relief: false});
         this.flat.container.classList.toggle('measuring', isActive);
         this.flat.map.doubleClickZoom[isActive ? 'disable' : 'enable']();
         if (isActive)
             [this.line, this.corners].forEach(layer => layer.addTo(this.flat.map));
         else
             [this.line, this.corners, this.spot].forEach(layer => layer.remove());
+        this.changed.emit();
     }
 
     add(place) {
@@ -79,28 +90,23 @@ export class Measure {
                 .addTo(this.corners);
         this.spot.remove();
         const {distance, samples} = profileOfWay(this.world.newer, this.places);
-        const heights = samples.map(({height}) => height);
+        const heights = samples.map(({height}) => height), {up, down} = climbs(heights);
         this.result.textContent = samples.length === 0 ? `${this.places.length} of at least 2 points` :
             `${distance.toFixed(2)} map units, heights ${heightText(Math.round(Math.min(...heights)))} to ${heightText(Math.round(Math.max(...heights)))}, ` +
-            `up ${climb(heights)}, down ${climb(heights.slice().reverse())}`;
+            `up ${Math.round(up)}, down ${Math.round(down)}`;
         this.chart.replaceChildren(...samples.length === 0 ? [] : [this.drawProfile(samples, distance)]);
+        this.changed.emit();
     }
 
     drawProfile(samples, distance) {
         const heights = samples.map(({height}) => height), low = Math.min(...heights), high = Math.max(low + 1, ...heights);
         const points = samples.map(({distance: at, height}) =>
             `${(at / distance * WIDTH).toFixed(1)},${(HEIGHT - 4 - (height - low) / (high - low) * (HEIGHT - 8)).toFixed(1)}`);
-        const shape = (name, attributes) => {
-            const element = document.createElementNS('http://www.w3.org/2000/svg', name);
-            for (const [key, value] of Object.entries(attributes))
-                element.setAttribute(key, value);
-            return element;
-        };
-        const picture = shape('svg', {viewBox: `0 0 ${WIDTH} ${HEIGHT}`, preserveAspectRatio: 'none', role: 'img',
+        const picture = makeShape('svg', {viewBox: `0 0 ${WIDTH} ${HEIGHT}`, preserveAspectRatio: 'none', role: 'img',
             'aria-label': `Profile of heights from ${Math.round(low)} to ${Math.round(high)}`});
-        const cursor = shape('line', {y1: 0, y2: HEIGHT, x1: -9, x2: -9, class: 'cursor'});
-        picture.append(shape('polygon', {points: `0,${HEIGHT} ${points.join(' ')} ${WIDTH},${HEIGHT}`, class: 'ground'}),
-            shape('polyline', {points: points.join(' '), class: 'surface'}), cursor);
+        const cursor = makeShape('line', {y1: 0, y2: HEIGHT, x1: -9, x2: -9, class: 'cursor'});
+        picture.append(makeShape('polygon', {points: `0,${HEIGHT} ${points.join(' ')} ${WIDTH},${HEIGHT}`, class: 'ground'}),
+            makeShape('polyline', {points: points.join(' '), class: 'surface'}), cursor);
         const caption = make('p', {class: 'detail'}, `0 to ${distance.toFixed(1)} map units`);
         picture.addEventListener('pointermove', event => {
             const box = picture.getBoundingClientRect(), share = Math.max(0, Math.min(1, (event.clientX - box.left) / box.width));
@@ -114,9 +120,12 @@ export class Measure {
     }
 }
 
-function climb(heights) {
-    let sum = 0;
-    for (let index = 1; index < heights.length; ++index)
-        sum += Math.max(0, heights[index] - heights[index - 1]);
-    return Math.round(sum);
+/** How far heights go up in all, and down. */
+export function climbs(heights) {
+    let up = 0, down = 0;
+    for (let index = 1; index < heights.length; ++index) {
+        up += Math.max(0, heights[index] - heights[index - 1]);
+        down += Math.max(0, heights[index - 1] - heights[index]);
+    }
+    return {up, down};
 }

@@ -21,6 +21,11 @@ export function placesOfWorld(world, settings) {
     return places;
 }
 
+/** What stands on the relief. */
+export function placesInRelief(world, settings, marks) {
+    return [...settings.get('marks') ? marks.items : [], ...placesOfWorld(world, settings)];
+}
+
 /** Remembers what stands where, and says whether there is room for more. */
 class Room {
     constructor() {

@@ -1,6 +1,7 @@
 // What is under the cursor: coordinate, block, land type, height. A click pins it for copying.
 import {blockText, isInWorld, textOfPlace} from './coordinates.js';
 import {copyText, make} from './dom.js';
+import {Signal} from './events.js';
 import {blockNumberAt, LAND_FLAG, LAND_SIZE} from './land.js';
 
 /** A real height exactly as the archive has it, in as few digits as single precision needs. */
@@ -23,25 +24,40 @@ export function factsOfPlace(world, place) {
         const flags = world.newer.blocks[block];
         facts.type = world.typeName(world.newer.typeAt(x, y));
         facts.height = heightText(world.newer.heightAt(x, y));
-        facts.notes = [flags & LAND_FLAG.objects ? 'has objects' : '', flags & LAND_FLAG.passable ? '' : 'not passable'];
+        facts.notes = [flags & LAND_FLAG.objects ? 'has objects' : '', flags & LAND_FLAG.passable ? '' : 'not passable'].filter(Boolean);
     }
     return facts;
 }
 
+/** What a pinned place copies. */
+export const lineOfFacts = ({coordinate, block, type, height}) => `${coordinate}  block ${block}  ${type}  height ${height}`;
+
 const FIELDS = [['coordinate', 'Coordinate'], ['block', 'Block'], ['type', 'Land'], ['height', 'Height']];
 
 export class Readout {
-    /** `actions`: buttons for a pinned place, each `[label, function of the place]`. */
-    constructor(world, actions) {
+    constructor(world) {
         this.world = world;
-        this.actions = actions;
+        this.actions = [];
+        this.details = [];
         this.values = {};
-        this.bar = make('div', {class: 'readout', role: 'status', 'aria-live': 'off', 'aria-label': 'Under the cursor'});
+        /** Tells the place that is pinned now, or null. */
+        this.pinned = new Signal();
+        this.bar = make('div', {class: 'readout card', role: 'status', 'aria-live': 'off', 'aria-label': 'Under the cursor'});
         for (const [name, label] of FIELDS) {
             this.values[name] = make('span', {class: `value ${name}`, 'data-field': name}, '–');
             this.bar.append(make('span', {class: 'field'}, make('span', {class: 'label'}, label), this.values[name]));
         }
-        this.pinned = make('section', {class: 'pinned card', hidden: true, 'aria-label': 'Pinned place'});
+        this.card = make('section', {class: 'pinned card', hidden: true, 'aria-label': 'Pinned place'});
+    }
+
+    /** A button for a pinned place; `act` is given the place. */
+    addAction(label, act) {
+        this.actions.push([label, act]);
+    }
+
+    /** What else is told of a pinned place: `tell` gives an element or null. */
+    addDetail(tell) {
+        this.details.push(tell);
     }
 
     show(place) {
@@ -50,30 +66,28 @@ export class Readout {
             this.values[name].textContent = facts ? facts[name] : '–';
     }
 
-    /** `name`: what stands there, if it has a name. */
+    /** `name`: what stands there, if it has a name. No place, or one off the world, ends it. */
     pin(place, name) {
-        const facts = factsOfPlace(this.world, place);
+        const facts = place && factsOfPlace(this.world, place);
         if (!facts)
             return this.unpin();
         this.place = place;
-        const rows = FIELDS.map(([name, label]) => [make('dt', {}, label), make('dd', {'data-field': name}, facts[name])]).flat();
-        const notes = (facts.notes || []).filter(Boolean).join(', ');
-        const text = `${facts.coordinate}  block ${facts.block}  ${facts.type}  height ${facts.height}`;
-        this.pinned.replaceChildren(
+        const rows = FIELDS.map(([field, label]) => [make('dt', {}, label), make('dd', {'data-field': field}, facts[field])]).flat();
+        const notes = (facts.notes || []).join(', ');
+        this.card.replaceChildren(
             make('button', {class: 'close', 'aria-label': 'Close', onclick: () => this.unpin()}, '×'),
             name ? make('h3', {}, name) : '', make('dl', {}, ...rows), notes ? make('p', {class: 'notes'}, notes) : '',
+            ...this.details.map(tell => tell(place)).filter(Boolean),
             make('div', {class: 'buttons'},
-                make('button', {onclick: () => copyText(text)}, 'Copy'),
+                make('button', {onclick: () => copyText(lineOfFacts(facts))}, 'Copy'),
                 ...this.actions.map(([label, act]) => make('button', {onclick: () => act(this.place)}, label))));
-        this.pinned.hidden = false;
-        if (this.onpin)
-            this.onpin(place);
+        this.card.hidden = false;
+        this.pinned.emit(place);
     }
 
     unpin() {
-        this.pinned.hidden = true;
+        this.card.hidden = true;
         this.place = null;
-        if (this.onpin)
-            this.onpin(null);
+        this.pinned.emit(null);
     }
 }

@@ -1,15 +1,21 @@
 // The land in relief: the flat map, tilted. Its canvas takes the flat map's place.
 import {make, textOf} from './dom.js';
-import {LAND_SIZE, UNITS_PER_CELL} from './land.js';
+import {Signal} from './events.js';
 import {byteColors} from './colors.js';
+import {LAND_SIZE, UNITS_PER_CELL} from './land.js';
 import {lightVector} from './light.js';
+import {seaColor} from './points.js';
 import {Settings} from './settings.js';
 import {ReliefFlight, ReliefView} from './relief/camera.js';
+import {paintRose} from './relief/compass.js';
 import {ReliefGestures} from './relief/gestures.js';
-import {ReliefLabels} from './relief/labels.js';
+import {ReliefOverlay} from './relief/overlay.js';
 import {ReliefShape} from './relief/pick.js';
 import {ReliefScene} from './relief/scene.js';
-import {ReliefSkin} from './relief/skin.js';
+import {landWithLevelSea} from './relief/sea.js';
+import {ReliefSight} from './relief/sight.js';
+import {ReliefGround, ReliefSkin} from './relief/skin.js';
+import {ReliefStops} from './relief/stops.js';
 import {ReliefTree} from './relief/tree.js';
 
 const FIRST_TILT = 58;
@@ -19,57 +25,103 @@ const isCalm = () => matchMedia('(prefers-reduced-motion: reduce)').matches;
 function loadLibrary() {
     if (!window.THREE)
         document.head.append(make('script', {}, textOf('relief-library')));
-    return window.THREE;
+    if (!window.THREE)
+        throw new Error('its library does not start');
+}
+
+/** Asked for before the library, which would complain at length. */
+function newContext(canvas) {
+    const context = canvas.getContext('webgl', {alpha: false, antialias: true, powerPreference: 'high-performance'});
+    if (!context)
+        throw new Error('it has no WebGL');
+    return context;
 }
 
 export class Relief {
     /**
-     * `stage`: the element that the canvas goes into; `actions`: `hover` and `click` are told places,
-     * `progress` how much of the first picture is there, `labels` gives what stands on the land,
-     * `moved` hears of a view that has come to rest. Throws where there is no relief to be had.
+     * `stage`: the element that the canvas goes into; `contents`: `labels` gives what stands on the
+     * land, `way` the places along what is measured, `pin` the pinned place, if any, `covers` elements
+     * that lie over the land. Throws where there is no relief to be had.
      */
-    constructor(stage, world, painter, settings, actions) {
-        Object.assign(this, {stage, world, settings, actions});
-        this.canvas = make('canvas', {class: 'relief', tabindex: '0', role: 'application', hidden: true,
-            'aria-label': 'Land in relief. Arrow keys move, Q and E turn, R and F tilt, plus and minus come closer or go off.'});
-        this.labelCanvas = make('canvas', {class: 'relief-labels', hidden: true, 'aria-hidden': 'true'});
-        this.shape = new ReliefShape(world.newer);
+    constructor(stage, world, painter, settings, contents) {
+        Object.assign(this, {stage, world, settings, contents});
+        /** The place under the cursor or null; the place clicked or null; one with a name; how much of the picture is there; rest. */
+        Object.assign(this, {hovered: new Signal(), clicked: new Signal(), chosen: new Signal(), progress: new Signal(), moved: new Signal()});
+        /** The view is another; the graphics processor is gone. */
+        Object.assign(this, {turned: new Signal(), lost: new Signal()});
+        this.canvas = make('canvas', {class: 'relief', tabindex: '0', role: 'application', hidden: true, 'aria-label': 'Land in relief. ' +
+            'Arrow keys move, with Shift they turn and tilt, plus and minus come closer or go off, N turns north, Enter pins the middle, Tab goes on to the places.'});
+        this.overlayCanvas = make('canvas', {class: 'relief-labels', hidden: true, 'aria-hidden': 'true'});
+        const context = newContext(this.canvas);
+        loadLibrary();
+        const {land, level} = landWithLevelSea(world.newer);
+        this.shape = new ReliefShape(land, level);
         this.view = new ReliefView(this.shape);
-        if (!loadLibrary())
-            throw new Error('its library does not start');
-        this.tree = new ReliefTree(world.newer);
-        this.skin = new ReliefSkin(painter, settings, actions.progress, () => this.changed());
-        this.scene = new ReliefScene(this.canvas, world.newer, this.tree, this.skin);
-        this.labels = new ReliefLabels(this.labelCanvas, this.scene, this.shape);
+        this.tree = new ReliefTree(land);
+        this.skin = new ReliefSkin(painter, settings, share => this.progress.emit(share), () => this.changed());
+        this.ground = new ReliefGround(painter, () => this.changed());
+        this.scene = new ReliefScene(this.canvas, context, this.shape, this.tree, this.skin, this.ground);
+        this.sight = new ReliefSight(this.scene.camera, this.shape);
+        this.overlay = new ReliefOverlay(this.overlayCanvas, this.sight, this.shape);
+        this.stops = new ReliefStops(place => this.chosen.emit(place));
         this.gestures = new ReliefGestures(this);
-        stage.append(this.canvas, this.labelCanvas);
+        this.parts = [this.canvas, this.overlayCanvas, this.stops.element];
+        stage.append(...this.parts);
         this.frames = 0;
-        settings.listen(names => this.follow(names));
-        new ResizeObserver(() => this.resize()).observe(stage);
+        this.canvas.addEventListener('webglcontextlost', () => this.lost.emit());
+        this.endings = [settings.listen(names => this.follow(names))];
+        const observer = new ResizeObserver(() => this.resize());
+        observer.observe(stage);
+        this.endings.push(() => observer.disconnect());
+    }
+
+    /** For good. */
+    remove() {
+        this.endings.forEach(end => end());
+        this.stopFlight();
+        this.setHidden(true);
+        this.parts.forEach(part => part.remove());
+    }
+
+    setHidden(isHidden) {
+        this.parts.forEach(part => part.hidden = isHidden);
     }
 
     get isShown() {
         return !this.canvas.hidden;
     }
 
+    /** Where it looks from: see relief/camera.js; with the zoom of a flat map that shows the middle as large. */
+    viewNow() {
+        return {...this.view.values(), zoom: this.view.zoomIn(this.height)};
+    }
+
     /** From a flat map with this place in the middle at this zoom; `view`: tilt and heading, if any. */
     show({x, y, zoom}, view = {}) {
-        const isNew = this.frames === 0;
-        this.canvas.hidden = this.labelCanvas.hidden = false;
+        const isNew = this.frames === 0, wasShown = this.isShown;
+        this.setHidden(false);
         this.takeSettings();
         this.resize();
-        this.view.set({x, y, distance: ReliefView.distanceOfZoom(zoom, this.height), heading: 0, tilt: 0});
+        // Called back on its way to the flat map, it turns round where it is.
+        if (!wasShown)
+            this.view.set({x, y, distance: ReliefView.distanceOfZoom(zoom, this.height), heading: 0, tilt: 0});
         if (isNew || this.isStale)
             this.repaint();
+        this.ground.follow(this.light);
         this.flyTo({tilt: FIRST_TILT, heading: 0, ...view}, 700);
         this.canvas.focus({preventScroll: true, focusVisible: false});
     }
 
-    /** Back to where the flat map takes over: told the place in the middle and the zoom. */
-    async hide() {
-        await this.flyTo({tilt: 0, heading: 0}, 500);
-        this.canvas.hidden = this.labelCanvas.hidden = true;
-        return {x: this.view.x, y: this.view.y, zoom: this.view.zoomIn(this.height)};
+    /**
+     * Back to where the flat map takes over, at the zoom that `settled` makes of its own: told whether it
+     * came there, or was called back on the way.
+     */
+    async hide(settled) {
+        const zoom = settled(this.view.zoomIn(this.height));
+        const isThere = await this.flyTo({tilt: 0, heading: 0, distance: ReliefView.distanceOfZoom(zoom, this.height)}, 500);
+        if (isThere)
+            this.setHidden(true);
+        return isThere;
     }
 
     // -- settings
@@ -82,15 +134,17 @@ export class Relief {
         this.takeSettings();
         if (this.isStale)
             this.repaint();
+        this.ground.follow(this.light);
         this.changed();
     }
 
     takeSettings() {
-        const {settings, shape} = this;
-        shape.rise = settings.get('exaggeration');
-        shape.sea = settings.get('seaLevel') > 0 ? this.tree.lowest + settings.get('seaLevel') / UNITS_PER_CELL : -Infinity;
-        this.seaColor = this.scene.setSeaColor(byteColors(this.world.colors, settings.values),
-            lightVector(settings.get('azimuth'), settings.get('altitude')));
+        const {scene, shape, world} = this, {azimuth, altitude, base, exaggeration, seaLevel, shadows} = this.settings.values;
+        shape.rise = exaggeration;
+        shape.raiseSea(seaLevel);
+        this.seaColor = seaColor(byteColors(world.colors, this.settings.values), this.settings.values);
+        scene.setLight(lightVector(azimuth, altitude), this.seaColor, base === 'land', shadows);
+        this.light = {azimuth, altitude, rise: shape.rise, sea: shape.sea};
     }
 
     repaint() {
@@ -98,9 +152,9 @@ export class Relief {
         this.skin.repaint(this.view, this.seaColor);
     }
 
-    /** Real height from the lowest land to the highest. */
+    /** Real height from the sea to the highest land. */
     get heightRange() {
-        return (this.tree.highest - this.tree.lowest) * UNITS_PER_CELL;
+        return (this.tree.highest - this.shape.floor) * UNITS_PER_CELL;
     }
 
     // -- drawing
@@ -111,7 +165,8 @@ export class Relief {
         this.width = this.stage.clientWidth;
         this.height = this.stage.clientHeight;
         this.scene.resize(this.width, this.height);
-        this.labels.resize(this.width, this.height);
+        this.sight.resize(this.width, this.height);
+        this.overlay.resize(this.width, this.height);
         this.changed();
     }
 
@@ -127,37 +182,49 @@ export class Relief {
             return;
         const seconds = Math.min(0.1, (now - (this.lastFrame || now)) / 1000);
         let goesOn = this.gestures.step(seconds);
+        let hasLanded = false;
         if (this.flight) {
-            const {flight} = this;
-            goesOn = flight.step(now) || goesOn;
-            if (!goesOn)
-                this.stopFlight();
+            hasLanded = !this.flight.step(now);
+            goesOn = goesOn || !hasLanded;
         }
         this.drawNow();
+        if (hasLanded)
+            this.stopFlight(true);
         this.lastFrame = goesOn ? now : 0;
         if (goesOn)
             this.changed();
         else
-            this.actions.moved();
+            this.rest();
+    }
+
+    rest() {
+        this.stops.follow(this.overlay.labels.shown);
+        this.moved.emit();
     }
 
     drawNow() {
         ++this.frames;
-        this.skin.follow(this.view);
-        this.scene.draw(this.view, this.shape, this.settings.get('haze'));
-        this.labels.draw(this.actions.labels());
+        const {gestures, canvas, view} = this;
+        this.skin.follow(view);
+        this.scene.draw(view, this.shape, this.settings.get('haze'));
+        this.overlay.draw(this.contents, gestures.isByKeyboard && document.activeElement === canvas);
+        if (gestures.isByKeyboard || !gestures.hasCursor)
+            this.hovered.emit(this.placeAt(this.width / 2, this.height / 2));
+        this.turned.emit(view.values());
     }
 
-    /** What is in the window, drawn on another canvas' context. */
+    /** What is in the window, drawn on another canvas' context, with a rose that tells where it looks. */
     paint(context, width, height) {
         this.drawNow();
         context.drawImage(this.canvas, 0, 0, width, height);
-        context.drawImage(this.labelCanvas, 0, 0, width, height);
+        context.drawImage(this.overlayCanvas, 0, 0, width, height);
+        const size = Math.min(width, height) / 9;
+        paintRose(context, width - size * 0.75, height - size * 0.75, size, this.view.heading);
     }
 
     // -- moving
 
-    /** Resolves when it is there, or something else came between. */
+    /** Tells whether it came there, or something else came between. */
     flyTo(to, duration = 900) {
         this.stopFlight();
         return new Promise(resolve => {
@@ -167,11 +234,21 @@ export class Relief {
         });
     }
 
-    stopFlight() {
+    stopFlight(isThere = false) {
         const {landed} = this;
         this.flight = this.landed = null;
         if (landed)
-            landed();
+            landed(isThere);
+    }
+
+    turnNorth() {
+        this.flyTo({heading: 0}, 500);
+    }
+
+    /** Closer to the middle of the window, or off from it, by a factor. */
+    zoomBy(factor) {
+        const distance = (this.flight ? this.flight.to.distance : this.view.distance) * factor;
+        this.flyTo({distance}, 300);
     }
 
     showWholeWorld() {
@@ -180,8 +257,7 @@ export class Relief {
 
     /** The place of the land at a pixel of the window, or null. */
     placeAt(x, y) {
-        const {position} = this.scene.camera;
-        return this.shape.meet(position, this.scene.directionAt(x / this.width * 2 - 1, 1 - y / this.height * 2), 6000, this.tree.highest);
+        return this.shape.meet(this.scene.camera.position, this.sight.directionTo(x, y), 6000, this.tree.highest);
     }
 
     /** What a pixel shows, to be dragged along. */
@@ -193,7 +269,7 @@ export class Relief {
     /** Moves the view so that what was grabbed comes to a pixel, as far as that lies below the horizon. */
     drag(grabbed, x, y) {
         this.view.aim(this.scene.camera);
-        const {position} = this.scene.camera, direction = this.scene.directionAt(x / this.width * 2 - 1, 1 - y / this.height * 2);
+        const {position} = this.scene.camera, direction = this.sight.directionTo(x, y);
         const distance = (grabbed.z - position.z) / direction.z;
         if (!(distance > 0 && distance < this.view.distance * 6))
             return;
@@ -217,10 +293,19 @@ export class Relief {
     }
 
     hover(pixel) {
-        this.actions.hover(pixel && this.placeAt(pixel.x, pixel.y));
+        this.canvas.style.cursor = pixel && this.overlay.labels.at(pixel.x, pixel.y) ? 'pointer' : '';
+        this.hovered.emit(pixel && this.placeAt(pixel.x, pixel.y));
     }
 
     click(pixel) {
-        this.actions.click(this.placeAt(pixel.x, pixel.y));
+        const place = this.overlay.labels.at(pixel.x, pixel.y);
+        if (place)
+            this.chosen.emit(place);
+        else
+            this.clicked.emit(this.placeAt(pixel.x, pixel.y));
+    }
+
+    clickMiddle() {
+        this.clicked.emit(this.placeAt(this.width / 2, this.height / 2));
     }
 }

@@ -1,45 +1,31 @@
-// Saves what is in view as a picture.
-import {fileName, saveFile} from './dom.js';
-import {paintLabel} from './graticule.js';
+// Pictures of what is in view, to be kept or printed.
+import {fileName, make, notify, saveFile} from './dom.js';
+import {latLngOfPlace} from './flatmap.js';
+import {paintLabel} from './lettering.js';
 
-/** The flat map as it is in view on a canvas of its own. */
-export function pictureOfFlatMap(flat, grid) {
-    const box = flat.container.getBoundingClientRect(), density = window.devicePixelRatio || 1;
-    const canvas = document.createElement('canvas');
-    canvas.width = Math.round(box.width * density);
-    canvas.height = Math.round(box.height * density);
+const WAY_COLOR = '#d1122c';
+
+/**
+ * The flat map as it is in view, with `factor` pixels to one of the page: letters, lines and spots
+ * grow along. `way`: places that are measured along.
+ */
+async function pictureOfFlatMap(flat, graticule, way, factor) {
+    const {width, height} = flat.container.getBoundingClientRect();
+    const canvas = make('canvas', {width: Math.round(width * factor), height: Math.round(height * factor)});
     const context = canvas.getContext('2d');
     context.fillStyle = getComputedStyle(flat.container).backgroundColor;
     context.fillRect(0, 0, canvas.width, canvas.height);
-    context.save();
-    context.scale(density, density);
-    context.imageSmoothingEnabled = false;
-    const place = element => {
-        const {left, top, width, height} = element.getBoundingClientRect();
-        return [left - box.left, top - box.top, width, height];
-    };
-    for (const pane of flat.panes()) {
-        context.save();
-        if (pane.right !== undefined) {
-            context.beginPath();
-            context.rect(0, 0, pane.right, box.height);
-            context.clip();
-        }
-        for (const tile of pane.element.querySelectorAll('canvas.land-tile'))
-            context.drawImage(tile, ...place(tile));
-        context.restore();
-    }
-    context.restore();
-    grid.paint(context, box.width, box.height, density);
-    context.scale(density, density);
-    paintWay(context, flat);
-    paintSpots(context, flat.container, place);
+    await flat.paintLand(context, factor);
+    graticule.paint(context, width, height, factor);
+    context.scale(factor, factor);
+    paintWay(context, flat, way);
+    paintSpots(context, flat.container);
     return canvas;
 }
 
-function paintWay(context, flat) {
-    const points = flat.way().map(latLng => flat.map.latLngToContainerPoint(latLng));
-    context.strokeStyle = '#d1122c';
+function paintWay(context, flat, way) {
+    const points = way.map(place => flat.map.latLngToContainerPoint(latLngOfPlace(place)));
+    context.strokeStyle = WAY_COLOR;
     context.lineWidth = 3;
     context.beginPath();
     for (const {x, y} of points)
@@ -47,10 +33,12 @@ function paintWay(context, flat) {
     context.stroke();
 }
 
-function paintSpots(context, container, place) {
+function paintSpots(context, container) {
+    const isDark = container.classList.contains('dark-land'), box = container.getBoundingClientRect();
     context.textBaseline = 'middle';
     for (const spot of container.querySelectorAll('.spot, .gathered')) {
-        const [left, top, width, height] = place(spot), style = getComputedStyle(spot), x = left + width / 2, y = top + height / 2;
+        const {left, top, width, height} = spot.getBoundingClientRect(), style = getComputedStyle(spot);
+        const x = left - box.left + width / 2, y = top - box.top + height / 2;
         context.beginPath();
         context.arc(x, y, width / 2, 0, 7);
         context.fillStyle = style.backgroundColor;
@@ -64,21 +52,43 @@ function paintSpots(context, container, place) {
             context.textAlign = 'center';
             context.fillText(spot.textContent, x, y);
         } else if (spot.textContent) {
-            const isLeft = spot.querySelector('.name.left') !== null;
-            paintLabel(context, spot.textContent, isLeft ? left - 4 : left + width + 4, y, isLeft ? 'right' : 'left');
+            const isLeft = spot.querySelector('.name.left') !== null, away = width / 2 + 4;
+            paintLabel(context, spot.textContent, isLeft ? x - away : x + away, y, isLeft ? 'right' : 'left', isDark);
         }
     }
 }
 
 /** The relief as it is in view. */
-export function pictureOfRelief(relief) {
-    const canvas = document.createElement('canvas'), density = window.devicePixelRatio || 1;
-    canvas.width = Math.round(relief.width * density);
-    canvas.height = Math.round(relief.height * density);
+function pictureOfRelief(relief) {
+    const density = window.devicePixelRatio || 1;
+    const canvas = make('canvas', {width: Math.round(relief.width * density), height: Math.round(relief.height * density)});
     relief.paint(canvas.getContext('2d'), canvas.width, canvas.height);
     return canvas;
 }
 
-export function savePicture(canvas, title) {
-    canvas.toBlob(blob => saveFile(fileName(title, '.png'), blob), 'image/png');
+const SIZES = [
+    [1, 'As on the screen', 'Pixel by pixel what is in view.'],
+    [2, 'Twice as dense', 'For a print the size of a sheet; letters grow along.'],
+    [4, 'Four times as dense', 'For a poster; letters grow along.']];
+
+export class PicturePanel {
+    /** `parts`: `flat`, `relief` (its switch), `graticule`, `measure`, `title`. */
+    constructor(parts) {
+        Object.assign(this, parts);
+        this.element = make('div', {class: 'pictures'}, ...SIZES.map(([factor, label, hint]) => make('div', {class: 'size'},
+            make('button', {'data-factor': factor, onclick: () => this.save(factor)}, label),
+            make('span', {class: 'detail'}, hint))), make('p', {class: 'hint'}, 'What is in view is saved as a PNG file.'));
+    }
+
+    async save(factor) {
+        const {flat, relief, graticule, measure} = this;
+        const canvas = relief.isShown ? pictureOfRelief(relief.shown) :
+            await pictureOfFlatMap(flat, graticule, measure.way(), factor === 1 ? window.devicePixelRatio || 1 : factor);
+        canvas.toBlob(blob => {
+            if (blob)
+                saveFile(fileName(this.title, '.png'), blob);
+            else
+                notify('The browser makes no picture as large as that.');
+        }, 'image/png');
+    }
 }

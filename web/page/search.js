@@ -1,14 +1,10 @@
 // One field that finds places, dungeons, marks, block numbers and coordinates as they are typed.
-import {blockText, placeOfText, textOfPlace} from './coordinates.js';
+import {blockText, placeOfBlock, placeOfText, textOfPlace} from './coordinates.js';
 import {make} from './dom.js';
-import {CELLS, isBlockOfMap} from './land.js';
+import {isBlockOfMap} from './land.js';
 
 const MOST = 9;
 const plain = text => text.normalize('NFD').replace(/\p{M}/gu, '').toLowerCase();
-
-export function placeOfBlock(number) {
-    return {x: ((number >> 8) + 0.5) * CELLS, y: ((number & 0xFF) + 0.5) * CELLS};
-}
 
 /** What a text finds: `{name, kind, detail, place}`, the best first. */
 export function findPlaces(text, world, marks) {
@@ -57,6 +53,10 @@ export class Search {
             if (!this.element.contains(event.relatedTarget))
                 this.close();
         });
+    }
+
+    focus() {
+        this.field.focus();
     }
 
     update() {

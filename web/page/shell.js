@@ -1,15 +1,23 @@
-// What stands around the map: the tools, and the panel that some of them open.
+// What stands around the map: the tools, and the panel that some of them open. In small windows
+// tools are pictures, and those that are seldom wanted are gathered under one; the panel is a sheet
+// that can be drawn up and down.
 import {find, make, textOf} from './dom.js';
+import {icon} from './icons.js';
+
+/** Of the window's height: where a sheet comes to rest, and below what it closes. */
+const SHEET_RESTS = [0.42, 0.85], SHEET_CLOSES = 0.2;
 
 export class Shell {
-    constructor(title) {
-        this.title = title;
+    constructor() {
         this.panels = new Map();
         this.bar = make('div', {class: 'tools card', role: 'toolbar', 'aria-label': 'Tools'});
         this.panel = find('panel');
+        this.panel.classList.add('card');
         this.heading = make('h2', {id: 'panel-title'});
         this.body = make('div', {class: 'body'});
-        this.panel.append(make('button', {class: 'close', 'aria-label': 'Close', onclick: () => this.open(null)}, '×'), this.heading, this.body);
+        this.rare = make('div', {class: 'rare-tools'});
+        this.panel.append(make('button', {class: 'close', 'aria-label': 'Close', onclick: () => this.open(null)}, '×'),
+            this.grip(), this.heading, this.body);
         this.panel.addEventListener('keydown', event => {
             if (event.key === 'Escape')
                 this.open(null);
@@ -17,9 +25,40 @@ export class Shell {
         this.panel.hidden = true;
     }
 
-    /** A tool that does something at once; gives its button. */
-    addAction(label, hint, act) {
-        return this.add(make('button', {title: hint, onclick: act}, label));
+    /** Draws a sheet up and down; by key or click it goes from one rest to the other. */
+    grip() {
+        const grip = make('button', {class: 'grip', 'aria-label': 'Larger or smaller panel'}), height = () => this.panel.offsetHeight / innerHeight;
+        const set = share => this.panel.style.setProperty('--sheet', `${share * 100}vh`);
+        grip.addEventListener('pointerdown', event => {
+            grip.setPointerCapture(event.pointerId);
+            Object.assign(this, {from: event.clientY - this.panel.getBoundingClientRect().top, wasDragged: false});
+        });
+        grip.addEventListener('pointermove', event => {
+            if (!grip.hasPointerCapture(event.pointerId))
+                return;
+            this.wasDragged = true;
+            set((this.panel.getBoundingClientRect().bottom - event.clientY + this.from) / innerHeight);
+        });
+        grip.addEventListener('pointerup', () => {
+            if (this.wasDragged && height() < SHEET_CLOSES)
+                this.open(null);
+            else if (this.wasDragged)
+                set(SHEET_RESTS.reduce((best, rest) => Math.abs(rest - height()) < Math.abs(best - height()) ? rest : best));
+        });
+        grip.addEventListener('click', () => {
+            if (!this.wasDragged)
+                set(height() < (SHEET_RESTS[0] + SHEET_RESTS[1]) / 2 ? SHEET_RESTS[1] : SHEET_RESTS[0]);
+            this.wasDragged = false;
+        });
+        return grip;
+    }
+
+    /** A tool that does something at once; gives its button. `isRare`: gathered with others in small windows. */
+    addAction(name, label, hint, act, {isRare = false} = {}) {
+        const button = make('button', {title: hint, class: isRare ? 'rare' : '', onclick: act}, icon(name), make('span', {}, label));
+        if (isRare)
+            this.rare.append(make('button', {class: 'row', onclick: () => button.click()}, icon(name), hint));
+        return this.add(button);
     }
 
     add(button) {
@@ -28,11 +67,17 @@ export class Shell {
     }
 
     /** A tool that opens a panel; `onToggle` learns whether it is open. */
-    addPanel(name, label, hint, element, onToggle = () => {}) {
-        const button = this.addAction(label, hint, () => this.open(this.current === name ? null : name));
+    addPanel(name, label, hint, element, {onToggle = () => {}, isRare = false} = {}) {
+        const button = this.addAction(name, label, hint, () => this.open(this.current === name ? null : name), {isRare});
         button.setAttribute('aria-expanded', 'false');
         button.setAttribute('aria-controls', 'panel');
         this.panels.set(name, {button, element, label: hint, onToggle});
+    }
+
+    /** The last tool, which small windows have instead of the rare ones. */
+    addRare() {
+        this.addPanel('more', 'More', 'More tools', this.rare);
+        this.panels.get('more').button.classList.add('more');
     }
 
     open(name) {
@@ -44,6 +89,7 @@ export class Shell {
         this.current = name;
         const next = this.panels.get(name);
         this.panel.hidden = !next;
+        this.panel.style.removeProperty('--sheet');
         if (!next && last)
             last.button.focus();
         if (!next)
@@ -60,7 +106,7 @@ export class Shell {
 export function aboutPanel(title) {
     const keys = [
         ['Arrow keys, drag', 'move'], ['+ and −, wheel, pinch, double click', 'zoom'], ['/', 'search'], ['Tab, then arrow keys, Enter', 'go through the places in view'], ['R', 'relief or flat map'],
-        ['Right or Ctrl drag, two fingers, Q E, Page up and down', 'in the relief: turn and tilt'], ['Click, Enter', 'pin what is under the cursor']];
+        ['Right or Ctrl drag, two fingers, Q E, Page up and down', 'in the relief: turn and tilt'], ['N', 'in the relief: turn to the north'], ['Click, Enter', 'pin what is under the cursor']];
     return make('div', {}, make('p', {}, `${title}, drawn by this page from the land's own data. Nothing is loaded from anywhere.`),
         make('dl', {class: 'keys'}, ...keys.map(([key, use]) => [make('dt', {}, key), make('dd', {}, use)]).flat()),
         make('details', {}, make('summary', {}, 'Licences'), make('pre', {class: 'licences'}, textOf('licences'))));

@@ -20,12 +20,12 @@ export class SurfaceRow {
         this.columns = new Int32Array(count);
         this.fractions = new Float32Array(count);
         this.weights = [];
-        const period = Math.max(1, scale);
+        // At a whole scale the same shares come back with every point.
+        const period = Number.isInteger(scale) ? scale : count;
         for (let pixel = 0; pixel < count; ++pixel) {
             const x = (firstPixel + pixel + 0.5) / scale - 0.5;
             this.columns[pixel] = Math.floor(x);
             this.fractions[pixel] = x - Math.floor(x);
-            // The same shares come back with every point.
             this.weights.push(pixel < period ? weights(this.fractions[pixel]) : this.weights[pixel - period]);
         }
         this.west = this.columns[0] - 1;

@@ -22,10 +22,13 @@ const PIECE = 0x10000;
 
 /**
  * Gives `{newer, older}`, each the planes of a Land; `older` is null where the page has none.
- * `report` is called with the share that is done.
+ * `checksum`: Adler-32 of the deflated bytes; `report` is called with the share that is done. A text
+ * that is not what was written is refused.
  */
-export async function unpackLand(base64, hasOlder, report) {
+export async function unpackLand(base64, {hasOlderLand: hasOlder, landChecksum: checksum}, report) {
     const packed = bytesOfBase64(base64);
+    if (adler32(packed) !== checksum)
+        throw new Error('the file was cut short or altered');
     report(0.15);
     const length = (3 * POINTS + BLOCK_NUMBERS) * (hasOlder ? 2 : 1);
     const bytes = await inflate(packed, length, share => report(0.15 + 0.55 * share));
@@ -35,13 +38,33 @@ export async function unpackLand(base64, hasOlder, report) {
     return {newer, older: hasOlder ? addDifferences(newer, planesAt(bytes, length / 2)) : null};
 }
 
+/** What is not base64 gives no bytes, which no checksum suits. */
 function bytesOfBase64(text) {
-    if (Uint8Array.fromBase64)
-        return Uint8Array.fromBase64(text);
-    const binary = atob(text), bytes = new Uint8Array(binary.length);
+    let binary;
+    try {
+        if (Uint8Array.fromBase64)
+            return Uint8Array.fromBase64(text);
+        binary = atob(text);
+    } catch {
+        return new Uint8Array(0);
+    }
+    const bytes = new Uint8Array(binary.length);
     for (let index = 0; index < bytes.length; ++index)
         bytes[index] = binary.charCodeAt(index);
     return bytes;
+}
+
+/** As the program reckons it, of the deflated bytes. */
+export function adler32(bytes) {
+    const modulus = 65521, mostSteps = 5552; // before a sum could leave 32 bits
+    let a = 1, b = 0;
+    for (let start = 0; start < bytes.length; start += mostSteps) {
+        for (let index = start, end = Math.min(bytes.length, start + mostSteps); index < end; ++index)
+            b += a += bytes[index];
+        a %= modulus;
+        b %= modulus;
+    }
+    return b * 0x10000 + a;
 }
 
 async function inflate(packed, length, report) {
@@ -49,7 +72,7 @@ async function inflate(packed, length, report) {
     // Not by way of a Blob, whose stream WebKit does not read in a page that is a file.
     const [, filled] = await Promise.all([
         feed(inflater.writable.getWriter(), packed),
-        collect(inflater.readable.getReader(), bytes, filled => report(filled / length)),
+        collect(inflater.readable.getReader(), bytes, count => report(count / length)),
     ]);
     if (filled !== length)
         throw new Error(`the land has ${filled} bytes instead of ${length}`);

@@ -1,40 +1,63 @@
 // What runs in a worker: unpacks the land, or is given it, and draws areas of the map.
-import {Land} from './land.js';
+import {countTypes, Land} from './land.js';
+import {groundBytes} from './relief/ground.js';
+import {landWithLevelSea} from './relief/sea.js';
 import {drawArea} from './tile.js';
 import {unpackLand} from './unpack.js';
 
-let worlds, heights, colors;
+let worlds, description;
+
+/** The newer land as the relief has it, made when it is first wanted. */
+function landOfRelief() {
+    worlds.level = worlds.level || landWithLevelSea(worlds.newer).land;
+    return worlds.level;
+}
 
 const actions = {
-    /** Gives the planes of the lands. */
-    async unpack({base64, hasOlder}) {
-        const planes = await unpackLand(base64, hasOlder, share => postMessage({progress: share}));
-        actions.take({planes});
-        return {planes};
+    async unpack({base64}) {
+        actions.take({planes: await unpackLand(base64, description, share => postMessage({progress: share}))});
+        return {...actions.copy(), typeCounts: countTypes(worlds.newer)};
+    },
+
+    /** The planes of the lands, for others to keep. */
+    copy() {
+        return {planes: {newer: worlds.newer.copyPlanes(), older: worlds.older && worlds.older.copyPlanes()}};
     },
 
     describe(message) {
-        ({heights, colors} = message);
+        ({description} = message);
         return {};
     },
 
     take({planes}) {
-        const land = part => part && new Land(part, heights);
+        const land = part => part && new Land(description.heights, part);
         worlds = {newer: land(planes.newer), older: land(planes.older)};
         return {};
     },
 
+    /** With `area.isLevel` the sea is level; not where colours tell heights. */
     draw({view, area}) {
-        const [land, other] = area.older ? [worlds.older, null] : [worlds.newer, worlds.older];
-        return {pixels: drawArea(land, other, colors, view, area)};
+        const isLevel = area.isLevel && view.base === 'land';
+        return {pixels: drawArea(isLevel ? {...worlds, newer: landOfRelief()} : worlds, description.colors, view, area)};
+    },
+
+    /** What the light leaves in the shade, and what is wet. */
+    ground({light}) {
+        return {pixels: groundBytes(landOfRelief(), light)};
     },
 };
 
 onmessage = async ({data}) => {
     try {
         const reply = await actions[data.action](data);
-        postMessage({id: data.id, ...reply}, reply.pixels ? [reply.pixels.buffer] : []);
+        postMessage(reply, buffersOf(reply));
     } catch (error) {
-        postMessage({id: data.id, error: String(error)});
+        postMessage({error: String(error.message || error)});
     }
 };
+
+/** What is handed over instead of copied. */
+function buffersOf({pixels, planes}) {
+    const arrays = planes ? [planes.newer, planes.older].filter(Boolean).flatMap(Object.values) : pixels ? [pixels] : [];
+    return arrays.map(({buffer}) => buffer);
+}

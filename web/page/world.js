@@ -1,17 +1,29 @@
 // All that the page knows of the world: its lands, the names of land types, places and dungeons.
 import {pointOfUnit} from './coordinates.js';
+import {Signal} from './events.js';
 import {Land, ROAD} from './land.js';
 
 export class World {
-    /** `description` as WQWebPage writes it; `planes` as the painter gives them. */
-    constructor(description, planes) {
+    /** `description` as WQWebPage writes it. Its lands are empty until they are unpacked. */
+    constructor(description) {
         Object.assign(this, description);
-        this.newer = new Land(planes.newer, description.heights);
-        this.older = planes.older && new Land(planes.older, description.heights);
+        this.newer = new Land(description.heights);
+        this.older = description.hasOlderLand ? new Land(description.heights) : null;
+        this.typeCounts = [];
+        this.filled = new Signal();
         this.places = description.places.map(([x, y, name]) => ({name, x: pointOfUnit(x), y: pointOfUnit(y)}));
         this.dungeons = description.dungeons.map(([block, name, entrances]) => (
             {block, name, entrances: entrances.map(([x, y]) => ({x: pointOfUnit(x), y: pointOfUnit(y)}))}));
         this.dungeonNames = new Map(this.dungeons.map(({block, name}) => [block, name]));
+    }
+
+    /** `planes` and `typeCounts`: as the painter gives them. */
+    fill({planes, typeCounts}) {
+        this.newer.fill(planes.newer);
+        if (this.older)
+            this.older.fill(planes.older);
+        this.typeCounts = typeCounts;
+        this.filled.emit();
     }
 
     /** As the region record calls it; else after its colour. */

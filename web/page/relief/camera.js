@@ -5,7 +5,8 @@ import {LAND_SIZE} from '../land.js';
 
 export const FIELD_OF_VIEW = 45; // degrees, from the window's lower edge to its upper one
 export const MOST_TILT = 82;
-const CLOSEST_VIEW = 14, FARTHEST_VIEW = 5000;
+export const CLOSEST_VIEW = 14;
+export const FARTHEST_VIEW = 5000;
 const radians = degrees => degrees * Math.PI / 180;
 const TAN = Math.tan(radians(FIELD_OF_VIEW / 2));
 

@@ -8,8 +8,10 @@ const KEY_TURN = 60; // degrees a second
 const KEYS = {
     ArrowLeft: {right: -1}, ArrowRight: {right: 1}, ArrowUp: {ahead: 1}, ArrowDown: {ahead: -1},
     KeyA: {right: -1}, KeyD: {right: 1}, KeyW: {ahead: 1}, KeyS: {ahead: -1},
-    KeyQ: {turn: -1}, KeyE: {turn: 1}, KeyR: {tilt: 1}, KeyF: {tilt: -1},
+    KeyQ: {turn: -1}, KeyE: {turn: 1},
     '+': {closer: 1}, '=': {closer: 1}, '-': {closer: -1}, PageUp: {tilt: 1}, PageDown: {tilt: -1}};
+/** Keys that do something once, by `event.key` in lower case. */
+const AT_ONCE = {home: relief => relief.showWholeWorld(), n: relief => relief.turnNorth(), enter: relief => relief.clickMiddle()};
 const SHIFTED_KEYS = {ArrowLeft: {turn: -1}, ArrowRight: {turn: 1}, ArrowUp: {tilt: 1}, ArrowDown: {tilt: -1}};
 
 export class ReliefGestures {
@@ -19,6 +21,8 @@ export class ReliefGestures {
         this.canvas = relief.canvas;
         this.pointers = new Map();
         this.held = new Map();
+        this.hasCursor = matchMedia('(hover: hover)').matches;
+        this.isByKeyboard = false;
         const on = (name, take) => this.canvas.addEventListener(name, take, {passive: false});
         on('pointerdown', event => this.press(event));
         on('pointermove', event => this.move(event));
@@ -34,6 +38,8 @@ export class ReliefGestures {
     }
 
     press(event) {
+        this.isByKeyboard = false;
+        this.hasCursor = event.pointerType === 'mouse';
         this.canvas.setPointerCapture(event.pointerId);
         this.canvas.focus({preventScroll: true, focusVisible: false});
         this.relief.stopFlight();
@@ -47,6 +53,8 @@ export class ReliefGestures {
     move(event) {
         const pointer = this.pointers.get(event.pointerId), x = event.offsetX, y = event.offsetY;
         if (!pointer) {
+            this.hasCursor = event.pointerType === 'mouse';
+            this.isByKeyboard = false;
             this.relief.hover({x, y});
             return;
         }
@@ -99,13 +107,17 @@ export class ReliefGestures {
         if (event.ctrlKey || event.metaKey || event.altKey)
             return;
         const action = event.shiftKey && SHIFTED_KEYS[event.code] || KEYS[event.code] || KEYS[event.key];
-        if (event.code === 'Home')
-            this.relief.showWholeWorld();
-        else if (!action)
+        const atOnce = AT_ONCE[event.key.toLowerCase()];
+        if (!action && !atOnce)
             return;
         event.preventDefault();
+        this.isByKeyboard = true;
+        if (atOnce) {
+            atOnce(this.relief);
+            return;
+        }
         this.relief.stopFlight();
-        if (action && !this.held.has(event.code)) {
+        if (!this.held.has(event.code)) {
             this.held.set(event.code, action);
             // A short press moves, too.
             this.act(action, 0.08);

@@ -1,76 +1,113 @@
-// Names that stand on the land, each on a stem: as many as there is room for, the nearest first, none
-// through a mountain.
-import {paintLabel} from '../graticule.js';
+// Names that stand on the land, each on a stem: as many as there is room for, towns first, then the
+// nearest; none through a mountain, none of what the raised sea covers.
+import {paintLabel} from '../lettering.js';
 
 const MOST_LABELS = 80;
-const STEM_PIXELS = 26; // pixels
-const LABEL_PIXELS = 16;
+const STEM = 26, LINE = 16, DOT = 4, GAP = 3; // pixels
+/** Of places whose feet fall into the same small part of the window, one is named. */
+const CELL_WIDTH = 24, CELL_HEIGHT = 12;
+/** Dungeons are there by the hundred: from afar they would hide the land. */
+const DUNGEONS_WITHIN = 400;
+
+const FONTS = ['600 13px system-ui, sans-serif', '12px system-ui, sans-serif'];
+const COLORS = {mark: '#0b62c4', dungeon: '#3b3b46'};
+const PLACE_COLOR = '#b4232e';
+
+/** What comes first where there is not room for all. */
+export function rankOf({kind, type}) {
+    if (kind === 'place')
+        return type === undefined || type === 'town' ? 0 : 2;
+    return kind === 'dungeon' ? 3 : 1;
+}
+
+/** Of what stands in the window, at most one a cell, the more important and then the nearer first. */
+export function bestOfCells(candidates) {
+    const isBetter = (a, b) => a.rank - b.rank || a.eyeDistance - b.eyeDistance, cells = new Map();
+    for (const candidate of candidates) {
+        const cell = Math.floor(candidate.foot.x / CELL_WIDTH) * 0x10000 + Math.floor(candidate.foot.y / CELL_HEIGHT), other = cells.get(cell);
+        if (!other || isBetter(candidate, other) < 0)
+            cells.set(cell, candidate);
+    }
+    return [...cells.values()].sort(isBetter);
+}
+
+const overlap = (a, b) => a.left < b.right && b.left < a.right && a.top < b.bottom && b.top < a.bottom;
 
 export class ReliefLabels {
-    /** `scene`: see scene.js; draws on a canvas over it. */
-    constructor(canvas, scene, shape) {
-        Object.assign(this, {canvas, scene, shape});
+    /** `sight`: see sight.js. */
+    constructor(sight, shape) {
+        Object.assign(this, {sight, shape});
+        this.widths = new Map();
+        /** What is named now: `{place, box, foot}`. */
+        this.shown = [];
     }
 
-    resize(width, height) {
-        const density = Math.min(2, window.devicePixelRatio || 1);
-        Object.assign(this.canvas, {width: width * density, height: height * density});
-        Object.assign(this, {width, height, density});
-    }
-
-    /** `places`: `{x, y, name}` each. */
-    draw(places) {
-        const context = this.canvas.getContext('2d');
-        context.setTransform(this.density, 0, 0, this.density, 0, 0);
-        context.clearRect(0, 0, this.width, this.height);
-        this.paint(context, places);
-    }
-
-    paint(context, places) {
-        context.font = '600 13px system-ui, sans-serif';
+    /** `places`: `{x, y, name, kind}` each; `covered`: parts of the window that names keep clear of. */
+    draw(context, places, covered = []) {
         context.textBaseline = 'middle';
-        const taken = [];
-        for (const {name, foot, eyeDistance, point} of this.inView(places)) {
-            const width = context.measureText(name).width + 8;
-            const box = {left: foot.x - width / 2, right: foot.x + width / 2, top: foot.y - STEM_PIXELS - LABEL_PIXELS / 2, bottom: foot.y - STEM_PIXELS + LABEL_PIXELS / 2};
-            if (box.left < 0 || box.right > this.width || box.top < 0 || taken.some(other => box.left < other.right && other.left < box.right && box.top < other.bottom && other.top < box.bottom))
+        this.shown = [];
+        const taken = [...covered];
+        const {width, height} = this.sight;
+        for (const {place, point, foot, eyeDistance, rank} of bestOfCells(this.inView(places))) {
+            context.font = FONTS[rank < 3 ? 0 : 1];
+            const half = this.widthOf(context, place.name, rank) / 2 + 4, middle = foot.y - STEM;
+            const box = {left: foot.x - half, right: foot.x + half, top: middle - LINE / 2, bottom: middle + LINE / 2};
+            const room = {left: box.left - GAP, right: box.right + GAP, top: box.top, bottom: foot.y + DOT};
+            const isOutside = box.left < 0 || box.right > width || box.top < 0 || foot.y > height;
+            if (isOutside || taken.some(other => overlap(room, other)) || this.sight.isHidden(point, eyeDistance))
                 continue;
-            if (this.shape.hides(this.scene.camera.position, {...point, z: point.z + 1 + eyeDistance * 0.004}))
-                continue;
-            taken.push(box);
-            drawStem(context, foot);
-            paintLabel(context, name, foot.x, foot.y - STEM_PIXELS, 'center');
-            if (taken.length === MOST_LABELS)
+            taken.push(room);
+            this.shown.push({place, box, foot});
+            drawStem(context, foot, COLORS[place.kind || 'mark'] || PLACE_COLOR);
+            paintLabel(context, place.name, foot.x, middle, 'center');
+            if (this.shown.length === MOST_LABELS)
                 break;
         }
     }
 
-    /** Those before the eye and in the window, the nearest first. */
+    widthOf(context, name, rank) {
+        const key = `${rank < 3} ${name}`;
+        if (!this.widths.has(key))
+            this.widths.set(key, context.measureText(name).width);
+        return this.widths.get(key);
+    }
+
+    /** Those before the eye and in the window. */
     inView(places) {
-        const eye = this.scene.camera.position, found = [];
-        for (const {x, y, name} of places) {
-            const point = {x, y, z: this.shape.heightAt(x, y)};
-            const seen = this.scene.project(x, y, point.z);
-            if (!seen || Math.abs(seen.x) > 1 || Math.abs(seen.y) > 1)
+        const found = [];
+        for (const place of places) {
+            const {x, y} = place;
+            if (this.shape.drowns(x, y))
                 continue;
-            const foot = {x: (seen.x + 1) / 2 * this.width, y: (1 - seen.y) / 2 * this.height};
-            found.push({name, foot, point, eyeDistance: Math.hypot(x - eye.x, y - eye.y, point.z - eye.z)});
+            const point = {x, y, z: this.shape.heightAt(x, y)}, seen = this.sight.pixelOf(point);
+            if (seen && (place.kind !== 'dungeon' || seen.eyeDistance < DUNGEONS_WITHIN))
+                found.push({place, point, foot: seen, eyeDistance: seen.eyeDistance, rank: rankOf(place)});
         }
-        return found.sort((a, b) => a.eyeDistance - b.eyeDistance);
+        return found;
+    }
+
+    /** The place whose name or foot is at a pixel; undefined where there is none. */
+    at(x, y) {
+        const hit = this.shown.find(({box, foot}) => x >= box.left && x <= box.right && y >= box.top && y <= box.bottom ||
+            Math.hypot(x - foot.x, y - foot.y) <= 2 * DOT);
+        return hit && hit.place;
     }
 }
 
-function drawStem(context, foot) {
+function drawStem(context, foot, color) {
     for (const [width, style] of [[3, 'rgba(255, 255, 255, 0.85)'], [1.5, '#1b1b1b']]) {
         context.lineWidth = width;
         context.strokeStyle = style;
         context.beginPath();
         context.moveTo(foot.x, foot.y);
-        context.lineTo(foot.x, foot.y - STEM_PIXELS + LABEL_PIXELS / 2);
+        context.lineTo(foot.x, foot.y - STEM + LINE / 2);
         context.stroke();
     }
     context.beginPath();
-    context.arc(foot.x, foot.y, 3, 0, 2 * Math.PI);
-    context.fillStyle = '#c42020';
+    context.arc(foot.x, foot.y, DOT, 0, 2 * Math.PI);
+    context.fillStyle = color;
     context.fill();
+    context.lineWidth = 1.5;
+    context.strokeStyle = '#fff';
+    context.stroke();
 }

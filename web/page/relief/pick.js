@@ -3,10 +3,22 @@ import {LAND_SIZE, UNITS_PER_CELL} from '../land.js';
 
 /** How the land is raised: heights in points of its places. */
 export class ReliefShape {
-    constructor(land) {
+    /** The sea stands at the real height `level`, which goes on around the world. */
+    constructor(land, level) {
         this.land = land;
+        this.floor = level / UNITS_PER_CELL;
         this.rise = 1;
         this.sea = -Infinity; // an elevation
+    }
+
+    /** Has the sea stand so much higher than it does, in real height. */
+    raiseSea(height) {
+        this.sea = height > 0 ? this.floor + height / UNITS_PER_CELL : -Infinity;
+    }
+
+    /** Whether the raised sea covers a place. */
+    drowns(x, y) {
+        return this.land.heightBetween(x, y) / UNITS_PER_CELL < this.sea;
     }
 
     heightOfElevation(elevation) {

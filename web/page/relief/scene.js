@@ -1,23 +1,29 @@
 // The relief as the graphics library has it: squares of the land, the sea around it, the sky.
-import {DEEP_SEA, LAND_SIZE, UNITS_PER_CELL} from '../land.js';
-import {lightOfSlope} from '../light.js';
+import {LAND_SIZE, UNITS_PER_CELL} from '../land.js';
 import {FIELD_OF_VIEW} from './camera.js';
 import {LAND_FRAGMENT, LAND_VERTEX, OUTER_SEA_FRAGMENT, OUTER_SEA_VERTEX, SKY_FRAGMENT, SKY_VERTEX} from './shaders.js';
 import {NODE_CELLS} from './tree.js';
+import {WAVES_SIZE, waveBytes} from './waves.js';
 
-const HAZE = [0.79, 0.85, 0.9], ZENITH = [0.36, 0.55, 0.76], WATER_COLOR = [0.25, 0.42, 0.55];
+const WATER_COLOR = [0.25, 0.42, 0.55];
+/** The air by day and by the last light: at the horizon, and above. */
+const DAY = [[0.79, 0.85, 0.9], [0.36, 0.55, 0.76]], DUSK = [[0.72, 0.68, 0.66], [0.36, 0.43, 0.56]];
+const DAY_ALTITUDE = 0.5; // the sine of how high the light stands
 /** The farther off the eye, the clearer the air: the land in the middle is always to be seen. */
 const hazeDensity = (haze, distance) => 0.9 * haze / (1500 + 2 * distance);
 const OUTER_SEA = 30000;
 const SKIRT = 2, SKIRT_DROP = 0.3;
 
 export class ReliefScene {
-    /** Throws where the graphics processor cannot be had or cannot do what is needed. */
-    constructor(canvas, land, tree, skin) {
-        this.renderer = new THREE.WebGLRenderer({canvas, antialias: true, alpha: false});
+    /**
+     * `shape`: see pick.js; `skin`: pictures of the land, see skin.js; `ground`: what is dark and wet,
+     * see ground.js. Throws where the graphics processor cannot be had or cannot do what is needed.
+     */
+    constructor(canvas, context, shape, tree, skin, ground) {
+        this.renderer = new THREE.WebGLRenderer({canvas, context});
         if (!this.renderer.capabilities.vertexTextures)
             throw new Error('its graphics cannot read heights');
-        this.renderer.autoClear = false;
+        this.renderer.autoClearColor = false; // The sky covers what nothing else does.
         this.tree = tree;
         this.skin = skin;
         this.camera = new THREE.PerspectiveCamera(FIELD_OF_VIEW, 1, 1, 40000);
@@ -25,42 +31,36 @@ export class ReliefScene {
         this.scene.autoUpdate = false;
         this.squares = [];
         this.geometry = squareGeometry();
+        const vector = (...values) => ({value: new THREE.Vector3(...values)});
         this.common = {
-            rise: {value: 1}, sea: {value: -1e9}, haze: {value: new THREE.Vector3(...HAZE)},
-            hazeDensity: {value: 0}, water: {value: new THREE.Vector3(...WATER_COLOR)}};
+            rise: {value: 1}, sea: {value: -1e9}, hazeDensity: {value: 0}, haze: vector(), zenith: vector(), light: vector(0, 0, 1),
+            water: vector(...WATER_COLOR), waves: {value: waveTexture()}, wetness: {value: 1},
+            floorElevation: {value: shape.floor}, floorColor: vector()};
         this.shared = {
-            ...this.common, heights: {value: heightTexture(land, tree)},
+            ...this.common, heights: {value: heightTexture(shape.land, tree)},
             range: {value: new THREE.Vector2(tree.lowest, tree.highest - tree.lowest)},
-            skin: {value: skin.whole}, detail: {value: skin.detail}, detailWindow: {value: new THREE.Vector3()}};
-        this.addOuterSea(land);
+            skin: {value: skin.whole}, detail: {value: skin.detail}, detailWindow: vector(),
+            ground: {value: ground.texture}, shadow: {value: 1}};
+        this.add(frameGeometry(), this.common, OUTER_SEA_VERTEX, OUTER_SEA_FRAGMENT);
         this.addSky();
-    }
-
-    addOuterSea(land) {
-        this.floorColor = new THREE.Vector3();
-        this.outerSea = new THREE.Mesh(frameGeometry(), new THREE.ShaderMaterial({
-            uniforms: {...this.common, floorElevation: {value: land.table[0] / UNITS_PER_CELL}, floorColor: {value: this.floorColor}},
-            vertexShader: OUTER_SEA_VERTEX, fragmentShader: OUTER_SEA_FRAGMENT}));
-        this.add(this.outerSea);
     }
 
     addSky() {
         const geometry = new THREE.BufferGeometry();
         geometry.setAttribute('position', new THREE.Float32BufferAttribute([-1, -1, 0, 3, -1, 0, -1, 3, 0], 3));
-        this.skyUniforms = {
-            haze: this.common.haze, zenith: {value: new THREE.Vector3(...ZENITH)}, ahead: {value: new THREE.Vector3()},
-            toRight: {value: new THREE.Vector3()}, toTop: {value: new THREE.Vector3()}};
-        const sky = new THREE.Mesh(geometry, new THREE.ShaderMaterial({
-            uniforms: this.skyUniforms, vertexShader: SKY_VERTEX, fragmentShader: SKY_FRAGMENT, depthTest: false, depthWrite: false}));
-        sky.renderOrder = -1;
-        this.add(sky);
+        this.skyUniforms = {...this.common,
+            ahead: {value: new THREE.Vector3()}, toRight: {value: new THREE.Vector3()}, toTop: {value: new THREE.Vector3()}};
+        // Last, where nothing else is.
+        this.add(geometry, this.skyUniforms, SKY_VERTEX, SKY_FRAGMENT).renderOrder = 1;
     }
 
-    add(mesh) {
+    add(geometry, uniforms, vertexShader, fragmentShader) {
+        const mesh = new THREE.Mesh(geometry, new THREE.ShaderMaterial({uniforms, vertexShader, fragmentShader}));
         // The shaders place everything; the library knows nothing of where it is.
         mesh.frustumCulled = false;
         mesh.matrixAutoUpdate = false;
         this.scene.add(mesh);
+        return mesh;
     }
 
     resize(width, height) {
@@ -70,11 +70,19 @@ export class ReliefScene {
         this.camera.updateProjectionMatrix();
     }
 
-    /** `light`: towards it. The sea around the world is as the flat map has it; gives its colour. */
-    setSeaColor(color, light) {
-        const share = lightOfSlope(0, 0, light) / 255;
-        this.floorColor.set(...[0, 1, 2].map(index => color[DEEP_SEA * 12 + index] * share));
-        return `rgb(${this.floorColor.toArray().map(component => Math.floor(component * 255))})`;
+    /**
+     * `light`: towards it; `sea`: the sea around the world, red, green and blue from 0 to 255;
+     * `isNatural`: whether colours are the land's own, so that water may shine and shadows fall.
+     */
+    setLight(light, sea, isNatural, hasShadows) {
+        const {common} = this, share = Math.max(0, Math.min(1, light[2] / DAY_ALTITUDE));
+        const between = index => DAY[index].map((day, at) => DUSK[index][at] + (day - DUSK[index][at]) * share);
+        common.light.value.set(...light);
+        common.haze.value.set(...between(0));
+        common.zenith.value.set(...between(1));
+        common.floorColor.value.set(...sea.map(component => component / 255));
+        common.wetness.value = isNatural ? 1 : 0;
+        this.shared.shadow.value = isNatural && hasShadows ? 1 : 0;
     }
 
     /** Draws what a shape looks like in a view; `haze`: 1 as usual, 0 none. */
@@ -121,26 +129,12 @@ export class ReliefScene {
     }
 
     newSquare() {
-        const mesh = new THREE.Mesh(this.geometry, new THREE.ShaderMaterial({
-            uniforms: {...this.shared, square: {value: new THREE.Vector3()}, morph: {value: new THREE.Vector2()}},
-            vertexShader: LAND_VERTEX, fragmentShader: LAND_FRAGMENT}));
-        this.add(mesh);
-        return mesh;
-    }
-
-    /** The direction in which a place of the window lies, in a vector of length 1; window from -1 to 1. */
-    directionAt(right, top) {
-        return new THREE.Vector3(right, top, 0.5).unproject(this.camera).sub(this.camera.position).normalize();
-    }
-
-    /** Where a point in space is seen, from -1 to 1; null behind the eye. */
-    project(x, y, z) {
-        const point = new THREE.Vector3(x, y, z).project(this.camera);
-        return point.z < 1 ? point : null;
+        return this.add(this.geometry, {...this.shared, square: {value: new THREE.Vector3()}, morph: {value: new THREE.Vector2()}},
+            LAND_VERTEX, LAND_FRAGMENT);
     }
 }
 
-/** 33 by 33 points; cells are halved alike, so that coarser squares fit. */
+/** 33 by 33 points, and those of the rim once more with z = 1; cells are halved alike, so that coarser squares fit. */
 function squareGeometry() {
     const side = NODE_CELLS + 1, points = [], corners = [];
     for (let y = 0; y < side; ++y)
@@ -151,6 +145,22 @@ function squareGeometry() {
             const at = y * side + x;
             corners.push(at, at + 1, at + side + 1, at, at + side + 1, at + side);
         }
+    const first = points.length / 3, steps = 4 * NODE_CELLS;
+    for (let step = 0; step < steps; ++step) {
+        const [x, y] = pointOfRim(step), [nextX, nextY] = pointOfRim(step + 1), next = first + (step + 1) % steps;
+        points.push(x, y, 1);
+        corners.push(first + step, next, nextY * side + nextX, first + step, nextY * side + nextX, y * side + x);
+    }
+    return geometryOf(points, corners);
+}
+
+/** Counter-clockwise from the south-west. */
+function pointOfRim(step) {
+    const along = step % NODE_CELLS, back = NODE_CELLS - along;
+    return [[along, 0], [NODE_CELLS, along], [back, NODE_CELLS], [0, back]][Math.floor(step / NODE_CELLS) % 4];
+}
+
+function geometryOf(points, corners) {
     const geometry = new THREE.BufferGeometry();
     geometry.setAttribute('position', new THREE.Float32BufferAttribute(points, 3));
     geometry.setIndex(corners);
@@ -170,15 +180,12 @@ function frameGeometry() {
             const one = start + side, two = start + (side + 1) % 4;
             corners.push(one, two, two + 4, one, two + 4, one + 4);
         }
-    const geometry = new THREE.BufferGeometry();
-    geometry.setAttribute('position', new THREE.Float32BufferAttribute(points, 3));
-    geometry.setIndex(corners);
-    return geometry;
+    return geometryOf(points, corners);
 }
 
 /** Elevations in 16 bits of their range, high byte first, row by row from the south. */
 function heightTexture(land, tree) {
-    const range = tree.highest - tree.lowest || 1, words = land.table.map(
+    const range = tree.highest - tree.lowest || 1, words = Uint16Array.from(land.table,
         height => Math.round((height / UNITS_PER_CELL - tree.lowest) / range * 0xFFFF));
     const bytes = new Uint8Array(LAND_SIZE * LAND_SIZE * 2), {heights} = land;
     for (let at = 0; at < heights.length; ++at) {
@@ -187,6 +194,16 @@ function heightTexture(land, tree) {
         bytes[at * 2 + 1] = word & 0xFF;
     }
     const texture = new THREE.DataTexture(bytes, LAND_SIZE, LAND_SIZE, THREE.LuminanceAlphaFormat);
+    texture.needsUpdate = true;
+    return texture;
+}
+
+function waveTexture() {
+    const texture = new THREE.DataTexture(waveBytes(), WAVES_SIZE, WAVES_SIZE, THREE.RGBAFormat);
+    texture.wrapS = texture.wrapT = THREE.RepeatWrapping;
+    texture.magFilter = THREE.LinearFilter;
+    texture.minFilter = THREE.LinearMipmapLinearFilter;
+    texture.generateMipmaps = true;
     texture.needsUpdate = true;
     return texture;
 }

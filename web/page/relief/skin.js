@@ -1,6 +1,7 @@
 // The land's skin: the flat map's own picture under the same settings, drawn by the same workers. One
 // picture of the whole land, and a closer one of what is in the middle of the window.
 import {LAND_SIZE} from '../land.js';
+import {GROUND_SIZE} from './ground.js';
 
 const SKIN_SIZE = 2048; // a power of two, so that the far land can be averaged
 const SKIN_TILE = 512;
@@ -35,11 +36,11 @@ export class ReliefSkin {
         return texture;
     }
 
-    /** Draws everything anew; `x`, `y`: what to begin with; `sea`: what stands beyond the edge. */
+    /** Draws everything anew; `x`, `y`: what to begin with; `sea`: red, green, blue of what is beyond the edge. */
     repaint({x, y}, sea) {
         this.wanted = this.window = null;
         const context = this.whole.image.getContext('2d');
-        context.fillStyle = sea;
+        context.fillStyle = `rgb(${sea.map(Math.floor)})`;
         if (!this.round)
             context.fillRect(0, 0, SKIN_SIZE, SKIN_SIZE);
         // Averaged from afar, the margin runs into the land.
@@ -59,7 +60,8 @@ export class ReliefSkin {
                 return;
             context.putImageData(image, area.x, area.y);
             this.onprogress(++done / areas.length);
-            if (done % 4 === 0 || done === areas.length)
+            // Each time costs a copy to the graphics processor.
+            if (done % 8 === 0 || done === areas.length)
                 this.show(this.whole);
         }));
     }
@@ -103,11 +105,38 @@ export class ReliefSkin {
     }
 }
 
+/** What lies in the shade and what is wet: see ground.js. */
+export class ReliefGround {
+    /** `onchange`: when to draw. */
+    constructor(painter, onchange) {
+        Object.assign(this, {painter, onchange});
+        this.texture = new THREE.DataTexture(new Uint8Array(2), 1, 1, THREE.LuminanceAlphaFormat);
+        this.texture.magFilter = THREE.LinearFilter;
+        this.texture.minFilter = THREE.LinearMipmapNearestFilter;
+        this.texture.generateMipmaps = true;
+        this.texture.needsUpdate = true;
+    }
+
+    /** Has it made for a light, `{azimuth, altitude, rise, sea}`, unless it is; what was asked for last is shown in the end. */
+    async follow(light) {
+        const wanted = JSON.stringify(light);
+        if (wanted === this.wanted)
+            return;
+        this.wanted = wanted;
+        const reply = await this.painter.ask({action: 'ground', light}, () => this.wanted === wanted);
+        if (!reply || this.wanted !== wanted)
+            return;
+        this.texture.image = {data: reply.pixels, width: GROUND_SIZE, height: GROUND_SIZE};
+        this.texture.needsUpdate = true;
+        this.onchange();
+    }
+}
+
 function areasOf(zoom, left, top, size) {
     const areas = [];
     for (let y = top; y < top + size; y += SKIN_TILE)
         for (let x = left; x < left + size; x += SKIN_TILE)
-            areas.push({zoom, x, y, width: Math.min(SKIN_TILE, left + size - x), height: Math.min(SKIN_TILE, top + size - y)});
+            areas.push({scale: 2 ** zoom, x, y, width: Math.min(SKIN_TILE, left + size - x), height: Math.min(SKIN_TILE, top + size - y), isLevel: true});
     return areas;
 }
 

@@ -18,9 +18,9 @@ export class ReliefTree {
     }
 
     /**
-     * The squares to draw for an eye at `{x, y, z}`: `{x, y, cell, morph}`, the south-west corner and
-     * the width of a cell in points, and the distances between which points move to the coarser
-     * square. `toHeight` gives the height of an elevation; `isVisible` is told the corners of a box.
+     * The squares to draw for an eye at `{x, y, z}`, the nearest first: `{x, y, cell, morph, distance}`,
+     * the south-west corner and the width of a cell in points, and the distances between which points
+     * move to the coarser square. `toHeight` gives the height of an elevation; `isVisible` is told the corners of a box.
      */
     choose(eye, toHeight, isVisible) {
         const chosen = [];
@@ -39,26 +39,27 @@ export class ReliefTree {
                 return;
             }
             const end = level === LEVELS - 1 ? Infinity : SPLIT_DISTANCE * size * 2;
-            chosen.push({x, y, cell: 1 << level, morph: [end * MORPH_START, end]});
+            chosen.push({x, y, cell: 1 << level, morph: [end * MORPH_START, end], distance});
         };
         visit(LEVELS - 1, 0, 0);
-        return chosen;
+        // What is near hides what is behind it before that is painted.
+        return chosen.sort((a, b) => a.distance - b.distance);
     }
 }
 
 const outside = (value, low, high) => Math.max(low - value, 0, value - high);
 
 /** Least and greatest elevation of the squares of the first level, in pairs. */
-function leafRanges(land) {
-    const side = Math.ceil((LAND_SIZE - 1) / NODE_CELLS);
-    const ranges = new Float32Array(side * side * 2);
+function leafRanges({heights, table}) {
+    const side = Math.ceil((LAND_SIZE - 1) / NODE_CELLS), ranges = new Float32Array(side * side * 2);
     for (let row = 0; row < side; ++row)
         for (let column = 0; column < side; ++column) {
             let low = Infinity, high = -Infinity;
-            const east = Math.min(LAND_SIZE - 1, (column + 1) * NODE_CELLS), north = Math.min(LAND_SIZE - 1, (row + 1) * NODE_CELLS);
+            const west = column * NODE_CELLS, east = Math.min(LAND_SIZE - 1, west + NODE_CELLS);
+            const north = Math.min(LAND_SIZE - 1, (row + 1) * NODE_CELLS);
             for (let y = row * NODE_CELLS; y <= north; ++y)
-                for (let x = column * NODE_CELLS; x <= east; ++x) {
-                    const height = land.heightAt(x, y);
+                for (let at = y * LAND_SIZE + west, end = y * LAND_SIZE + east; at <= end; ++at) {
+                    const height = table[heights[at]];
                     low = height < low ? height : low;
                     high = height > high ? height : high;
                 }
