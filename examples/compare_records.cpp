@@ -22,8 +22,6 @@ int main(int argc, char *argv[]) {
     if (argc != 3)
         return 2;
     const WQClientData older{std::filesystem::path(argv[1])}, newer{std::filesystem::path(argv[2])};
-    older.portalDataFile()->loadFileEntriesIfNecessary();
-    newer.portalDataFile()->loadFileEntriesIfNecessary();
     WQDataFileComparison comparison(older.portalDataFile(), newer.portalDataFile());
     comparison.buildComparison();
     list("added", comparison.fileKeysAdded().value());

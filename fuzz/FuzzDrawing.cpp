@@ -4,7 +4,7 @@
 
 #include "map/overlay/WQDrawnRows.h"
 #include "map/overlay/WQOverlayTable.h"
-#include "tool/PlotFile.h"
+#include "map/overlay/WQPlotFile.h"
 
 #include <vector>
 
@@ -33,7 +33,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t siz
     static WQTypesetter typesetter;
     const WQLandColorTable colors;
     WQOverlayChoice choice;
-    choice.coordinates = readPlotFile(FuzzFolder() / "towns.txt");
+    choice.coordinates = WQReadPlotFile(FuzzFolder() / "towns.txt");
     const std::uint64_t scale = 1 + size % 2;
     const auto drawing =
         WQDrawOverlays({scale, {-0.5f, 0.5f, 0.707107f}, 255, colors, choice, typesetter});

@@ -3,13 +3,13 @@
 #include "fuzz/FuzzTarget.h"
 
 #include "io/ZPText.h"
-#include "tool/PlotFile.h"
+#include "map/overlay/WQPlotFile.h"
 
 #include <cmath>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t size) {
     FuzzWriteFile("towns.txt", std::as_bytes(std::span(bytes, size)));
-    for (const WQMapPoint &point : readPlotFile(FuzzFolder() / "towns.txt")) {
+    for (const WQMapPoint &point : WQReadPlotFile(FuzzFolder() / "towns.txt")) {
         FuzzExpect(ZPIsValidUTF8(point.label()) && ZPIsValidUTF8(point.type()));
         FuzzExpect(!std::isnan(point.coordinate().x) && !std::isnan(point.coordinate().y));
     }

@@ -5,6 +5,7 @@
 #include "fuzz/FuzzTarget.h"
 
 #include "io/ZPDataCursor.h"
+#include "io/ZPOutputGate.h"
 #include "tool/MapRun.h"
 
 #include <array>
@@ -40,6 +41,7 @@ int run(std::vector<std::string> words) {
         arguments.push_back(word.data());
     arguments.push_back(nullptr);
     optind = 0; // getopt starts anew
+    ZPBeginNextRun();
     return MapRun().run(static_cast<int>(words.size()), arguments.data());
 }
 

@@ -132,6 +132,41 @@ void writeRun(const std::filesystem::path &path, unsigned options, unsigned scal
     write(path, joined({head, ZPData(text.begin(), text.end()), old, archive}));
 }
 
+/// A decoder and two records for it.
+void writeDecoding(const std::filesystem::path &path, unsigned choice, std::string_view script,
+                   const ZPData &one, const ZPData &other) {
+    ZPData head = {static_cast<std::byte>(choice)};
+    ZPAppendLittleInt16(head, static_cast<std::uint16_t>(script.size()));
+    ZPAppendLittleInt16(head, static_cast<std::uint16_t>(one.size()));
+    const auto text = std::as_bytes(std::span(script));
+    write(path, joined({head, ZPData(text.begin(), text.end()), one, other}));
+}
+
+/// Every function that a script may call.
+constexpr std::string_view kScript = R"(
+local t = { 3, 1, 2, x = 'y', [true] = 1.5, [{}] = 0 }
+return { name = 'X', types = { 1 }, classes = { 'WQPalette' }, games = { 'ostvale' },
+  extension = 'x', decode = function(cursor, out)
+    out:identifier(cursor:readLittleInt32())
+    for k, v in pairs(t) do out:text(tostring(k), tostring(v)) end
+    table.sort(t) table.sort(t, function(a, b) return a > b end)
+    out:text('j', table.concat(t, ', ') .. ('%5.1f %q %s'):format(1.5, 'a', {}))
+    out:bytes('u', ('aB'):upper():lower():reverse():sub(1, -1) .. string.char(('x'):byte(1, -1)))
+    for i, v in ipairs(table.pack(table.unpack(t))) do out:number('i', math.max(i, v // 1)) end
+    local n = cursor:readByte()
+    out:groups('g', n, function(i)
+      out:flags('f', cursor:readByte(), { [0] = 'a', [3] = 'b' })
+      out:bits('b', n, 0, 3, { 'one' }) out:hex('h', n) out:signed('s', n, 4)
+    end)
+    out:group('v', function() out:vector('v', cursor:readLittleVector3()) end)
+    out:list('l', 2, function() out:number('n', cursor:readLittleInt64()) end)
+    out:number('d', cursor:readLittleFloat64()) out:boolean('e', cursor:isAtEnd())
+    out:text('n', cursor:wq_readLengthVar30StringAndAlign(true))
+    assert(select('#', next(t)) == 2 and tonumber('0x10') == 16, 'odd')
+    if cursor:remaining() > 9 then while true do t[#t + 1] = t end end
+  end }
+)";
+
 } // namespace
 
 int main(int argumentCount, char **arguments) {
@@ -140,8 +175,8 @@ int main(int argumentCount, char **arguments) {
         return 1;
     }
     const std::filesystem::path corpus = arguments[1];
-    for (const char *name :
-         {"archive", "region_record", "plot_file", "drawing", "data_cursor", "work", "run"})
+    for (const char *name : {"archive", "region_record", "plot_file", "drawing", "data_cursor",
+                             "work", "run", "check", "decoder"})
         std::filesystem::create_directories(corpus / name);
 
     writeWorld(corpus / "archive/world");
@@ -166,6 +201,8 @@ int main(int argumentCount, char **arguments) {
     writeSharedChain(corpus / "work/long_file", 500, 100, false);
     writeSharedChain(corpus / "work/long_loop", 500, 100, true);
 
+    writeSharedChain(corpus / "check/shared", 3, 4, false);
+
     const ZPData world = bytesOfFile(corpus / "archive/world");
     const std::string_view town = "town;24.2S 57.0E;Norwick\n";
     writeRun(corpus / "run/plain", 0, 0, "", {}, world);
@@ -173,6 +210,20 @@ int main(int argumentCount, char **arguments) {
              world);
     writeRun(corpus / "run/height_map", 0x10, 3, "", {}, bytesOfFile(corpus / "archive/loops"));
     writeRun(corpus / "run/unchanged", 0xC0, 1, "", world, world);
+
+    const ZPData records = hex("01000004 01 09 0000803F 0000003F 00000040 FFFFFFFFFFFFFFFF"
+                               "0100000000000000 9A9999999999B93F 02 6162 00");
+    writeDecoding(corpus / "decoder/land_block", 0, "", landBlock(0x8080FFFF), landBlock(1));
+    writeDecoding(corpus / "decoder/version", 1, "", words({1394}), words({1, 2}));
+    writeDecoding(corpus / "decoder/region_record", 2, "", SampleRegionRecord(), {});
+    writeDecoding(corpus / "decoder/chronicle", 3, "",
+                  hex("01000042 01 07D9 23 01 00000040 0200 6162 0000"), hex("01000042 FF"));
+    writeDecoding(corpus / "decoder/township", 4, "",
+                  hex("00000040 0200 6162 0000803F 00000040 FF0F 01 01000041 00"), {});
+    writeDecoding(corpus / "decoder/trader", 5, "",
+                  hex("01000041 0161 0000 04000000 01000040 0100 1C000006 B2010000 0C00 016100 00"),
+                  hex("01000041"));
+    writeDecoding(corpus / "decoder/script", 255, kScript, records, joined({records, ZPData(16)}));
 
     // Each operation once, over strings of all kinds.
     write(corpus / "data_cursor/strings",

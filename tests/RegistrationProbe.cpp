@@ -3,7 +3,10 @@
 #include "archive/ZPGorvaneClientData.h"
 #include "io/ZPSystemLog.h"
 
+#include <cstdio>
+
 int main() {
+    std::fputs("begins\n", stderr); // before which nobody may write
     ZPLog("main");
     const auto *first = ZPGorvaneClientData::clientDataClassForGorvaneGame(ZPGorvaneGame::first);
     const auto *retail =

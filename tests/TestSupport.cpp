@@ -1,5 +1,7 @@
 #include "tests/TestSupport.h"
 
+#include "io/ZPSystemLog.h"
+
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
@@ -46,6 +48,20 @@ std::size_t countOf(const std::string &text, std::string_view part) {
         ++count;
     return count;
 }
+
+namespace {
+
+/// Lines that were kept from before main go ahead of the first one after it. No test has to reckon
+/// with them.
+class KeptLinesFirst : public testing::Environment {
+  public:
+    void SetUp() override { ZPLog("The tests begin."); }
+};
+
+[[maybe_unused]] testing::Environment *const keptLinesFirst =
+    testing::AddGlobalTestEnvironment(new KeptLinesFirst);
+
+} // namespace
 
 namespace {
 

@@ -21,7 +21,9 @@ class LostRecord final : public ZPGorvaneStoredObject {
 
 TEST(StoredObject, SavesItsDumpWithTheTimeOfItsFile) {
     const TemporaryFolder folder;
-    ZPGorvaneStoredObject record(0x06000001);
+    const ZPData data = words({0x06000001});
+    ZPDataCursor dataCursor(data);
+    ZPGorvaneStoredObject record(dataCursor, nullptr);
     ZPError error;
     EXPECT_FALSE(record.saveToPath(folder / "dump", 1234567890, &error));
     EXPECT_EQ(error.domain, kZPGorvaneStorageErrorDomain);
@@ -42,6 +44,11 @@ TEST(StoredObject, SavesItsDumpWithTheTimeOfItsFile) {
     EXPECT_EQ(record.outputString(), "line 1\n00000012 abcdef01\n");
     EXPECT_EQ(cursor.offset(), 8u);
     EXPECT_THROW(record.appendValues(2, cursor), ZPRangeException);
+    // A record that was not read from data has nothing to collect lines in.
+    ZPGorvaneStoredObject unread(0x06000001);
+    unread.appendFormat("line %d", 1);
+    EXPECT_EQ(unread.outputString(), "");
+    EXPECT_FALSE(unread.saveToPath(folder / "unread"));
 
     // The word has no sign: half of it lies past 2038.
     EXPECT_TRUE(record.saveToPath(folder / "dump", 0xF0000000, &error));

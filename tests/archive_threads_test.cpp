@@ -5,12 +5,10 @@
 
 #include "archive/ZPGorvaneDataFile.h"
 #include "game/WQArchiveFamilies.h"
+#include "io/ZPParallel.h"
 
 #include <gtest/gtest.h>
 
-#include <tbb/global_control.h>
-#include <tbb/parallel_for.h>
-#include <tbb/task_arena.h>
 #include <thread>
 
 namespace {
@@ -35,19 +33,18 @@ TEST(Threads, WhoeverBuildsAnIndexTakesUpNoOtherWorkMeanwhile) {
     ZPGorvaneArchiveFamily family = kWQArchiveFamily;
     family.readFileEntry = &readFileEntrySlowly;
 
-    const tbb::global_control control(tbb::global_control::max_allowed_parallelism, kThreads);
-    tbb::task_arena arena(kThreads);
     std::atomic<std::size_t> found = 0, takenUp = 0;
-    const auto lookUp = [&](std::uint32_t number) {
+    const auto lookUp = [&](std::size_t number) {
         thread_local bool isLookingUp = false;
         takenUp += isLookingUp;
         const bool wasLookingUp = std::exchange(isLookingUp, true);
         ZPGorvaneDataFile dataFile(family, folder / "archive");
-        found += dataFile.fileEntryWithIdentifier(number) != nullptr;
+        found +=
+            dataFile.fileEntryWithIdentifier(static_cast<std::uint32_t>(number) + 1) != nullptr;
         isLookingUp = wasLookingUp;
     };
     CapturedLog captured;
-    arena.execute([&] { tbb::parallel_for(1u, kTasks + 1, lookUp, tbb::simple_partitioner()); });
+    ZPWithThreads(kThreads, [&] { ZPParallelFor(kTasks, lookUp); });
     EXPECT_EQ(found, kTasks);
     EXPECT_EQ(takenUp, 0u);
 }

@@ -1,3 +1,5 @@
+#include "data_tool/RecordReader.h"
+#include "game/WQStoredObject.h"
 #include "io/ZPSHA1.h"
 #include "io/ZPText.h"
 #include "tests/DataProgram.h"
@@ -242,12 +244,12 @@ TEST_F(DataCommands, ExtractsWhatHashesLikeTheDigests) {
         data({"diff", "--digests", "--format", "tsv", path, written(other, "z.dat")});
     EXPECT_THAT(changed.output, HasSubstr("0x06000002\tz\tchanged\tWQImage\t1204\t14\t" + digest));
 
-    // A file that cannot be written whole is not there at all.
+    // A file that cannot be written whole leaves the older one as it was.
     run = shell("ulimit -f 1; $DATA extract --again " + path + " " + folder);
     EXPECT_EQ(run.status, 1);
     EXPECT_THAT(run.log, AllOf(HasSubstr("06000002.bin: File too large"),
                                HasSubstr("2 files written, 0 were there, 2 failed")));
-    EXPECT_FALSE(std::filesystem::exists(image));
+    EXPECT_EQ(textOfFile(image), text);
 
     // Nothing is written through a link that leads out of the folder.
     std::filesystem::remove_all(folder + "/WQImage");
@@ -310,15 +312,35 @@ TEST_F(DataCommands, TellsWhatChangedInRecords) {
     EXPECT_EQ(run.status, 1);
     EXPECT_THAT(run.output, testing::ContainsRegex("    wares.0..price: [0-9]+ => [0-9]+\n"));
     EXPECT_THAT(run.output, Not(HasSubstr("greeting")));
-    // In a table each field is a line like the others, which the other commands take in turn.
-    const std::vector<std::string> asTable = {"diff",   "--records", "--format",  "tsv",
-                                              "--type", "0x41",      kOlderWorld, kWorld};
-    const std::string table = data(asTable).output;
-    EXPECT_THAT(table, testing::ContainsRegex("\n0x410000..\tlocal\tchanged\tTrader\t[0-9]+\t"
-                                              "[0-9]+\t\n0x410000..\tlocal\tfield\tTrader\t"
-                                              "[0-9]+\t[0-9]+\twares.0..price\n"));
-    for (const std::string_view line : ZPSplitText(table, '\n'))
-        EXPECT_EQ(std::ranges::count(line, '\t'), line.empty() ? 0 : 6) << line;
+    // In a table each field is a line like the others, which the other commands take in turn, and
+    // stands under the headings of the columns that were asked for.
+    const std::string digest = "[0-9a-f]{40}";
+    const struct {
+        std::vector<std::string> flags;
+        std::string header, changed, field;
+    } tables[] = {{{}, "", "", ""},
+                  {{"--records"}, "\tfield", "\t", "\twares.0..price"},
+                  {{"--digests"}, "\told-sha1\tnew-sha1", "\t" + digest + "\t" + digest, ""},
+                  {{"--digests", "--records"},
+                   "\told-sha1\tnew-sha1\tfield",
+                   "\t" + digest + "\t" + digest + "\t",
+                   "\t\t\twares.0..price"}};
+    for (const auto &row : tables) {
+        std::vector<std::string> words = {"diff", "--format",  "tsv", "--type",
+                                          "0x41", kOlderWorld, kWorld};
+        words.insert(words.end(), row.flags.begin(), row.flags.end());
+        const std::string table = data(words).output;
+        EXPECT_THAT(table, testing::StartsWith("identifier\tarchive\tchange\tclass\told\tnew" +
+                                               row.header + "\n"));
+        EXPECT_THAT(table, testing::ContainsRegex("\n0x410000..\tlocal\tchanged\tTrader\t[0-9]+\t"
+                                                  "[0-9]+" +
+                                                  row.changed + "\n"));
+        if (!row.field.empty()) {
+            EXPECT_THAT(table, testing::ContainsRegex("\n0x410000..\tlocal\tfield\tTrader\t[0-9]+\t"
+                                                      "[0-9]+" +
+                                                      row.field + "\n"));
+        }
+    }
     const ProgramRun land = data({"diff", "--land", kOlderWorld, kWorld});
     EXPECT_EQ(data({"diff", "--land", "--type", "41", kOlderWorld, kWorld}).status, 2);
     EXPECT_THAT(land.output,
@@ -345,6 +367,42 @@ TEST_F(DataCommands, DecodersAreFoundAndBrokenOnesNamed) {
     data({"--decoders", _folder / "mine", "extract", "--type", "4", path, _folder / "out"});
     EXPECT_TRUE(std::filesystem::exists(_folder / "out/WQPalette/04000001.pal"));
     EXPECT_EQ(data({"--decoders", _folder / "none", "list", path}).status, 1);
+
+    std::filesystem::remove(_folder / "mine/broken.lua");
+    std::ofstream(_folder / "mine/traders.lua")
+        << "return { name = 'Traders', types = { 0x41 }, classes = { 'WQPalete' },\n"
+           "  games = { 'ostvale' }, decode = function() end }\n";
+    const ProgramRun own = data({"decoders", "--decoders", _folder / "mine"});
+    EXPECT_EQ(own.status, 1);
+    EXPECT_THAT(own.log, HasSubstr("traders.lua: WQPalete is no record class\n"));
+    EXPECT_THAT(
+        own.output,
+        testing::ContainsRegex("\nTrader +0x41 +[^ ]*/trader.lua\n +0x41 +behind .*/mine/traders"));
+    EXPECT_THAT(data({"--decoders", _folder / "mine", "list", path}).log, HasSubstr("WQPalete"));
+    EXPECT_EQ(data({"decoders"}).status, 0);
+}
+
+TEST(RecordText, AClassWithoutADumpLeavesItToTheTree) {
+    ZPRecordTree tree;
+    tree.reset(1);
+    tree.addNumber(ZPRecordValueKind::unsignedInteger, "n", 7, {0, 1});
+    const ZPData bytes = hex("01000004");
+    ZPDataCursor cursor(bytes);
+    WQStoredObject record(cursor, nullptr);
+    EXPECT_EQ(textOfRecord(&record, tree), "n: 7\n");
+    EXPECT_EQ(textOfRecord(nullptr, tree), "n: 7\n");
+    record.appendFormat("a dump");
+    EXPECT_EQ(textOfRecord(&record, tree), "a dump\n");
+}
+
+TEST_F(DataCommands, RecordsOfOtherGamesAreNotTakenForThoseOfTheFirst) {
+    // What would be a trader that ends early.
+    for (const unsigned version : {1u, 2u}) {
+        FamilyArchive other(version);
+        other.addFile(0x41000001, hex("01000041 FF"));
+        const ProgramRun run = data({"check", written(other, "portal.dat")});
+        EXPECT_EQ(run.status, 0) << run.output;
+    }
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 #include "game/WQRetailClientData.h"
 #include "game/WQUndecodedObject.h"
 #include "io/ZPSystemLog.h"
+#include "io/ZPText.h"
 
 #include <gtest/gtest.h>
 
@@ -96,11 +97,12 @@ TEST(ClientData, RegistryAloneKnowsBothClassesBeforeMain) {
                              "clientDataClassesByGame: {";
     const std::string first = " \"Ostvale\" = WQClientData;";
     const std::string retail = " \"Ostvale (retail)\" = WQRetailClientData;";
-    const auto lines = run.logLines();
-    ASSERT_GE(lines.size(), 3u) << run.log;
-    EXPECT_TRUE(lines[0].ends_with("] " + name + first + " }")) << run.log;
-    EXPECT_TRUE(lines[1].ends_with("] " + name + first + retail + " }")) << run.log;
-    EXPECT_TRUE(lines[2].ends_with("] main")) << run.log;
+    const auto lines = ZPSplitText(run.log, '\n');
+    ASSERT_GE(lines.size(), 4u) << run.log;
+    EXPECT_EQ(lines[0], "begins");
+    EXPECT_TRUE(lines[1].ends_with("] " + name + first + " }")) << run.log;
+    EXPECT_TRUE(lines[2].ends_with("] " + name + first + retail + " }")) << run.log;
+    EXPECT_TRUE(lines[3].ends_with("] main")) << run.log;
     EXPECT_EQ(run.output, "basePath: /nonexistent\n");
     EXPECT_STREQ(ZPGorvaneClientData::clientDataClassForGorvaneGame(ZPGorvaneGame::first)->name,
                  "WQClientData");

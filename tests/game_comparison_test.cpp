@@ -1,5 +1,6 @@
 #include "game/WQDataFileComparison.h"
 #include "game/WQKnownDungeons.h"
+#include "io/ZPParallel.h"
 #include "io/ZPSystemLog.h"
 #include "tests/ArchiveBytes.h"
 #include "tests/TestSupport.h"
@@ -9,8 +10,6 @@
 #include <memory>
 #include <set>
 #include <sstream>
-#include <tbb/global_control.h>
-#include <tbb/task_arena.h>
 
 namespace {
 
@@ -32,8 +31,6 @@ class Comparison : public testing::Test {
         auto dataFile = std::make_unique<WQDataFile>(_folder / "archive");
         std::filesystem::remove(_folder / "archive");
         dataFile->setType(type);
-        dataFile->loadFileEntriesIfNecessary();
-        EXPECT_EQ(dataFile->fileCount(), files.size());
         return dataFile;
     }
 
@@ -105,10 +102,10 @@ TEST_F(Comparison, FindsWhatCameWentAndChanged) {
             numbers.insert(key >> 16);
         return Keys(numbers.begin(), numbers.end());
     };
-    const auto oldFile = archive(old);
     for (const auto &c : cases) {
         SCOPED_TRACE(c.what);
-        const auto newFile = archive(c.files);
+        // Nobody has loaded them before the first comparison.
+        const auto oldFile = archive(old), newFile = archive(c.files);
         for (const bool isSwapped : {false, true}) {
             WQDataFileComparison comparison(isSwapped ? newFile.get() : oldFile.get(),
                                             isSwapped ? oldFile.get() : newFile.get());
@@ -135,7 +132,7 @@ TEST_F(Comparison, NeedsTwoCellArchivesForLandBlocks) {
                                 "\nRemoved land blocks:\n" + std::string(70, '-') +
                                 "\nChanged land blocks:\n";
     const struct {
-        const WQDataFile *old, *current;
+        WQDataFile *old, *current;
         bool hasKeys, hasBlocks;
     } cases[] = {
         {some.get(), portal.get(), true, true}, {portal.get(), some.get(), true, false},
@@ -159,7 +156,6 @@ TEST_F(Comparison, NeedsTwoCellArchivesForLandBlocks) {
     // An older client without this archive: everything is new.
     WQDataFile missing(_folder / "missing");
     missing.setType(WQDataFile::cell);
-    missing.loadFileEntriesIfNecessary();
     WQDataFileComparison comparison(&missing, some.get());
     comparison.buildComparison();
     EXPECT_EQ(comparison.fileKeysAdded(), Keys{0x00070100});
@@ -229,6 +225,8 @@ TEST_F(Comparison, AnyNumberOfThreadsSaysTheSame) {
             newerFiles[identifier - 1] = "new";
     }
     const auto dataFile = archive(files), newerDataFile = archive(newerFiles);
+    dataFile->loadFileEntriesIfNecessary();
+    newerDataFile->loadFileEntriesIfNecessary();
     const char *name = "-[WQDataFileComparison buildSHA1DigestsByIDForDataFile:]";
     const auto appendLines = [name](std::vector<std::string> &lines, std::size_t count,
                                     const WQDataFileComparison &comparison) {
@@ -241,13 +239,11 @@ TEST_F(Comparison, AnyNumberOfThreadsSaysTheSame) {
         lines.push_back(ZPFormat("hashed %8zu / %8zu = 100.0 %%", count, count));
         lines.push_back(ZPFormat("[%p] <  %s", address, name));
     };
-    const tbb::global_control control(tbb::global_control::max_allowed_parallelism, 7);
-    for (const int threads : {1, 2, 7}) {
+    for (const unsigned threads : {1u, 2u, 7u}) {
         SCOPED_TRACE(threads);
-        tbb::task_arena arena(threads);
         WQDataFileComparison comparison(dataFile.get(), newerDataFile.get());
         CapturedLog captured;
-        arena.execute([&comparison] { comparison.buildComparison(); });
+        ZPWithThreads(threads, [&comparison] { comparison.buildComparison(); });
         const std::string log = captured.take();
         std::vector<std::string> lines;
         appendLines(lines, files.size(), comparison);

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 #include <malloc.h>
 
 namespace {
@@ -185,6 +186,31 @@ TEST(WorldInfo, DamagedRecordsAreRefused) {
         std::memset(damaged.data() + offset, 0xFF, 4);
         (void)ZPRecordWithData<WQWorldInfo>(damaged, nullptr);
     }
+}
+
+TEST(WorldInfo, HeightsThatAreNoNumbersAreTold) {
+    constexpr std::size_t kHeights = 12 + 7 + 32;
+    ZPData record = regionRecord(false);
+    const auto fault = [&record] {
+        CapturedLog captured;
+        return ZPRecordWithData<WQWorldInfo>(record, nullptr)->faultInLandHeights();
+    };
+    const auto setHeight = [&record](std::size_t index, float height) {
+        std::memcpy(record.data() + kHeights + index * sizeof height, &height, sizeof height);
+    };
+    using Limits = std::numeric_limits<float>;
+    setHeight(0, Limits::max());
+    setHeight(1, Limits::denorm_min());
+    EXPECT_EQ(fault(), "");
+    const std::string end = "of the 256 land heights in the region record (13000000) are no finite "
+                            "numbers, first that of index ";
+    setHeight(255, -Limits::infinity());
+    EXPECT_EQ(fault(), "1 " + end + "255");
+    setHeight(17, Limits::infinity());
+    setHeight(18, Limits::quiet_NaN());
+    EXPECT_EQ(fault(), "3 " + end + "17");
+    setHeight(0, Limits::quiet_NaN());
+    EXPECT_EQ(fault(), "4 " + end + "0");
 }
 
 /// Bytes on the heap, those of large allocations included.

@@ -38,11 +38,19 @@ for program in Plotterra plotterra-sample plotterra-data plotterra-web; do
     completions=("$prefix/share/bash-completion/completions/$program"
         "$prefix"/share/zsh/*/_$program "$prefix/share/fish/vendor_completions.d/$program.fish")
     bash -n "${completions[0]}"
+    for other in Plotterra sample data web; do
+        [ $program = ${other/#[a-z]*/plotterra-$other} ] ||
+            zcat "$page" | grep -qE "^\.Xr (plotterra.-)?$other 1" || fail "$program's page leads not to $other's"
+    done
     for option in $(zcat "$page" | grep -oE 'Fl \\-[a-z\-]+' | sed 's/Fl .-//; s/\\//g' | sort -u); do
         for file in "${completions[@]}"; do
             grep -qE -- "(--|-l )$option\b" "$file" || fail "${file##*/} does not know --$option"
         done
     done
+done
+
+for library in $(grep -oE 'libjs-[a-z]+' "$source/cmake/WebAssets.cmake" | sort -u); do
+    grep -q "$library" "$prefix/share/doc/plotterra/copyright" || fail "the licence of $library is not told"
 done
 
 # DESTDIR goes before the prefix.
@@ -60,6 +68,22 @@ cmake --build "$folder/examples" >build.log || fail "$(cat build.log)"
 "$folder/examples/own-overlay" "$world" own.png 2>log >/dev/null
 ! grep "missing" log
 [ -s own.png ] || fail "no picture"
+
+# Without the programs, for a program that wants some layers, which say nothing of their own accord.
+cmake --install "$build" --component development --prefix "$folder/library" >/dev/null
+mkdir layers
+cat >layers/CMakeLists.txt <<'END'
+cmake_minimum_required(VERSION 3.25)
+project(Probe CXX)
+find_package(Plotterra REQUIRED COMPONENTS archive game)
+add_executable(probe probe.cpp)
+target_link_libraries(probe PRIVATE Plotterra::game)
+END
+echo '#include "archive/ZPGorvaneClientData.h"
+int main() { return !ZPGorvaneClientData::clientDataClassForGorvaneGame(ZPGorvaneGame::first); }' >layers/probe.cpp
+cmake -G Ninja -S layers -B layers/build -DCMAKE_PREFIX_PATH="$folder/library" >/dev/null
+cmake --build layers/build >build.log || fail "$(cat build.log)"
+layers/build/probe >log 2>&1 && [ ! -s log ] || fail "some layers alone: $(cat log)"
 
 printf '#include "archive/ZPGorvaneClientData.h"\nint main() { return ZPGorvaneClientData::clientDataClassForGorvaneGame(ZPGorvaneGame::first) == nullptr; }\n' >probe.cpp
 export PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name plotterra.pc)")

@@ -148,7 +148,7 @@ TEST_P(AtomicFile, WritesToDevicesPipesAndOpenFilesWithoutReplacingThem) {
 }
 
 TEST_P(AtomicFile, KeepsTheCauseOfTheFirstFailure) {
-    std::signal(SIGXFSZ, SIG_IGN);
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
     rlimit old{};
     getrlimit(RLIMIT_FSIZE, &old);
     const rlimit small{4096, old.rlim_max};
@@ -158,6 +158,7 @@ TEST_P(AtomicFile, KeepsTheCauseOfTheFirstFailure) {
     ASSERT_TRUE(file.open());
     EXPECT_FALSE(file.write(bytesOf(std::string(5000, 'x')), &first));
     setrlimit(RLIMIT_FSIZE, &old);
+    std::signal(SIGXFSZ, handler);
     EXPECT_EQ(first.code, EFBIG);
     EXPECT_FALSE(file.write(bytesOf("more"), &later));
     EXPECT_EQ(later.code, EFBIG);
@@ -170,7 +171,9 @@ TEST_P(AtomicFile, KeepsTheCauseOfTheFirstFailure) {
 
 TEST_P(AtomicFile, LeavesNothingWhateverEndsTheProcess) {
     const bool isNamed = GetParam() == ZPAtomicFile::Temporary::named;
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGXCPU, SIGABRT, SIGKILL}) {
+    for (const int signal : {SIGINT,  SIGTERM, SIGHUP,  SIGQUIT,   SIGXCPU,      SIGABRT, SIGTRAP,
+                             SIGUSR1, SIGUSR2, SIGPIPE, SIGALRM,   SIGVTALRM,    SIGPROF, SIGIO,
+                             SIGPWR,  SIGSYS,  SIGXFSZ, SIGSTKFLT, SIGRTMIN + 3, SIGKILL}) {
         if (signal == SIGKILL && isNamed)
             continue;
         const pid_t process = fork();

@@ -214,12 +214,19 @@ TEST(DataCursor, TraceLabels) {
     EXPECT_EQ(ZPDataCursor::labelForOffset(6).substr(0, 2), "2 ");
     EXPECT_EQ(ZPDataCursor::labelForOffset(7).substr(0, 2), "1 ");
     EXPECT_EQ(cursor.labelWithName("abcdefghijklmnopqrstuvwxy"), "4 00000020 abcdefghijklmnopqrst");
-    // The four characters of a code, whatever they are.
+    // In characters, however many bytes each takes; no byte that makes none is lost.
+    cursor.setLabelWidth(4);
+    EXPECT_EQ(cursor.labelWithName("é€"), "4 00000020   é€");
+    EXPECT_EQ(cursor.labelWithName("é€😀abc"), "4 00000020 é€😀a");
+    EXPECT_EQ(cursor.labelWithName("a\xff\xe2\x82"), "4 00000020 a\xff\xe2\x82");
+    EXPECT_EQ(cursor.labelWithName("abcd"), "4 00000020 abcd");
+    cursor.setLabelWidth(20);
+    // The four characters of a code, whatever they are; a terminal takes no orders from them.
     cursor.setOffset(4);
     testing::internal::CaptureStdout();
     cursor.readFourCCWithName("code");
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
-              std::string("4 00000004                 code: 01000000 - \1\0\0\0\n", 49));
+              "4 00000004                 code: 01000000 - \\u{01}\\u{00}\\u{00}\\u{00}\n");
 }
 
 TEST(DataCursor, TracedReadsGiveAndShowTheValue) {

@@ -83,6 +83,22 @@ TEST(Logger, TellsOfWhatItCannotWrite) {
     ZPError error;
     EXPECT_FALSE(logger->flush(&error));
     EXPECT_EQ(error.code, ENOSPC);
+
+    // Of another stream it knows nothing yet, good or bad.
+    const TemporaryFolder folder;
+    const auto fileAt = [](const std::filesystem::path &path) {
+        return std::unique_ptr<std::FILE, int (*)(std::FILE *)>(std::fopen(path.c_str(), "w"),
+                                                                &std::fclose);
+    };
+    const auto sound = fileAt(folder / "log"), full = fileAt("/dev/full");
+    logger->setOutputFileHandle(sound.get());
+    logger->log("three");
+    EXPECT_TRUE(logger->flush(&error));
+    EXPECT_EQ(textOfFile(folder / "log"), "three\n");
+    logger->setOutputFileHandle(full.get());
+    logger->log("four");
+    EXPECT_NE(captured.take(), "");
+    EXPECT_FALSE(logger->flush(&error));
 }
 
 TEST(Logger, NamesTheReadThatADumpEndsIn) {
@@ -96,6 +112,7 @@ TEST(Logger, NamesTheReadThatADumpEndsIn) {
         EXPECT_STREQ(exception.what(), "Trying to read past end in -[ZPDataCursor readByte]");
     }
     EXPECT_EQ(std::ranges::count(logger.outputString(), '\n'), 1);
+    EXPECT_TRUE(cursor.isAtEnd()); // byte by byte to the first that is missing
     EXPECT_THROW(logger.popIndentation(), ZPGenericException);
 }
 
@@ -113,8 +130,9 @@ TEST(SystemLog, EscapesWhatATerminalWouldObey) {
         EXPECT_EQ(ZPEscapedText(text), escaped);
 
     // Each range of harmful characters to its ends, and what lies beside it.
-    const std::pair<char16_t, char16_t> ranges[] = {
-        {0x00, 0x1F}, {0x7F, 0x9F}, {0x200E, 0x200F}, {0x2028, 0x202E}, {0x2066, 0x2069}};
+    const std::pair<char16_t, char16_t> ranges[] = {{0x0000, 0x001F}, {0x007F, 0x009F},
+                                                    {0x061C, 0x061C}, {0x200E, 0x200F},
+                                                    {0x2028, 0x202E}, {0x2066, 0x206F}};
     const auto isEscaped = [](char16_t character) {
         const std::string text = ZPStringFromUTF16({&character, 1});
         return ZPEscapedText(text) != text;
@@ -125,6 +143,19 @@ TEST(SystemLog, EscapesWhatATerminalWouldObey) {
             << std::hex << unsigned{first};
         EXPECT_FALSE(isEscaped(static_cast<char16_t>(last + 1))) << std::hex << unsigned{last};
     }
+
+    // Of one mind about what is plain, at any place of a text.
+    const std::string lines = "line\n\tof a \\ program's own\n";
+    EXPECT_TRUE(ZPIsPlainText(lines));
+    EXPECT_EQ(ZPPrintableText(lines), lines);
+    for (std::size_t place = 0; place < lines.size(); ++place) {
+        std::string odd = lines;
+        odd[place] = '\x1b';
+        EXPECT_FALSE(ZPIsPlainText(odd));
+        EXPECT_EQ(ZPPrintableText(odd), odd.substr(0, place) + "\\u{1b}" + odd.substr(place + 1));
+    }
+    EXPECT_EQ(ZPPrintableJSON("{\"é\u202e\u009b\x7f\\n\xe9\ufffd\":\n1}"),
+              "{\"é\\u202e\\u009b\\u007f\\n\\ufffd\\ufffd\":\n1}");
 
     const auto logged = [](const std::string &text) {
         CapturedLog captured;

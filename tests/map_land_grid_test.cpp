@@ -1,6 +1,8 @@
 // The land grid against points reckoned one by one: which block has a point, and what it says.
 
 #include "game/WQLandBlock.h"
+#include "io/ZPParallel.h"
+#include "io/ZPSystemLog.h"
 #include "map/land/WQLandGridBuilder.h"
 #include "tests/ArchiveBytes.h"
 #include "tests/TestBytes.h"
@@ -9,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <set>
+#include <sstream>
 
 namespace {
 
@@ -57,8 +60,8 @@ class LandGrid : public testing::Test {
         return file;
     }
     WQLandCounts fill(const WQDataFileComparison *comparison = nullptr) {
-        CapturedLog captured;
         const auto file = dataFile();
+        CapturedLog captured;
         const WQLandCounts counts = WQFillLandGrid(*_grid, *file, comparison);
         _log = captured.take();
         return counts;
@@ -145,6 +148,40 @@ TEST_F(LandGrid, BlocksThatAreNotAsTheyShouldBe) {
     EXPECT_TRUE(isThere(50));
     EXPECT_FALSE(isThere(40));
     EXPECT_TRUE(logSays("Land block 3203ffff says of itself that it is 2803ffff"));
+}
+
+TEST_F(LandGrid, FaultsAreSaidInTheOrderOfTheBlocks) {
+    // Several in each strip of columns, each kind of fault among them.
+    std::vector<std::string> expected;
+    for (unsigned column = 0; column < 256; column += 3)
+        for (const unsigned row : {7u, 8u, 200u}) {
+            const Block block{column, row};
+            const std::string name = ZPFormat("%08x", block.identifier());
+            if (row == 7) {
+                add(block, 300);
+                expected.push_back("[" + name + "] Warning: 48 bytes left");
+                if (column == 255)
+                    expected.push_back("Land block " + name + " is left out: ");
+            } else if (row == 8) {
+                add(block, 100'000);
+                expected.push_back("Land block " + name + " is left out: ");
+            } else {
+                add(block, 251);
+                expected.push_back("Caught exception: ");
+                expected.push_back("Land block " + name + " is left out: ");
+            }
+        }
+    for (const unsigned threads : {1u, 2u, 7u})
+        for (int repeat = 0; repeat < 5; ++repeat) {
+            ZPWithThreads(threads, [this] { fill(); });
+            std::istringstream lines(_log);
+            std::size_t count = 0;
+            for (std::string line; std::getline(lines, line); ++count) {
+                ASSERT_LT(count, expected.size()) << line;
+                ASSERT_EQ(line.find(expected[count]), line.find("] ") + 2) << threads << line;
+            }
+            ASSERT_EQ(count, expected.size());
+        }
 }
 
 TEST_F(LandGrid, ChangesSinceAnOlderArchive) {

@@ -15,6 +15,7 @@
 #include <fcntl.h>
 #include <functional>
 #include <gtest/gtest.h>
+#include <set>
 #include <sys/file.h>
 #include <unistd.h>
 
@@ -53,18 +54,52 @@ class LandSetup : public testing::Test {
     TemporaryFolder folder;
 };
 
-TEST_F(LandSetup, ClientDataOfNoDirectoryHasNoLand) {
+TEST_F(LandSetup, ClientDataOfNoDirectoryIsAllSea) {
     writeWorld("newer", {{0x1234FFFF, landBlock(0x1234FFFF, std::byte{1})}});
     WQClientData none, newer(folder / "newer");
-    ZPError error;
-    EXPECT_FALSE(WQMapper(none).saveMapToURL(folder / "map.png", &error));
-    EXPECT_EQ(error.domain, kWQMapperErrorDomain);
-    EXPECT_FALSE(WQMapper(none).saveHeightMapToURL(folder / "map.png", &error));
-    EXPECT_FALSE(std::filesystem::exists(folder / "map.png"));
-    WQMapper mapper(newer);
-    mapper.setOldClientData(&none);
-    ASSERT_TRUE(mapper.setupLandBlockData());
-    EXPECT_EQ(mapper.comparison(), nullptr);
+    // Red in the highest byte.
+    using Colors = std::set<std::uint32_t>;
+    const auto colorsOf = [this](WQMapper &mapper, bool isHeightMap = false) {
+        const auto path = folder / "map.png";
+        EXPECT_TRUE(isHeightMap ? mapper.saveHeightMapToURL(path) : mapper.saveMapToURL(path));
+        const DecodedPNG picture = decodePNG(path);
+        EXPECT_EQ(picture.width, 2041u);
+        EXPECT_EQ(picture.bytesPerPixel, isHeightMap ? 1u : 4u);
+        Colors colors;
+        for (std::size_t index = 0; index < picture.bytes.size();) {
+            std::uint32_t color = 0;
+            for (unsigned part = 0; part < picture.bytesPerPixel; ++part)
+                color = color << 8 | picture.bytes[index++];
+            colors.insert(color);
+        }
+        return colors;
+    };
+    WQMapper sea(none);
+    sea.setFudgeFactor(0); // whatever colour the sea has
+    EXPECT_EQ(colorsOf(sea), Colors{0x000000FF});
+    EXPECT_EQ(sea.shortcomings(), Lines{"The picture shows no land: there is no cell archive"});
+    sea.setShouldUseAlpha(true);
+    EXPECT_EQ(colorsOf(sea), Colors{0});
+    EXPECT_EQ(colorsOf(sea, true), Colors{0});
+
+    // There is nothing to compare with, on either side, which is no change.
+    const std::string nothing = "added: 0, removed: 0, changed: 0\n";
+    for (const auto &[current, older] : {std::pair{&newer, &none}, {&none, &newer}}) {
+        WQMapper mapper(*current);
+        mapper.setOldClientData(older);
+        ASSERT_TRUE(mapper.setupLandBlockData());
+        ASSERT_NE(mapper.comparison(), nullptr);
+        EXPECT_EQ(mapper.comparison()->fileKeysAdded(), std::nullopt);
+        EXPECT_EQ(mapper.comparison()->fileKeysChanged(), std::nullopt);
+        EXPECT_EQ(mapper.landGrid()->at(0x12 * 8, 0x34 * 8).flags,
+                  current == &newer ? WQLandPoint::hasData | WQLandPoint::isPassable : 0);
+        ASSERT_TRUE(mapper.saveChangesToURL(folder / "changes"));
+        EXPECT_TRUE(textOfFile(folder / "changes").starts_with(nothing));
+        EXPECT_EQ(mapper.shortcomings(),
+                  current == &newer
+                      ? Lines{"No land counts as changed: there is no older cell archive"}
+                      : Lines{"The picture shows no land: there is no cell archive"});
+    }
 }
 
 TEST_F(LandSetup, LoadsBothArchivesBeforeItCompares) {
@@ -81,6 +116,14 @@ TEST_F(LandSetup, LoadsBothArchivesBeforeItCompares) {
     EXPECT_EQ(mapper.comparison()->fileKeysChanged(), std::vector{0x1234FFFFu});
     EXPECT_TRUE(mapper.landGrid()->at(0x12 * 8, 0x34 * 8).has(WQLandPoint::wasChanged));
     EXPECT_EQ(mapper.shortcomings(), Lines());
+
+    // A height map compares nothing, and has no changes to tell of.
+    ASSERT_TRUE(mapper.saveHeightMapToURL(folder / "heights.png"));
+    EXPECT_EQ(mapper.comparison(), nullptr);
+    ZPError error;
+    EXPECT_FALSE(mapper.saveChangesToURL(folder / "changes", &error));
+    EXPECT_EQ(error.domain, "");
+    EXPECT_FALSE(std::filesystem::exists(folder / "changes"));
 }
 
 TEST_F(LandSetup, SaysWhichArchiveLeftItWithoutLandAndWhy) {

@@ -90,7 +90,7 @@ TEST(OverlayDrawing, MixesWithGroundOfAnyAlpha) {
     EXPECT_EQ(pixelOn({}), (WQPixel{200, 100, 50, 128}));
     EXPECT_EQ(pixelOn({0, 0, 0, 255}), (WQPixel{100, 50, 25, 255}));
     // Half of it over half of the ground: two thirds of the colour.
-    EXPECT_EQ(pixelOn({0, 100, 0, 127}), (WQPixel{134, 100, 33, 191}));
+    EXPECT_EQ(pixelOn({0, 100, 0, 128}), (WQPixel{134, 100, 33, 192}));
 
     WQMarkerOverlay(canvas.drawing, canvas.style).drawMarkerAtCoordinate({0, 0});
     for (const WQPixel &pixel : canvas.pixels(1000, 1000, 40, 40, {}))

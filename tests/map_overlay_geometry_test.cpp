@@ -7,6 +7,7 @@
 #include "map/overlay/WQTitleOverlay.h"
 #include "map/overlay/WQTributeOverlay.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 
 // Where things are is reckoned here in whole cells and pixels: a coordinate of v units lies in cell
@@ -40,6 +41,25 @@ class OverlayGeometry : public testing::TestWithParam<int> {
     void expect(WQPixel color, std::initializer_list<std::pair<int, int>> places) const {
         for (const auto &[x, y] : places)
             EXPECT_EQ(pixel(x, y), color) << x << ", " << y;
+    }
+    /// That a text stands at a place, or as much of it as the picture has room for.
+    void expectText(const WQText &text, WQImagePoint place) {
+        const int west = static_cast<int>(place.x), south = static_cast<int>(place.y);
+        const int width = std::min(int(text.width()) + 2, size - west),
+                  height = std::min(int(text.height()) + 2, size - south);
+        if (width < 1 || height < 1)
+            return;
+        OverlayCanvas plain(static_cast<std::uint64_t>(scale));
+        text.drawWithShadowAtPoint(place, plain.drawing);
+        const auto expected = plain.pixels(west, south, width, height);
+        const auto drawn = canvas.pixels(west, south, width, height);
+        std::size_t white = 0, missing = 0;
+        for (std::size_t index = 0; index < expected.size(); ++index) {
+            white += expected[index] == kWhite;
+            missing += expected[index] == kWhite && drawn[index] != kWhite;
+        }
+        EXPECT_GT(white, 20u) << place.x << ", " << place.y;
+        EXPECT_EQ(missing, 0u) << place.x << ", " << place.y;
     }
 };
 
@@ -131,6 +151,32 @@ TEST_P(OverlayGeometry, Compass) {
         expectArm(150, 20, kGround);
         u = std::exchange(v, -u);
     }
+}
+
+/// Where the letters' boxes begin is reckoned from the tips of the rose's arms.
+TEST_P(OverlayGeometry, LettersOfTheCompass) {
+    WQDrawCompass(canvas.drawing, canvas.style);
+    const double x = at(875) + 0.5, y = at(325) + 0.5;
+    for (const char *letter : {"N", "E", "S", "W"}) {
+        const WQText text = canvas.typesetter.set(letter, {kWQSansFamilies, 48, true});
+        const double w = text.width(), h = text.height();
+        const double middleX = std::floor(x - w / 2), middleY = std::floor(y - h / 2);
+        expectText(text, *letter == 'N'   ? WQImagePoint{middleX, y + 195}
+                         : *letter == 'E' ? WQImagePoint{x + 205, middleY}
+                         : *letter == 'S' ? WQImagePoint{middleX, y - 195 - h}
+                                          : WQImagePoint{x - 205 - w, middleY});
+    }
+}
+
+TEST_P(OverlayGeometry, LinesOfTheTitle) {
+    WQDrawTitle(canvas.drawing, canvas.style);
+    const double x = at(710) + 2.5, y = at(898) - 1.5;
+    const auto set = [this](const char *text, const char *families, double height) {
+        return canvas.typesetter.set(text, {families, height, true});
+    };
+    expectText(set("Ostvale", kWQSerifFamilies, 240), {x, y});
+    expectText(set("Map Created By:", kWQWideSansFamilies, 25), {x + 50, y - 45});
+    expectText(set("Brannock of Tillmere", kWQWideSansFamilies, 48), {x + 50, y - 105});
 }
 
 TEST_P(OverlayGeometry, TributeAndTitleLeaveOneRow) {

@@ -128,6 +128,18 @@ TEST_F(OverlayText, NumbersOfTheGridAreTheSameOnBothSides) {
     }
 }
 
+/// Half a pixel is the same half on either side of the picture's edge.
+TEST_F(OverlayText, LabelsThatBeginWestOfThePictureStandWhereOthersDo) {
+    const WQText text = canvas.typesetter.set("Ostvale", kFont);
+    const auto rowsWithTextAt = [&text](double x, int firstColumn) {
+        OverlayCanvas plain(1);
+        text.drawAtPoint({x, 100}, kBlack, plain.drawing);
+        return plain.pixels(firstColumn, 90, 60, 40);
+    };
+    for (const double x : {-7.5, -2.5, -1.0, -0.5, 0.5})
+        EXPECT_TRUE(rowsWithTextAt(x, 0) == rowsWithTextAt(x + 50, 50)) << x;
+}
+
 TEST_F(OverlayText, CharactersWithoutGlyphAreSaidOnce) {
     CapturedLog captured;
     for (int repeat = 0; repeat < 3; ++repeat)

@@ -1,3 +1,4 @@
+#include "io/ZPParallel.h"
 #include "map/WQLandImage.h"
 #include "map/png/WQPNGBand.h"
 #include "map/png/WQPNGFile.h"
@@ -7,7 +8,6 @@
 #include <cstring>
 #include <gtest/gtest.h>
 #include <random>
-#include <tbb/global_control.h>
 #include <zlib.h>
 
 namespace {
@@ -98,9 +98,8 @@ TEST(PNGFile, IsTheSameForAnyNumberOfThreads) {
     const TemporaryFolder folder;
     const auto image = sampleImage(2, true);
     std::vector<std::string> files;
-    for (const std::size_t threads : {1u, 2u, 7u}) {
-        const tbb::global_control control(tbb::global_control::max_allowed_parallelism, threads);
-        ASSERT_TRUE(WQWritePNG(*image, folder / "map.png"));
+    for (const unsigned threads : {1u, 2u, 7u}) {
+        ZPWithThreads(threads, [&] { EXPECT_TRUE(WQWritePNG(*image, folder / "map.png")); });
         files.push_back(textOfFile(folder / "map.png"));
     }
     EXPECT_EQ(files[0], files[1]);
@@ -281,6 +280,13 @@ TEST(Adler32, AgreesWithZlibOnZerosAndJoins) {
     ZPData bytes(300'000);
     for (std::size_t index = 0; index < 100'000; ++index)
         bytes[index] = static_cast<std::byte>(index * 7);
+    // Up to there the bytes add up to one less than the modulus, so that the first sum is 0; and so
+    // does what follows.
+    constexpr std::size_t kEndOfZeroSum = 257;
+    for (const std::size_t first : {std::size_t{0}, kEndOfZeroSum}) {
+        std::fill_n(bytes.begin() + std::ptrdiff_t(first), kEndOfZeroSum - 1, std::byte{255});
+        bytes[first + kEndOfZeroSum - 1] = std::byte{240};
+    }
     const auto reference = [&](std::size_t first, std::size_t count) {
         return static_cast<std::uint32_t>(adler32(
             1, reinterpret_cast<const Bytef *>(bytes.data() + first), static_cast<uInt>(count)));
@@ -289,10 +295,15 @@ TEST(Adler32, AgreesWithZlibOnZerosAndJoins) {
     zeros.append(std::span(bytes).first(100'000));
     zeros.appendZeros(200'000);
     EXPECT_EQ(zeros.value(), reference(0, bytes.size()));
-    for (const std::size_t split : {0u, 1u, 65'521u, 99'999u, 300'000u}) {
-        WQAdler32 joined;
-        joined.append(std::span(bytes).first(split));
-        joined.appendChecksum(reference(split, bytes.size() - split), bytes.size() - split);
-        EXPECT_EQ(joined.value(), reference(0, bytes.size())) << split;
-    }
+    for (const std::size_t split :
+         {std::size_t{0}, std::size_t{1}, kEndOfZeroSum, std::size_t{65'521}, bytes.size()})
+        for (const std::size_t end : {2 * kEndOfZeroSum, std::size_t{99'999}, bytes.size()}) {
+            if (split > end)
+                continue;
+            WQAdler32 joined;
+            joined.append(std::span(bytes).first(split));
+            EXPECT_EQ(split == kEndOfZeroSum, (joined.value() & 0xFFFF) == 0);
+            joined.appendChecksum(reference(split, end - split), end - split);
+            EXPECT_EQ(joined.value(), reference(0, end)) << split << ", " << end;
+        }
 }

@@ -57,10 +57,13 @@ INSTANTIATE_TEST_SUITE_P(, TerrainShaderAgrees, testing::Values(&roughLand, &lan
 TEST_P(TerrainShaderAgrees, WithVectorArithmetic) {
     WQLandColorTable::shared().updateLandColors(WQMapColorScheme());
     const auto grid = GetParam()();
+    // The last from so low that many slopes get none of it.
+    constexpr ZPVector3 kFromBelow = {-1, 1, -2};
     for (const bool usesAlpha : {false, true})
         for (const bool marksChanges : {false, true})
-            for (const float fudge : {255.0f, 400.0f}) {
-                const WQTerrainShader::Settings settings = {WQNormalizedVector(kLight), fudge,
+            for (const auto &[light, fudge] :
+                 {std::pair{kLight, 255.0f}, {kLight, 400.0f}, {kFromBelow, 255.0f}}) {
+                const WQTerrainShader::Settings settings = {WQNormalizedVector(light), fudge,
                                                             usesAlpha, marksChanges};
                 const ReferenceShading reference{*grid, settings};
                 const WQTerrainShader shader(WQLandColorTable::shared(), settings);

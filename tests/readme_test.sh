@@ -15,7 +15,14 @@ bash -euo pipefail commands >output 2>log || {
     tail -5 output log >&2
     exit 1
 }
-for made in map.png changes.png changes.txt places.png world.html palettes heights.tif; do
+for made in map.png print.png changes.png changes.txt places.png world.html palettes heights.tif; do
     [ -s "$made" ] || { echo "$made was not made" >&2; exit 1; }
 done
-grep -q '^added: [0-9]*, removed: [0-9]*, changed: [0-9]*$' output
+grep -q '^Removed land blocks:$' output
+grep -q '^[0-9a-f]\{4\} .* -- [A-Z]' output
+# What it shows of the log is what the log says.
+sed -n '/^    outputPath: /,/^$/{/^    /s///p}' "$readme" >shown
+[ "$(wc -l <shown)" = 4 ]
+while read -r line; do
+    grep -qF "] $line" log || { echo "the log lacks: $line" >&2; exit 1; }
+done <shown

@@ -1,7 +1,7 @@
 // Runs that read no land: the picture is made all the same, and the last line says what was wrong.
 
+#include "tests/PatchedWorld.h"
 #include "tests/ProgramRun.h"
-#include "tests/TestSupport.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -42,7 +42,27 @@ TEST(NothingRead, IsTheLastThingThatIsSaid) {
     EXPECT_EQ(lastLine({"--old", missing, "--save-changes", folder / "list", world}), allAdded);
     EXPECT_NE(lastLine({"-h", "--old", missing, world}), allAdded);
 
+    // Arguments the wrong way round.
+    const ProgramRun swapped = runProgram({PLOTTERRA_PROGRAM, folder / "map.png", folder.path()});
+    EXPECT_EQ(swapped.logLines().back(),
+              (folder / "map.png").string() + " is no directory, but " + folder.path().string() +
+                  " is one: the directory with the archives comes first, then the picture.");
+    std::filesystem::remove(folder.path().string() + ".png");
+
     // Without a picture there is nothing to say of it.
     const ProgramRun unsaved = runProgram({PLOTTERRA_PROGRAM, missing, folder / "no folder/map"});
     EXPECT_TRUE(unsaved.logLines().back().starts_with("error saving map: "));
+}
+
+TEST(NothingRead, HeightsThatAreNoNumbersAreSaidAtTheEnd) {
+    const TemporaryFolder folder;
+    const std::string world =
+        patchedWorld(folder / "world", PLOTTERRA_SAMPLE_WORLD, [](std::string &portal) {
+            patchLandHeight(portal, 4, std::numeric_limits<float>::quiet_NaN());
+        });
+    const ProgramRun run = runProgram({PLOTTERRA_PROGRAM, world, folder / "map"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.logLines().back(),
+              "1 of the 256 land heights in the region record (13000000) are no finite numbers, "
+              "first that of index 4; they are taken to be 0");
 }

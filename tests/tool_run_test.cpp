@@ -53,6 +53,7 @@ TEST_F(PlotterraRun, RefusesWrongCommandLines) {
         {{"in"}, 0, ""},
         {{"-m", "in", "out"}, 2, ""},
         {{"--bogus", "in", "out"}, 2, "unrecognized option '--bogus'"},
+        {{"in", "--b\x1b[31m\u202e", "out"}, 2, R"(unrecognized option '--b\u{1b}[31m\u{202e}')"},
         {{"in", "out", "-s"}, 2, "option requires an argument -- 's'"},
         {{"-a", "in"}, 2, ""},
         {{"-x", "-a", "in", "out"}, 2, "invalid option -- 'x'"},

@@ -5,6 +5,7 @@
 
 #include <fstream>
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -37,12 +38,17 @@ TEST(SampleProgram, ReplacesItsOwnWorldsAndNothingElse) {
         std::filesystem::remove(installed);
     }
 
-    // A link is somebody's too, wherever it leads.
-    const std::filesystem::path link = folder / "client_cell_1.dat";
-    std::filesystem::create_symlink("elsewhere", link);
-    EXPECT_EQ(make(folder.path()).status, 1);
-    EXPECT_TRUE(std::filesystem::is_symlink(link) && !std::filesystem::exists(link));
-    std::filesystem::remove(link);
+    // Links and pipes are somebody's too, wherever they lead, and nothing waits for a pipe.
+    const std::filesystem::path link = folder / "client_cell_1.dat", pipe = folder / "towns.txt";
+    for (const std::vector<std::string> &options : {std::vector<std::string>(), {"--force"}}) {
+        std::filesystem::create_symlink("elsewhere", link);
+        EXPECT_EQ(make(folder.path(), options).status, 1);
+        EXPECT_TRUE(std::filesystem::is_symlink(link) && !std::filesystem::exists(link));
+        std::filesystem::remove(link);
+        ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+        EXPECT_THAT(make(folder.path(), options).log, HasSubstr("towns.txt is no file but a link"));
+        std::filesystem::remove(pipe);
+    }
 
     std::ofstream(folder / "client_cell_1.dat") << "short";
     EXPECT_EQ(make(folder.path(), {"--force"}).status, 0);
@@ -51,6 +57,24 @@ TEST(SampleProgram, ReplacesItsOwnWorldsAndNothingElse) {
     EXPECT_EQ(again.status, 0);
     EXPECT_THAT(again.log, IsEmpty()); // progress is for terminals
     EXPECT_NE(textOfFile(folder / "client_cell_1.dat"), first);
+
+    // A list of towns that somebody has changed is somebody's.
+    std::ofstream(folder / "towns.txt", std::ios::app) << "camp;1.0N 2.0E;Camp\n";
+    EXPECT_EQ(make(folder.path()).status, 1);
+    EXPECT_THAT(textOfFile(folder / "towns.txt"), testing::EndsWith("Camp\n"));
+}
+
+TEST(SampleProgram, LeavesWhatComesWhileItIsAtWork) {
+    const TemporaryFolder folder;
+    const std::filesystem::path world = folder / "world", late = world / "client_highres.dat";
+    const ProgramRun run = runProgram({"/bin/sh", "-c",
+                                       "\"$0\" --cells 300000 \"$1\" & until test -d \"$1\"; do :; "
+                                       "done; echo late >\"$2\"; wait $!",
+                                       kProgram, world, late});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_THAT(run.log, HasSubstr("client_highres.dat: is not of a sample world"));
+    EXPECT_EQ(textOfFile(late), "late\n");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(world), {}), 1);
 }
 
 TEST(SampleProgram, SaysWhereItCannotWrite) {
@@ -71,11 +95,15 @@ TEST(SampleProgram, SaysWhereItCannotWrite) {
 
 TEST(SampleProgram, LeavesNothingWhereAFileMayNotGrow) {
     const TemporaryFolder folder;
-    const ProgramRun run = runProgram({"/bin/bash", "-c", "ulimit -f 200; exec \"$0\" \"$1\"",
-                                       kProgram, (folder / "world").string()});
-    EXPECT_EQ(run.status, 1);
-    EXPECT_THAT(run.log, HasSubstr("client_portal.dat: File too large"));
-    EXPECT_TRUE(std::filesystem::is_empty(folder / "world"));
+    // The portal archive has a mebibyte, that of cells more.
+    for (const auto &[kibibytes, name] : {std::pair("200", "portal"), {"2000", "cell_1"}}) {
+        const ProgramRun run = runProgram(
+            {"/bin/bash", "-c", std::string("ulimit -f ") + kibibytes + "; exec \"$0\" \"$1\"",
+             kProgram, (folder / "world").string()});
+        EXPECT_EQ(run.status, 1);
+        EXPECT_THAT(run.log, HasSubstr(std::string(name) + ".dat: File too large"));
+        EXPECT_TRUE(std::filesystem::is_empty(folder / "world"));
+    }
 }
 
 TEST(SampleProgram, TellsATerminalWhatItIsAbout) {
@@ -85,7 +113,7 @@ TEST(SampleProgram, TellsATerminalWhatItIsAbout) {
     if (!run)
         GTEST_SKIP() << "there is no terminal to be had";
     EXPECT_EQ(run->status, 0);
-    EXPECT_THAT(run->output, HasSubstr("\r\033[Kshaping the land ..."));
+    EXPECT_THAT(run->output, HasSubstr("\rshaping the land ...\033[K"));
     EXPECT_THAT(run->output, HasSubstr("client_cell_1.dat ..."));
     EXPECT_THAT(run->output, testing::EndsWith("\r\033[K"));
 }
@@ -100,4 +128,11 @@ TEST(SampleProgram, AnswersOnStandardOutput) {
     for (const std::vector<std::string> &words :
          {std::vector{kProgram}, {kProgram, "--bogus", "/tmp"}, {kProgram, "--seed", "x", "/tmp"}})
         EXPECT_EQ(runProgram(words).status, 2);
+    EXPECT_THAT(runProgram({kProgram, "--\x1b[31m"}).log, testing::HasSubstr(R"('--\u{1b}[31m')"));
+    for (const char *number : {"20k", "", "-1", "4000001", "0x10", " 5"}) {
+        const ProgramRun run = runProgram({kProgram, "--cells", number, "/tmp/none"});
+        EXPECT_EQ(run.status, 2) << number;
+        EXPECT_THAT(run.log, StartsWith("plotterra-sample: not a number in range: '" +
+                                        std::string(number) + "'\n"));
+    }
 }

@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 #include <openssl/evp.h>
 #include <openssl/sha.h>
+#include <zlib.h>
 
 using testing::HasSubstr;
 using testing::Not;
@@ -75,7 +76,12 @@ TEST_F(WebPage, EitherLandHasItsOwnPointsAndFlags) {
     content.olderLand = &older;
     const WQPackableLand olderLand{*older.grid, older.blocks};
     const ZPData packed = WQPackLand({*land.grid, land.blocks}, &olderLand);
-    EXPECT_EQ(between(WQWebPageWithContent(content), "id=\"land\">", "</script>"), base64(packed));
+    const std::string page = WQWebPageWithContent(content);
+    EXPECT_EQ(between(page, "id=\"land\">", "</script>"), base64(packed));
+    const auto checksum =
+        adler32(adler32(0, nullptr, 0), reinterpret_cast<const Bytef *>(packed.data()),
+                static_cast<uInt>(packed.size()));
+    EXPECT_THAT(page, HasSubstr("\"landChecksum\":" + std::to_string(checksum)));
 }
 
 /// Whatever table the program was built with.

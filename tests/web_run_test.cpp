@@ -1,7 +1,7 @@
 // Runs of plotterra-web on the sample world, which the test suite makes first.
 
+#include "tests/PatchedWorld.h"
 #include "tests/ProgramRun.h"
-#include "tests/TestSupport.h"
 
 #include <fstream>
 #include <gmock/gmock.h>
@@ -35,6 +35,20 @@ TEST_F(WebRun, SaysHowItIsUsed) {
         {}, {world}, {"--bogus", world, page}, {world, page, "--old"}};
     for (const auto &words : wrong)
         EXPECT_EQ(run(words).status, 2) << testing::PrintToString(words);
+    EXPECT_THAT(run({world, page, "\x1b[31m"}).log, HasSubstr(R"(\u{1b}[31m)"));
+}
+
+TEST_F(WebRun, HeightsThatAreNoNumbersAreSaidAndCountAsZero) {
+    const std::string odd = patchedWorld(folder / "world", world, [](std::string &portal) {
+        patchLandHeight(portal, 1, std::numeric_limits<float>::infinity());
+        patchLandHeight(portal, 2, std::numeric_limits<float>::quiet_NaN());
+    });
+    const ProgramRun result = run({odd, page});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_TRUE(result.logContains("Error: 2 of the 256 land heights in the region record "
+                                   "(13000000) are no finite numbers, first that of index 1; they "
+                                   "are taken to be 0"));
+    EXPECT_THAT(textOfFile(page), testing::ContainsRegex("\"heights\":.0.0,0.0,0.0,3.0"));
 }
 
 TEST_F(WebRun, WritesThePageWithinItsMeasure) {
@@ -46,6 +60,21 @@ TEST_F(WebRun, WritesThePageWithinItsMeasure) {
     EXPECT_THAT(textOfFile(page), HasSubstr("<title>A &lt;world&gt;</title>"));
     EXPECT_EQ(run({"--title", "A <world>", world, folder / "again.html"}).status, 0);
     EXPECT_EQ(textOfFile(folder / "again.html"), textOfFile(page));
+}
+
+TEST_F(WebRun, GivesThePageAnEndingAndSaysWhereItIs) {
+    const std::pair<const char *, const char *> cases[] = {
+        {"x", "x.html"}, {"x.v2", "x.v2.html"}, {"p.htm", "p.htm"}, {"P.HTML", "P.HTML"}};
+    for (const auto &[given, path] : cases) {
+        const ProgramRun result = run({world, folder / given});
+        EXPECT_EQ(result.status, 0);
+        EXPECT_TRUE(
+            result.logContains("The page is written to " + (folder / path).string() + "\n"));
+        EXPECT_TRUE(std::filesystem::remove(folder / path)) << given;
+    }
+    for (const char *option : {"--old", "--plot"})
+        EXPECT_EQ(run({option, "", world, page}).status, 2);
+    EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
 }
 
 TEST_F(WebRun, WithoutLandNothingIsTouched) {

@@ -103,6 +103,11 @@ class Browser:
         return self.driver.execute_script(
             "return [...document.querySelectorAll(arguments[0])].map(e => e.innerText)", selector)
 
+    def boxes(self, selector):
+        """Of all elements: their classes, and where they are in the window."""
+        return self.driver.execute_script(
+            "return [...document.querySelectorAll(arguments[0])].map(e => [e.className, e.getBoundingClientRect().toJSON()])", selector)
+
     def field(self, name, within=".readout"):
         return self.one(f"{within} [data-field={name}]").text
 
@@ -203,6 +208,34 @@ class Pictures:
             """, one, other, areas)
 
 
+    def difference_at_scale(self, shot, picture, area, middle, scale):
+        """Of an area of a window, in whose middle a picture's corner `middle` of pixels stands `scale` times
+        as large, and that picture: as `difference`. From afar a pixel is the mean of several."""
+        return self.run("""
+            Promise.all([load(one), load(other)]).then(([window, picture]) => {
+                const [left, top, width, height] = areas.area, [column, row] = areas.middle, {scale} = areas;
+                const seen = window.getImageData(left, top, width, height).data, colors = new Set(), size = Math.max(1, 1 / scale);
+                const whole = picture.getImageData(0, 0, picture.canvas.width, picture.canvas.height);
+                const at = (value, middle, start) => Math.floor(start + (value - middle) / scale + 1e-6);
+                let greatest = 0;
+                for (let y = 0; y < height; ++y)
+                    for (let x = 0; x < width; ++x) {
+                        const west = at(left + x, window.canvas.width / 2, column), north = at(top + y, window.canvas.height / 2, row);
+                        const sums = [0, 0, 0];
+                        for (let j = 0; j < size; ++j)
+                            for (let i = 0; i < size; ++i)
+                                for (let part = 0; part < 3; ++part)
+                                    sums[part] += whole.data[((north + j) * whole.width + west + i) * 4 + part];
+                        const from = (y * width + x) * 4;
+                        for (let part = 0; part < 3; ++part)
+                            greatest = Math.max(greatest, Math.abs(seen[from + part] - Math.floor(sums[part] / (size * size))));
+                        colors.add(seen[from] << 16 | seen[from + 1] << 8 | seen[from + 2]);
+                    }
+                done([greatest, colors.size]);
+            });
+            """, shot, picture, {"area": area, "middle": middle, "scale": scale})
+
+
 def base64_of(path):
     return base64.b64encode(path.read_bytes()).decode()
 
@@ -211,3 +244,10 @@ def place_of_text(text):
     """Map units of `24.2S 57.0E`, east and north."""
     north, ns, east, ew = re.search(r"([\d.]+)([NS]),?\s*([\d.]+)([EW])", text).groups()
     return float(east) * (-1 if ew == "W" else 1), float(north) * (-1 if ns == "S" else 1)
+
+
+def text_of_place(x, y, digits=1):
+    """A place in points, as the game writes it."""
+    east, north = x / 10 - 101.9, y / 10 - 101.9
+    return (f"{abs(north):.{digits}f}{'S' if north < 0 else 'N'} "
+            f"{abs(east):.{digits}f}{'W' if east < 0 else 'E'}")

@@ -2,6 +2,7 @@
 
 python3 page_test.py <plotterra-web> <Plotterra> <world> <older world>"""
 
+import itertools
 import re
 import shutil
 import subprocess
@@ -13,7 +14,7 @@ from pathlib import Path
 from selenium.webdriver.common.keys import Keys
 
 from archive import World
-from browser import Browser, Pictures, base64_of, place_of_text
+from browser import Browser, Pictures, base64_of, place_of_text, text_of_place
 
 WEB, PLOTTERRA, WORLD, OLDER = (Path(word) for word in sys.argv[1:5])
 HOSTILE = ["<script>alert(1)</script>", '"><img src=x onerror=alert(1)>', "</script>", "{{land}} & <b>"]
@@ -48,15 +49,9 @@ def tearDownModule():
     shutil.rmtree(folder, ignore_errors=True)
 
 
-def text_of_place(x, y, digits=1):
-    """A place in points, as the game writes it."""
-    east, north = x / 10 - 101.9, y / 10 - 101.9
-    return (f"{abs(north):.{digits}f}{'S' if north < 0 else 'N'} "
-            f"{abs(east):.{digits}f}{'W' if east < 0 else 'E'}")
-
-
 class PageTest(unittest.TestCase):
     def tearDown(self):
+        browser.driver.execute_script("localStorage.removeItem('plotterra layers')")
         self.assertEqual(browser.faults(), [])
 
 
@@ -81,29 +76,49 @@ class FlatMap(PageTest):
     def test_has_the_pictures_colours(self):
         run(PLOTTERRA, WORLD, folder / "map")
         run(PLOTTERRA, "-h", WORLD, folder / "heights")
-        window, left = [60, 60, 740, 700], 1000 - 700
-        top = SIZE - 1 - 1038 - 450  # the middle of the window is the upper edge of the row of point 1038
-        for picture, base in (("map", ""), ("heights", "&base=height")):
-            browser.open(page, f"#{MIDDLE}&zoom=0&{BARE}{base}")
+        # A small window: a large one would show the sea around the world. Its middle is the corner of points 999 to the west and 1040 to the south.
+        at, column, row = "at=2.15N,1.95W", 1000, SIZE - 1041
+        browser.resize(400, 360)
+        self.addCleanup(browser.resize, 1400, 900)
+        for picture, zoom, more in (("map", -3, ""), ("map", -2, ""), ("map", -1, ""), ("map", 0, ""), ("map", 1, ",squares"),
+                                    ("map", 3, ",squares"), ("heights", 0, "&base=height"), ("heights", 2, "&base=height")):
+            browser.open(page, f"#{at}&zoom={zoom}&{BARE}{more}")
             shot = browser.wait_for_calm()
-            area = [window[0] + left, window[1] + top, *window[2:]]
-            greatest, colors = pictures.difference(shot, base64_of(folder / f"{picture}.png"), [window, area])
-            self.assertGreater(colors, 100, picture)
-            self.assertLessEqual(greatest, 1, picture)
+            greatest, colors = pictures.difference_at_scale(
+                shot, base64_of(folder / f"{picture}.png"), [150, 140, 100, 60], [column, row], 2.0 ** zoom)
+            self.assertGreater(colors, 5, (picture, zoom))
+            self.assertLessEqual(greatest, 1, (picture, zoom))
 
-    def test_draws_near_land_between_its_points_or_as_squares(self):
-        run(PLOTTERRA, "-s", "2", WORLD, folder / "large")
-        window = [100, 100, 600, 600]
-        area = [1000 * 2 - 700 + 100, (SIZE - 1 - 1038) * 2 - 450 + 100, 600, 600]
-        for squares, most in (("", 255), (",squares", 1)):
-            browser.open(page, f"#{MIDDLE}&zoom=1&{BARE}{squares}")
-            shot = browser.wait_for_calm()
-            # The middle of each point has its own colour either way.
-            greatest, colors = pictures.difference(shot, base64_of(folder / "large.png"), [window, area])
-            self.assertGreater(colors, 100)
-            self.assertLessEqual(greatest, most)
-            if not squares:
-                self.assertGreater(greatest, 10)
+    def test_draws_near_land_between_its_points(self):
+        shots = []
+        for more in ("", ",squares"):
+            browser.open(page, f"#{MIDDLE}&zoom=1&{BARE}{more}")
+            shots.append(browser.wait_for_calm())
+        area = [100, 100, 600, 600]
+        greatest, colors = pictures.difference(*shots, [area, area])
+        self.assertGreater(colors, 100)
+        self.assertGreater(greatest, 10)
+
+    def test_places_are_where_the_picture_has_them(self):
+        towns = [line.split(";")[:3] for line in (WORLD / "towns.txt").read_text().splitlines()]
+        run(PLOTTERRA, "--plot", WORLD / "towns.txt", WORLD, folder / "plotted")
+        points = [((east + 101.9) * 10, (north + 101.9) * 10) for east, north in (place_of_text(text) for _, text, _ in towns)]
+        discs = pictures.pixels(base64_of(folder / "plotted.png"), [(int(x + 0.5), SIZE - 1 - int(y + 0.5)) for x, y in points])
+        self.assertEqual(set(discs), {(255, 0, 0)})
+        x, y = points[0]
+        for zoom in (-0.75, 0, 2.75, 6):
+            browser.open(page, f"#at={text_of_place(x, y, 2).replace(' ', ',')}&zoom={zoom}&show=-dungeons")
+            spots = dict(browser.driver.execute_script("""
+                return [...document.querySelectorAll('.spot.place')].filter(e => e.textContent).map(e => {
+                    const box = e.getBoundingClientRect();
+                    return [e.textContent, [box.x + box.width / 2, box.y + box.height / 2]];
+                })"""))
+            self.assertIn(towns[0][2], spots, zoom)
+            for (_, _, name), (east, north) in zip(towns, points):
+                if name in spots:
+                    left, top = spots[name]
+                    self.assertAlmostEqual(left, 700 + (east - x) * 2 ** zoom, delta=1.5, msg=(name, zoom))
+                    self.assertAlmostEqual(top, 450 - (north - y) * 2 ** zoom, delta=1.5, msg=(name, zoom))
 
     def test_layers_show_at_once(self):
         browser.open(page, f"#{MIDDLE}&zoom=-1&{BARE}")
@@ -119,12 +134,20 @@ class FlatMap(PageTest):
         self.assertEqual(len(set(shots)), 8)
 
     def test_fits_small_windows(self):
-        browser.resize(390, 844)
         try:
+            for width, height in ((320, 640), (844, 390), (760, 500), (830, 600), (905, 600), (961, 600), (390, 844)):
+                browser.resize(width, height)
+                browser.open(page, f"#{MIDDLE}&zoom=1&show=contours")
+                browser.keys(Keys.TAB)  # to the map, whose middle is then told
+                browser.one("#map").send_keys(Keys.ENTER)
+                boxes = {text: box for text, box in browser.boxes(".tools, .search, .pinned, .map-legend, .readout, .leaflet-bar, .scale-bar") if box["width"]}
+                self.assertGreaterEqual(len(boxes), 5, (width, height))
+                for text, box in boxes.items():
+                    self.assertTrue(0 <= box["x"] and box["right"] <= width and 0 <= box["y"] and box["bottom"] <= height, (width, text, box))
+                for (one, first), (other, second) in itertools.combinations(boxes.items(), 2):
+                    self.assertTrue(first["right"] <= second["x"] or second["right"] <= first["x"] or
+                                    first["bottom"] <= second["y"] or second["bottom"] <= first["y"], (width, one, other))
             browser.open(page)
-            for button in [*browser.all(".tools button"), browser.one("#search")]:
-                box = button.rect
-                self.assertTrue(0 <= box["x"] and box["x"] + box["width"] <= 390, button.text)
             # A click fails where something lies over the results.
             town = (WORLD / "towns.txt").read_text().splitlines()[0].split(";")[2]
             browser.click("#search")
@@ -248,6 +271,43 @@ class Links(PageTest):
         self.assertEqual(browser.texts(".pinned h3"), [])
 
 
+class Layers(PageTest):
+    def test_are_remembered_where_the_address_says_nothing(self):
+        browser.open(page, f"#{MIDDLE}&light=90,20")
+        browser.tool("Layers")
+        browser.click("input[name=contours]")
+        button = next(button for button in browser.all("#panel button") if button.text == "As in the game")
+        button.click()
+        browser.wait(lambda: "show=contours" in browser.fragment and "light" not in browser.fragment)
+        browser.click("#panel input[value=slope]")
+        self.assertFalse(button.is_enabled())
+        browser.open(page)
+        browser.tool("Layers")
+        self.assertTrue(browser.one("input[name=contours]").is_selected())
+        self.assertTrue(browser.one("#panel input[value=slope]").is_selected())
+        browser.open(page, f"#{MIDDLE}")
+        self.assertEqual(browser.texts(".map-legend .entry"), [])
+
+
+class Files(PageTest):
+    def test_that_are_not_whole_say_so(self):
+        text = page.read_text()
+        land, library = text.index('id="land">') + 2000, text.index('id="relief-library">') + 2000
+        letter = "A" if text[land] != "A" else "B"
+        broken = folder / "broken.html"
+        for content, said in ((text[:land], "cut short"), (text[:land] + letter + text[land + 1:], "altered"),
+                              (text[:text.index("compose(")], "Nothing happens")):
+            broken.write_text(content)
+            browser.driver.get(broken.as_uri())
+            browser.wait(lambda: said in browser.one("#loading").text)
+        broken.write_text(text[:library])
+        browser.open(broken, f"#{MIDDLE}&zoom=1")
+        self.assertIn("cut short", browser.one(".notice").text)
+        browser.wait_for_calm()
+        # The console says what each file lacks.
+        browser.faults()
+
+
 class Changes(PageTest):
     def test_are_listed_filtered_and_flown_to(self):
         before = World(OLDER)
@@ -276,6 +336,7 @@ class Changes(PageTest):
         row = next(row for row in browser.all(".changes .row") if row.text.startswith(f"{number:04X}"))
         row.click()
         browser.wait(lambda: browser.field("block", ".pinned") == f"{number:04X}")
+        self.assertEqual(browser.texts(".changes-here .key")[-1], "Land gone")
         middle = text_of_place((number >> 8) * 8 + 4, (number & 0xFF) * 8 + 4, 2).replace(" ", ",")
         browser.wait(lambda: f"at={middle}&zoom=2" in browser.fragment)
 
@@ -311,77 +372,12 @@ class Tools(PageTest):
         browser.open(page, f"#{MIDDLE}&zoom=0&{BARE}")
         shot = browser.wait_for_calm()
         browser.tool("Picture")
+        browser.click("[data-factor='1']")
         saved = browser.wait_for_file("Test*.png")
         area = [60, 60, 740, 700]
         greatest, colors = pictures.difference(shot, base64_of(saved), [area, area])
         self.assertEqual(greatest, 0)
         self.assertGreater(colors, 100)
-
-
-class Relief(PageTest):
-    """In a small window, since a processor draws what is meant for a graphics card."""
-
-    def setUp(self):
-        browser.resize(800, 600)
-
-    def tearDown(self):
-        browser.resize(1400, 900)
-        super().tearDown()
-
-    def test_from_above_it_has_the_flat_maps_colours(self):
-        browser.open(page, f"#{MIDDLE}&zoom=0&{BARE}")
-        flat = browser.wait_for_calm()
-        browser.open(page, f"#{MIDDLE}&zoom=0&{BARE}&relief=0,0&rise=0.25&haze=0")
-        relief = browser.wait_for_calm()
-        spots = [(x, y) for x in range(60, 500, 40) for y in range(100, 500, 40)]
-        pairs = zip(pictures.pixels(flat, spots), pictures.pixels(relief, spots))
-        close = sum(max(abs(a - b) for a, b in zip(one, other)) <= 24 for one, other in pairs)
-        self.assertGreater(close, 0.8 * len(spots))
-        browser.hover(400, 300)
-        browser.wait(lambda: "1.9" in browser.field("coordinate") or "2.0" in browser.field("coordinate"))
-
-    def test_a_mountain_hides_what_is_behind_it(self):
-        x, y = self.summit()
-        at = text_of_place(x, y - 30, 2).replace(" ", ",")
-        browser.open(page, f"#at={at}&zoom=-0.5&{BARE}&relief=0,60&rise=2")
-        browser.wait_for_calm()
-        last, leaps = None, []
-        for row in range(480, 100, -10):
-            browser.hover(400, row)
-            text = browser.field("coordinate")
-            north = place_of_text(text)[1] if re.search("[NS]", text) else None
-            if last is not None and north is not None:
-                leaps.append(north - last)
-            last = north
-        self.assertTrue(all(leap > -0.15 for leap in leaps), leaps)
-        self.assertGreater(max(leaps), 3 * sorted(leaps)[len(leaps) // 2], "nothing is hidden")
-
-    def summit(self):
-        number = max(now.blocks, key=lambda number: max(now.blocks[number].heights))
-        heights = now.blocks[number].heights
-        element = heights.index(max(heights))
-        return (number >> 8) * 8 + element // 9, (number & 0xFF) * 8 + element % 9
-
-    def test_goes_and_comes_back_to_the_same_place(self):
-        browser.open(page, "#at=30.05N,12.35W&zoom=0")
-        browser.keys("r")
-        browser.wait(lambda: "relief=" in browser.fragment)
-        self.assertIn("at=30.05N,12.35W&zoom=0", browser.fragment)
-        browser.wait_for_calm()
-        browser.tool("Relief")
-        browser.wait(lambda: "relief=" not in browser.fragment)
-        self.assertIn("at=30.05N,12.35W&zoom=0", browser.fragment)
-
-    def test_without_webgl_the_flat_map_works_on(self):
-        plain = Browser(folder / "plain", "--disable-3d-apis")
-        try:
-            plain.open(page, f"#{MIDDLE}&zoom=2")
-            plain.tool("Relief")
-            plain.wait(lambda: any("no relief" in text for text in plain.texts(".notice")))
-            plain.hover(700, 450)
-            self.assertEqual(len(plain.field("block")), 4)
-        finally:
-            plain.quit()
 
 
 if __name__ == "__main__":

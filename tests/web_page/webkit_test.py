@@ -92,7 +92,7 @@ class WebKit(unittest.TestCase):
 
     def test_draws_finds_and_links(self):
         self.open()
-        tiles = "document.querySelectorAll('.leaflet-tile-loaded').length"
+        tiles = "document.querySelectorAll('.land-tile').length"
         wait("tiles", lambda: self.look(tiles) >= 8)
         town = Path(WORLD, "towns.txt").read_text().splitlines()[0].split(";")[2]
         self.driver.find_element(By.ID, "search").send_keys(town + Keys.ENTER)

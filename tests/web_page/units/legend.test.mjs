@@ -1,0 +1,52 @@
+import assert from 'node:assert/strict';
+import test from 'node:test';
+import {contourLabels} from '../../../web/page/contourlabels.js';
+import {legendEntries} from '../../../web/page/legend.js';
+import {scaleOfZoom} from '../../../web/page/scalebar.js';
+import {Settings} from '../../../web/page/settings.js';
+import {HEIGHTS, landOf} from './world.mjs';
+
+test('the legend says what is shown and is not the game\'s own', () => {
+    const settings = new Settings(), titles = zoom => legendEntries(settings, zoom, HEIGHTS, true).map(({title}) => title);
+    assert.deepEqual(titles(0), []);
+    settings.set({contours: true, base: 'slope', changes: true});
+    assert.deepEqual(titles(0), ['Steepness', 'Contours every 50, bold every 250', 'Changed blocks']);
+    assert.deepEqual(titles(4)[1], 'Contours every 10, bold every 50');
+    settings.set({interval: 35});
+    assert.equal(titles(4)[1], 'Contours every 35, bold every 175');
+    assert.equal(settings.forPainting(4).contours, 35);
+    settings.set({base: 'height', kinds: ['added', 'new'], contours: false});
+    const [height, changes] = legendEntries(settings, 0, HEIGHTS, true);
+    assert.deepEqual([height.labels, height.colors[0], height.colors[16]], [['0', '1536', '3060'], [0, 0, 0], [255, 255, 255]]);
+    assert.deepEqual(changes.swatches.map(([kind]) => kind), ['added', 'new']);
+    assert.equal(legendEntries(settings, 0, HEIGHTS, false).length, 1);
+    settings.set({base: 'slope'});
+    assert.deepEqual(legendEntries(settings, 0, [], false)[0].labels, ['0°', '30°', '60°']);
+});
+
+test('the scale bar is as long as it says, and never long', () => {
+    for (let zoom = -3.5; zoom <= 6; zoom += 0.25) {
+        const {units, width} = scaleOfZoom(zoom);
+        assert.ok(Math.abs(width - units * 10 * 2 ** zoom) < 1e-9 && width <= 110 && width > 40, `${zoom}: ${width}`);
+    }
+    assert.deepEqual([-1.25, 0, 4].map(zoom => scaleOfZoom(zoom).units), [20, 10, 0.5]);
+});
+
+test('main contours are labelled with their height, along the line, wherever the window is', () => {
+    // A slope to the east, 12 a point: at zoom 1 a main line every 250.
+    const land = landOf({}, (planes, at) => {
+        for (let y = 0; y < 2041; ++y)
+            for (let x = 0; x < 250; ++x)
+                planes.heights[at(x, y)] = x;
+    });
+    const box = {left: 0, top: 1000, right: 600, bottom: 1800}, labels = contourLabels(land, 1, 50, box);
+    assert.ok(labels.length >= 4, `${labels.length} labels`);
+    for (const {x, text, angle} of labels) {
+        assert.ok(Number(text) % 250 === 0 && Math.abs((x / 2 - 0.5) * 12 - text) < 3 * 12, `${text} at ${x}`);
+        assert.ok(Math.abs(Math.abs(angle) - Math.PI / 2) < 0.1, `${angle}`);
+    }
+    // Another part has the same ones.
+    const others = contourLabels(land, 1, 50, {left: 150, top: 900, right: 700, bottom: 1500});
+    assert.ok(others.filter(other => labels.some(({x, y}) => x === other.x && y === other.y)).length > 1);
+    assert.deepEqual(contourLabels(landOf({height: 9}), 1, 50, box), []);
+});
