@@ -45,8 +45,8 @@ set(land_modules
     contours.js tile.js relief/sea.js relief/shadows.js relief/ground.js)
 join_scripts(${generated}/worker.js ${land_modules} worker.js)
 join_scripts(${generated}/application.js ${land_modules}
-    events.js dom.js coordinates.js world.js settings.js painter.js landtiles.js lettering.js flatmap.js
-    contourlabels.js graticule.js legend.js overview.js scalebar.js icons.js fullscreen.js blockchanges.js readout.js layers.js places.js search.js changes.js plotfile.js marks.js link.js measure.js save.js
+    events.js dom.js coordinates.js placelooks.js world.js settings.js painter.js landtiles.js lettering.js flatmap.js
+    contourlabels.js graticule.js legend.js overview.js scalebar.js icons.js fullscreen.js blockchanges.js readout.js layers.js gathering.js spotlayout.js places.js search.js changes.js plotfile.js marks.js windowedlist.js herelist.js marklayer.js markpanel.js link.js measure.js save.js
     shell.js pointing.js shortcuts.js
     relief/camera.js relief/tree.js relief/shaders.js relief/waves.js relief/pick.js relief/skin.js
     relief/scene.js relief/sight.js relief/labels.js relief/overlay.js relief/stops.js relief/compass.js

@@ -1,13 +1,17 @@
 // The page as a text: what stands where, and that nothing in it can pass for markup.
 
 #include "game/WQKnownDungeons.h"
+#include "tests/TestSupport.h"
+#include "web/WQLandDigest.h"
 #include "web/WQWebPage.h"
+#include "web/WQWebPlaces.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 #include <openssl/evp.h>
 #include <openssl/sha.h>
+#include <set>
 #include <zlib.h>
 
 using testing::HasSubstr;
@@ -82,6 +86,48 @@ TEST_F(WebPage, EitherLandHasItsOwnPointsAndFlags) {
         adler32(adler32(0, nullptr, 0), reinterpret_cast<const Bytef *>(packed.data()),
                 static_cast<uInt>(packed.size()));
     EXPECT_THAT(page, HasSubstr("\"landChecksum\":" + std::to_string(checksum)));
+}
+
+/// By which it finds the reader's marks again.
+TEST_F(WebPage, ALandHasADigestOfItsOwn) {
+    std::set<std::string> digests{WQLandDigest(*land.grid)};
+    const std::pair<std::uint16_t, std::uint8_t> points[] = {{1, 0}, {256, 0}, {0, 1}};
+    for (const unsigned y : {0u, 63u, 64u, 2040u})
+        for (const auto &[word, height] : points) {
+            WQLandPoint &point = land.grid->at(2040, y);
+            point = {word, height, 0};
+            EXPECT_TRUE(digests.insert(WQLandDigest(*land.grid)).second) << y << ' ' << word;
+            point = {0, 0, 0xFF};
+            EXPECT_FALSE(digests.insert(WQLandDigest(*land.grid)).second);
+            point = {};
+        }
+    content.title = "Another";
+    EXPECT_THAT(WQWebPageWithContent(content),
+                HasSubstr("\"landDigest\":\"" + WQLandDigest(*land.grid) + '"'));
+}
+
+TEST_F(WebPage, PlacesThatItCannotShowAreLeftOutAndSaid) {
+    constexpr double kFar = std::numeric_limits<double>::infinity();
+    const std::vector<WQMapPoint> places{{"", {102.149, -101.949}, "Corner"},
+                                         {"", {1, kFar}, "Far"},
+                                         {"", {102.151, 0}, "East"},
+                                         {"", {-101.951, 0}, "West"},
+                                         {"", {0, -101.951}, "South"},
+                                         {"", {1, 2}, "One"},
+                                         {"", {0, 102.151}, "North"},
+                                         {"", {3, 4}, "Two"},
+                                         {"", {5, 6}, "Three"}};
+    CapturedLog captured;
+    const auto shown = WQPlacesForPage(places, 2);
+    const std::string log = captured.take();
+    ASSERT_EQ(shown.size(), 2u);
+    EXPECT_EQ(shown[0].label() + shown[1].label(), "CornerOne");
+    EXPECT_THAT(log,
+                HasSubstr("Error: 5 of 9 places are off the world and left out, first 'Far' at "
+                          "  infN   1.0E"));
+    EXPECT_THAT(log,
+                HasSubstr("Error: 2 of 9 places are more than a page shows and left out, first "
+                          "'Two' at   4.0N   3.0E"));
 }
 
 /// Whatever table the program was built with.

@@ -3,6 +3,7 @@
 #include "game/WQKnownDungeons.h"
 #include "io/ZPText.h"
 #include "map/png/WQAdler32.h"
+#include "web/WQLandDigest.h"
 #include "web/WQWebAssets.h"
 
 #include <cmath>
@@ -109,6 +110,7 @@ json description(const WQWebContent &content) {
         places.push_back({place.coordinate().x, place.coordinate().y, place.label(), place.type()});
     return {{"title", content.title},
             {"hasOlderLand", content.olderLand != nullptr},
+            {"landDigest", WQLandDigest(*content.land->grid)},
             {"heights", std::move(heights)},
             {"landTypes", std::move(landTypes)},
             {"colorNames", WQMapColorScheme().colorKeyPaths()},

@@ -15,6 +15,7 @@ struct WQWebContent {
     const WQWebLand *olderLand = nullptr;
     /// Null where there is no region record: the land is flat then, and its types have no names.
     const WQWorldInfo *worldInfo = nullptr;
+    /// As `WQPlacesForPage` leaves them.
     std::span<const WQMapPoint> places;
 };
 

@@ -6,6 +6,7 @@
 #include "io/ZPSystemLog.h"
 #include "map/overlay/WQPlotFile.h"
 #include "web/WQWebPage.h"
+#include "web/WQWebPlaces.h"
 
 #include <cstdlib>
 
@@ -54,7 +55,7 @@ int runWeb(const WebOptions &options) {
     content.title = options.title;
     std::vector<WQMapPoint> places;
     if (options.plotPath)
-        places = WQReadPlotFile(*options.plotPath);
+        places = WQPlacesForPage(WQReadPlotFile(*options.plotPath));
     content.places = places;
 
     const auto clientData = loadClientData(options.inputPath);

@@ -198,9 +198,19 @@ class Search(PageTest):
         spoken.append(browser.focused())
         self.assertLess(*(place_of_text(text)[0] for text in spoken))
         for text in spoken:
-            self.assertTrue(any(text.startswith(f"place {name}, ") for *_, name in towns), text)
+            self.assertTrue(any(text.startswith(f"{kind} {name}, ") for kind, _, name in towns), text)
         browser.keys(Keys.ENTER)
-        browser.wait(lambda: spoken[1].startswith(f"place {browser.texts('.pinned h3')[0]}, "))
+        browser.wait(lambda: spoken[1].split(" ", 1)[1].startswith(f"{browser.texts('.pinned h3')[0]}, "))
+
+    def test_dungeons_at_one_spot_are_all_named_and_reached(self):
+        # Two halls of the list that is built in have this entrance.
+        browser.open(page, "#at=50.9S,44.4E&zoom=5&show=-places")
+        names = browser.wait(lambda: browser.texts(".spot.dungeon.shared .line"))
+        self.assertEqual(len(names), 2)
+        browser.click(".spot.dungeon.shared")
+        for name in (*names, names[0]):
+            self.assertEqual(browser.texts(".pinned h3"), [name])
+            browser.click(".others button")
 
     def test_names_are_text(self):
         browser.open(page)
@@ -240,11 +250,46 @@ class Marks(PageTest):
         self.assertEqual(pictures.pixels(base64_of(picture.with_suffix(".png")), [spot]), [(255, 0, 0)])
 
         browser.click("#panel [aria-label='Delete My; camp <b>']")
+        self.assertEqual(browser.focused(), "Bring back My; camp <b>")
+        browser.keys(Keys.ENTER)
+        self.assertEqual(self.names(), ["My; camp <b>"])
+        browser.click("#panel [aria-label='Delete My; camp <b>']")
         plot = folder / "mine.txt"
         plot.write_text("a;10.0N 20.0E;One\nnonsense\nb;10.5S, 20.5W;\n")
         browser.one("#panel input[type=file]").send_keys(str(plot))
-        browser.wait(lambda: [field.get_attribute("value") for field in browser.all("#panel input[type=text]")]
-                     == ["One", "10.5S 20.5W"])
+        browser.wait(lambda: self.names() == ["One", "10.5S 20.5W"])
+
+    def names(self):
+        return [field.get_attribute("value") for field in browser.all("#panel input[type=text]")]
+
+    def test_that_are_many_scroll_and_come_from_another_page(self):
+        browser.open(page)
+        browser.driver.execute_script("""
+            const key = 'plotterra marks ' + JSON.parse(document.getElementById('description').textContent).landDigest;
+            localStorage.setItem(key, JSON.stringify(Array.from({length: 10000}, (_, index) => ({x: index / 5, y: 1000, name: `Mark ${index}`}))));""")
+        browser.open(page, "#at=0.0N,0.0E&zoom=0&show=-places,-dungeons")
+        browser.tool("Marks")
+        browser.wait(lambda: self.names()[:2] == ["Mark 0", "Mark 1"])
+        first = browser.driver.current_window_handle
+        self.assertLess(len(browser.all("#panel li, .spot-icon")), 300)
+        browser.driver.execute_script("const list = document.querySelector('.windowed'); list.scrollTop = list.scrollHeight")
+        browser.wait(lambda: self.names()[-1] == "Mark 9999")
+        browser.click("#panel li:last-child input")
+        browser.keys(Keys.END, " x", Keys.ENTER)
+
+        browser.driver.switch_to.new_window("tab")
+        try:
+            browser.open(page, "#mark=1.0N,1.0E,Link")
+            browser.wait(lambda: browser.texts(".pinned h3") == ["Link"])
+            next(button for button in browser.all(".pinned button") if button.text == "Mark here").click()
+            browser.wait(lambda: "mark=" not in browser.fragment)
+            self.assertEqual(self.names()[-2:], ["Mark 9999 x", "1.0N 1.0E"])
+        finally:
+            browser.driver.close()
+            browser.driver.switch_to.window(first)
+        browser.driver.execute_script("const list = document.querySelector('.windowed'); list.scrollTop = list.scrollHeight")
+        browser.wait(lambda: self.names()[-2:] == ["Mark 9999 x", "1.0N 1.0E"])
+        browser.driver.execute_script("localStorage.clear()")
 
 
 class Links(PageTest):

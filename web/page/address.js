@@ -20,6 +20,12 @@ export class Address {
             this.noteSoon();
             remember(fragmentToRemember(this.settings.values, this.settings.usual));
         });
+        this.readout.pinned.listen(place => {
+            if (!this.mark || place === this.mark)
+                return;
+            this.mark = undefined; // It is gone from the map.
+            this.noteSoon();
+        });
         addEventListener('hashchange', () => {
             if (location.hash !== this.noted)
                 this.restore();

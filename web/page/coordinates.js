@@ -20,13 +20,22 @@ export function textOfPlace(place, digits = 1) {
     return textOfUnits(unitOfPoint(place.x), unitOfPoint(place.y), digits);
 }
 
-/** The place that a text such as `24.2S, 57E` names, in points; undefined where it names none. */
+// Blanks stand on one side of an optional comma alone: tried on both, a long run of them would be
+// gone through again from each of its places. An E before digits belongs to the number.
+const NUMBER = String.raw`([-+]?(?:\d+(?:[.,]\d*)?|\.\d+)(?:e[-+]?\d+)?)`;
+const NORTH_FIRST = new RegExp(String.raw`^\s*${NUMBER}\s*([ns])\s*(?:,\s*)?${NUMBER}\s*([ew])`, 'i');
+const EAST_FIRST = new RegExp(String.raw`^\s*${NUMBER}\s*([ew])(?:\s*,\s*|\s+)${NUMBER}\s*([ns])`, 'i');
+
+/** What a number and its letter come to: `24,2` and `S` as -24.2. */
+const signedUnit = (number, letter) => Number(number.replace(',', '.')) * (/[sw]/i.test(letter) ? -1 : 1);
+
+/** The place that a text such as `24.2S, 57E` or `57E 24,2S` names, in points; undefined where it names none. */
 export function placeOfText(text) {
-    const match = /^\s*([-+]?[\d.]+)\s*([ns])\s*,?\s*([-+]?[\d.]+)\s*([ew])/i.exec(text);
-    if (!match)
+    const northFirst = NORTH_FIRST.exec(text), eastFirst = northFirst ? null : EAST_FIRST.exec(text);
+    if (!northFirst && !eastFirst)
         return undefined;
-    const north = Number(match[1]) * (/s/i.test(match[2]) ? -1 : 1);
-    const east = Number(match[3]) * (/w/i.test(match[4]) ? -1 : 1);
+    const [, first, firstLetter, second, secondLetter] = northFirst || eastFirst;
+    const one = signedUnit(first, firstLetter), two = signedUnit(second, secondLetter), [north, east] = northFirst ? [one, two] : [two, one];
     return Number.isFinite(north + east) ? {x: pointOfUnit(east), y: pointOfUnit(north)} : undefined;
 }
 

@@ -8,7 +8,8 @@ import {isDarkLand} from './lettering.js';
 import {seaColor} from './points.js';
 import {Settings} from './settings.js';
 
-const MIN_ZOOM = -3.5, MAX_ZOOM = 6, ZOOM_STEP = 0.25;
+export const MAX_ZOOM = 6;
+const MIN_ZOOM = -3.5, ZOOM_STEP = 0.25;
 /** Of the wheel, for a zoom that shows everything twice as large: about two steps of it. */
 const WHEEL_PIXELS = 220;
 const PIECE = 512; // pixels of a picture that are drawn at once

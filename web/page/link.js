@@ -83,7 +83,7 @@ function valuesOfText(text, names) {
     if (choices)
         return choices.includes(text) ? {[names[0]]: text} : {};
     if (end !== undefined)
-        return {[names[0]]: words.map(numberOfText).filter(value => Number.isInteger(value) && value >= 0 && value < end)};
+        return {[names[0]]: [...new Set(words.map(numberOfText).filter(value => Number.isInteger(value) && value >= 0 && value < end))]};
     const values = words.map(numberOfText);
     const isRight = (name, index) => values[index] >= SETTINGS[name].least && values[index] <= SETTINGS[name].most;
     return names.every(isRight) ? Object.fromEntries(names.map((name, index) => [name, values[index]])) : {};

@@ -6,9 +6,12 @@ import {find, make, notify, textOf} from './dom.js';
 import {FlatMap} from './flatmap.js';
 import {FullScreen} from './fullscreen.js';
 import {Graticule} from './graticule.js';
+import {othersHere} from './herelist.js';
 import {LayerPanel} from './layers.js';
 import {Legend} from './legend.js';
-import {MarkLayer, MarkPanel, Marks} from './marks.js';
+import {MarkLayer} from './marklayer.js';
+import {MarkPanel} from './markpanel.js';
+import {Marks} from './marks.js';
 import {Measure} from './measure.js';
 import {Navigation} from './navigation.js';
 import {Overview} from './overview.js';
@@ -26,7 +29,7 @@ import {listenToShortcuts} from './shortcuts.js';
 import {World} from './world.js';
 
 function compose(world, painter) {
-    const stage = find('stage'), settings = new Settings({changes: world.older !== null}), marks = new Marks(world.title);
+    const stage = find('stage'), settings = new Settings({changes: world.older !== null}), marks = new Marks(world, notify);
     painter.busy.listen(isBusy => stage.setAttribute('aria-busy', String(isBusy)));
 
     const flat = new FlatMap(find('map'), painter, settings, world.colors);
@@ -68,11 +71,14 @@ function compose(world, painter) {
     shell.addPanel('about', '?', 'About this page', aboutPanel(world.title), {isRare: true});
     shell.addRare();
     readout.addAction('Mark here', place => {
-        marks.add({...place, name: textOfPlace(place)});
+        marks.add([{...place, name: textOfPlace(place)}]);
         readout.unpin();
         shell.open('marks');
         markPanel.renameLast();
     });
+    readout.addDetail((place, name) => othersHere([world.places, world.entrances, marks.items].flat(), place, name, other => readout.pin(other, other.name)));
+    marks.removed.listen(mark => readout.place === mark && readout.unpin());
+    addEventListener('storage', event => marks.onStorage(event));
     if (world.older)
         readout.addDetail(place => changesHere(world, place));
     readout.addAction('Link', place => address.copyLink(place));

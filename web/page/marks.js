@@ -1,33 +1,143 @@
-// The reader's own marks: kept in the browser, saved and loaded as plot files.
-import {isInWorld, textOfPlace} from './coordinates.js';
-import {fileName, make, notify, saveFile} from './dom.js';
+// The reader's own marks, kept in the browser for the world that they are in. Several pages may have the
+// same ones at once: each change is made to what is kept at that moment. A mark is known by what it says.
+import {isInWorld} from './coordinates.js';
+import {fileName, saveFile} from './dom.js';
 import {Signal} from './events.js';
-import {latLngOfPlace, placeOfLatLng} from './flatmap.js';
 import {marksOfPlotFile, plotFileOfMarks} from './plotfile.js';
 
+const KEYS = 'plotterra marks ';
+const PLACES = 1000; // parts of a point that are kept
+export const NOT_KEPT = 'The browser has no room for these marks: save them to a file before you close this page.';
+
+const rounded = value => Math.round(value * PLACES) / PLACES;
+const markOf = ({x, y, name}) => ({x: rounded(x), y: rounded(y), name});
+const isMark = value => value !== null && typeof value === 'object' && Number.isFinite(value.x) && Number.isFinite(value.y) && isInWorld(value) && typeof value.name === 'string';
+const isSame = (one, other) => one.x === other.x && one.y === other.y && one.name === other.name;
+const counted = (count, word) => `${count} ${word}${count === 1 ? '' : 's'}`;
+
+/** `{title, marks, lost}` of a text that the browser kept: `lost` counts what are no marks. Null where it is none at all. */
+export function marksOfText(text) {
+    let kept;
+    try {
+        kept = JSON.parse(text);
+    } catch {
+        return null;
+    }
+    // At first a list alone was kept.
+    const {title, marks} = Array.isArray(kept) ? {title: '', marks: kept} : kept || {};
+    if (!Array.isArray(marks))
+        return null;
+    const read = marks.map(each => Array.isArray(each) ? {x: each[0], y: each[1], name: each[2]} : each), sound = read.filter(isMark).map(markOf);
+    return {title: String(title), marks: sound, lost: read.length - sound.length};
+}
+
+function keptText(key) {
+    try {
+        return localStorage.getItem(key);
+    } catch {
+        return null; // The browser keeps nothing for pages from files.
+    }
+}
+
+const contentOf = ({x, y, name}) => `${x} ${y} ${name}`;
+
+/** Without some of them, each counted as often as it is there. */
+function without(items, others) {
+    const left = new Map();
+    for (const other of others)
+        left.set(contentOf(other), (left.get(contentOf(other)) || 0) + 1);
+    return items.filter(item => {
+        const count = left.get(contentOf(item)) || 0;
+        left.set(contentOf(item), count - 1);
+        return count <= 0;
+    });
+}
+
+/** The same marks, as objects of `known` where they are among them. */
+function recognized(marks, known) {
+    const byContent = new Map(known.map(mark => [contentOf(mark), mark]));
+    return marks.map(mark => {
+        const content = contentOf(mark), same = byContent.get(content);
+        byContent.delete(content);
+        return same || mark;
+    });
+}
+
 export class Marks {
-    constructor(title) {
-        this.title = title;
-        this.key = `plotterra marks of ${title}`;
+    /** `world`: its title and the digest of its land; `say` is told in a line what the reader should know. */
+    constructor({title, landDigest}, say) {
+        Object.assign(this, {title, say});
+        this.key = KEYS + landDigest;
+        /** Whether the browser has all of them. */
+        this.isKept = true;
+        /** What can be undone: `{label, undo}`, where `undo` makes other items of items. */
+        this.done = [];
         this.listeners = new Signal();
-        this.items = this.stored();
+        /** Tells the mark that is gone. */
+        this.removed = new Signal();
+        /** `{x, y, name}` each; the list is never changed itself, but replaced. */
+        this.items = [];
+        this.items = this.present();
+        if (this.text === undefined)
+            this.takeOld();
     }
 
-    stored() {
+    /** What there is now: what the browser keeps, if it does, as this page or another one left it. */
+    present() {
+        const text = this.isKept ? keptText(this.key) : null;
+        if (text === null || text === this.text)
+            return this.items;
+        this.text = text;
+        return recognized(this.read(text), this.items);
+    }
+
+    read(text) {
+        const kept = marksOfText(text);
+        if (!kept)
+            this.say('The kept marks cannot be read');
+        else if (kept.lost > 0)
+            this.say(`${counted(kept.lost, 'kept mark')} could not be read and ${kept.lost === 1 ? 'is' : 'are'} left out`);
+        return kept ? kept.marks : [];
+    }
+
+    /** Marks were kept by the world's title at first. */
+    takeOld() {
+        const old = `${KEYS}of ${this.title}`, text = keptText(old);
+        if (text === null)
+            return;
+        this.items = this.read(text);
+        this.write();
+        if (this.isKept)
+            localStorage.removeItem(old);
+    }
+
+    write() {
+        const text = JSON.stringify({title: this.title, marks: this.items.map(({x, y, name}) => [x, y, name])}), wasKept = this.isKept;
         try {
-            const items = JSON.parse(localStorage.getItem(this.key)) || [];
-            return items.filter(({x, y, name}) => Number.isFinite(x + y) && typeof name === 'string');
+            localStorage.setItem(this.key, text);
+            Object.assign(this, {text, isKept: true});
         } catch {
-            return []; // The browser keeps nothing for pages from files, or something else wrote it.
+            this.isKept = false;
+            if (wasKept)
+                this.say(NOT_KEPT);
         }
     }
 
-    changed() {
-        try {
-            localStorage.setItem(this.key, JSON.stringify(this.items));
-        } catch {
-            notify('The browser does not keep marks for this page; save them to a file.');
-        }
+    /** `act` makes the new items of the present ones. */
+    change(act) {
+        this.items = act(this.present());
+        this.write();
+        this.listeners.emit();
+    }
+
+    /** Another page changed what the browser keeps; `key`: null where all was taken away, which leaves what is here. */
+    onStorage({key}) {
+        if (key !== this.key)
+            return;
+        if (this.isKept)
+            this.items = this.present();
+        else
+            this.items = this.items.concat(without(this.read(keptText(this.key) || '[]'), this.items));
         this.listeners.emit();
     }
 
@@ -35,19 +145,36 @@ export class Marks {
         return this.listeners.listen(listener);
     }
 
-    add(...marks) {
-        this.items.push(...marks.map(({x, y, name}) => ({x, y, name})));
-        this.changed();
+    add(marks) {
+        const added = marks.map(markOf);
+        this.change(items => items.concat(added));
+        return added;
     }
 
     remove(mark) {
-        this.items = this.items.filter(item => item !== mark);
-        this.changed();
+        const at = this.items.indexOf(mark);
+        this.done.push({label: `Bring back ${mark.name}`, undo: items => [...items.slice(0, at), mark, ...items.slice(at)]});
+        this.change(items => without(items, [mark]));
+        this.removed.emit(mark);
     }
 
+    /** Not to a place off the world. One that another page took away is there again. */
     update(mark, changes) {
-        Object.assign(mark, changes);
-        this.changed();
+        const before = {...mark}, after = markOf({...mark, ...changes});
+        if (!isInWorld(after)) {
+            this.listeners.emit();
+            return;
+        }
+        this.change(items => {
+            const at = items.findIndex(item => isSame(item, before));
+            Object.assign(mark, after);
+            return at < 0 ? items.concat(mark) : [...items.slice(0, at), mark, ...items.slice(at + 1)];
+        });
+    }
+
+    undo() {
+        const {undo} = this.done.pop();
+        this.change(undo);
     }
 
     save() {
@@ -55,84 +182,29 @@ export class Marks {
     }
 
     load(text) {
-        const marks = marksOfPlotFile(text).filter(isInWorld);
-        if (marks.length > 0)
-            this.add(...marks);
-        notify(marks.length === 0 ? 'No place was found in that file' : `${marks.length} marks were added`);
-    }
-}
-
-/** Marks on the flat map: they can be dragged. */
-export class MarkLayer {
-    constructor(flat, marks, settings, pick) {
-        Object.assign(this, {flat, marks, settings, pick});
-        this.group = L.layerGroup().addTo(flat.map);
-        marks.listen(() => this.draw());
-        settings.listen(names => names.has('marks') && this.draw());
-        this.draw();
+        const {marks, skipped} = marksOfPlotFile(text);
+        const left = skipped.length === 0 ? '' : `; ${counted(skipped.length, 'line')} left out that ${skipped.length === 1 ? 'names' : 'name'} no place on the map, first line ${skipped[0]}`;
+        if (marks.length > 0) {
+            const added = this.add(marks);
+            this.done.push({label: `Take back ${counted(added.length, 'mark')} from a file`, undo: items => without(items, added)});
+            this.listeners.emit();
+        }
+        if (this.isKept || marks.length === 0)
+            this.say(marks.length === 0 ? `No place was found in that file${left}` : `${counted(marks.length, 'mark')} added${left}`);
     }
 
-    draw() {
-        this.group.clearLayers();
-        if (!this.settings.get('marks'))
-            return;
-        for (const mark of this.marks.items) {
-            const element = make('div', {class: 'spot mark'}, make('span', {class: 'name'}, mark.name));
-            const icon = L.divIcon({html: element, className: 'spot-icon', iconSize: [0, 0]});
-            L.marker(latLngOfPlace(mark), {icon, draggable: true, keyboard: false, title: mark.name, zIndexOffset: 2000})
-                .on('click', () => this.pick(mark))
-                .on('dragend', event => this.marks.update(mark, placeOfLatLng(event.target.getLatLng())))
-                .addTo(this.group);
+    /** Marks that are kept for other worlds of this title, such as an earlier state of this one: `{key, count}`. */
+    others() {
+        try {
+            return Array.from({length: localStorage.length}, (_, index) => localStorage.key(index)).filter(key => key.startsWith(KEYS) && key !== this.key)
+                .map(key => ({key, kept: marksOfText(localStorage.getItem(key))})).filter(({kept}) => kept && kept.title === this.title && kept.marks.length > 0)
+                .map(({key, kept}) => ({key, count: kept.marks.length}));
+        } catch {
+            return [];
         }
     }
-}
 
-export class MarkPanel {
-    constructor(marks, go) {
-        Object.assign(this, {marks, go});
-        this.list = make('ul', {class: 'marks'});
-        const file = make('input', {type: 'file', class: 'off-screen', tabindex: '-1', 'aria-label': 'Plot file', onchange: async () => {
-            for (const each of file.files)
-                marks.load(await each.text());
-            file.value = '';
-        }});
-        this.element = make('div', {},
-            make('p', {class: 'hint'}, 'Click the map and choose Mark here. Marks can be dragged. A plot file dropped on the page is added.'),
-            this.list,
-            make('div', {class: 'buttons'}, make('button', {onclick: () => marks.save()}, 'Save as plot file'),
-                make('button', {onclick: () => file.click()}, 'Load…'), file));
-        marks.listen(() => this.draw());
-        this.draw();
-        this.takeDrops();
-    }
-
-    draw() {
-        if (this.list.contains(document.activeElement) && document.activeElement.tagName === 'INPUT')
-            return;
-        this.list.replaceChildren(...this.marks.items.map(mark => {
-            const field = make('input', {type: 'text', 'aria-label': 'Name of the mark',
-                onchange: () => this.marks.update(mark, {name: field.value || textOfPlace(mark)})});
-            field.value = mark.name;
-            return make('li', {}, field, make('button', {class: 'small', onclick: () => this.go(mark)}, textOfPlace(mark)),
-                make('button', {class: 'small', 'aria-label': `Delete ${mark.name}`, onclick: () => this.marks.remove(mark)}, '×'));
-        }));
-        if (this.marks.items.length === 0)
-            this.list.append(make('li', {class: 'none'}, 'No marks yet'));
-    }
-
-    /** Begins to change the newest mark's name. */
-    renameLast() {
-        const field = this.list.querySelector('li:last-child input');
-        if (field)
-            field.select();
-    }
-
-    takeDrops() {
-        document.addEventListener('dragover', event => event.preventDefault());
-        document.addEventListener('drop', async event => {
-            event.preventDefault();
-            for (const file of event.dataTransfer.files)
-                this.marks.load(await file.text());
-        });
+    takeOver(key) {
+        this.add(this.read(keptText(key) || '[]'));
     }
 }

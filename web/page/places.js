@@ -1,64 +1,64 @@
-// Places and dungeons on the flat map: a dot each, with its name where there is room; far out those
-// that would lie on each other are gathered under their number. The tab key comes to one of them,
-// the arrow keys go on from there.
+// Places and dungeons on the flat map: a dot each, with its name where there is room; those that would
+// lie on each other are gathered under their number, those at one spot share a dot and stand in the card
+// of what is pinned. The tab key comes to one of them, the arrow keys go on from there.
 import {textOfPlace} from './coordinates.js';
 import {make} from './dom.js';
-import {latLngOfPlace, placeOfLatLng} from './flatmap.js';
+import {latLngOfPlace, MAX_ZOOM, placeOfLatLng} from './flatmap.js';
+import {Gathering, groupsInView, isOneSpot} from './gathering.js';
+import {wordOfPlace} from './placelooks.js';
+import {layOut} from './spotlayout.js';
 
-const CELL = 96;
-const LAST_GATHERED_ZOOM = 3;
-const LETTER = 7.2, LINE = 17, DOT = 7, GATHERED = 11;
-/** Where a number may stand instead, in pixels, when something is there already. */
-const STEPS_ASIDE = [[0, 0], [0, 22], [0, -22], [24, 0], [-24, 0]];
+/** How many spots a window holds: places are why the map is looked at, dungeons are there by the hundred. */
+const MOST_PLACES = 60, MOST_DUNGEONS = 24;
+const ZOOM_INTO = 2;
+const NAMES_TOLD = 12;
+/** Whose names come first: those of places, then numbers, then names of dungeons. */
+const PLACE = 0, COUNTER = 1, DUNGEON = 2;
 const DIRECTIONS = {ArrowRight: [1, 0], ArrowLeft: [-1, 0], ArrowDown: [0, 1], ArrowUp: [0, -1]};
-
-/** What stands on the map: `{kind, name, x, y}`, the most important first. */
-export function placesOfWorld(world, settings) {
-    const places = settings.get('places') ? world.places.map(place => ({kind: 'place', ...place})) : [];
-    if (settings.get('dungeons'))
-        for (const {name, block, entrances} of world.dungeons)
-            places.push(...entrances.map(({x, y}) => ({kind: 'dungeon', name, block, x, y})));
-    return places;
-}
 
 /** What stands on the relief. */
 export function placesInRelief(world, settings, marks) {
-    return [...settings.get('marks') ? marks.items : [], ...placesOfWorld(world, settings)];
+    return [settings.get('marks') ? marks.items : [], settings.get('places') ? world.places : [], settings.get('dungeons') ? world.entrances : []].flat();
 }
 
-/** Remembers what stands where, and says whether there is room for more. */
-class Room {
-    constructor() {
-        this.boxes = [];
-    }
-
-    isFree(box) {
-        return !this.boxes.some(other => box[0] < other[2] && box[2] > other[0] && box[1] < other[3] && box[3] > other[1]);
-    }
-
-    take(box) {
-        this.boxes.push(box);
-    }
-
-    takeIfFree(box) {
-        const isFree = this.isFree(box);
-        if (isFree)
-            this.take(box);
-        return isFree;
-    }
+/** What a map shows of some gatherings: single places as they are, several as `{kind, x, y, members, isCounter}`. */
+export function spotsInView(flat, gatherings) {
+    const {x: width, y: height} = flat.map.getSize(), bounds = flat.map.getBounds().pad(0.1), zoom = flat.zoom();
+    const area = {west: bounds.getWest(), south: bounds.getSouth(), east: bounds.getEast(), north: bounds.getNorth()};
+    return gatherings.flatMap(gathering => groupsInView(gathering.groupsAt(zoom, width, height), area, zoom)).map(group => {
+        const [first] = group.members;
+        return group.members.length === 1 ? first : {...group, kind: first.kind, isCounter: !isOneSpot(group.members, MAX_ZOOM)};
+    });
 }
 
-const boxAround = ({x, y}, half) => [x - half, y - half, x + half, y + half];
-
-/** Of a name to the right or left of a dot. */
-function nameBox({x, y}, side, text) {
-    const width = 5 + text.length * LETTER, left = side === 'right' ? x + DOT : x - DOT - width;
-    return [left, y - LINE / 2, left + width, y + LINE / 2];
+/** The spots with what `layOut` says of each. */
+export function laidOut(flat, spots, rankOf) {
+    const pixelOf = place => flat.map.latLngToLayerPoint(latLngOfPlace(place));
+    const laid = layOut(spots.map(spot => ({...spot, pixel: pixelOf(spot), rank: rankOf(spot)})));
+    return spots.map((spot, index) => {
+        const {pixel, ...name} = laid[index];
+        return {spot, ...name, at: spot.isCounter ? placeOfLatLng(flat.map.layerPointToLatLng([pixel.x, pixel.y])) : spot};
+    });
 }
+
+/** The dot of a place or of several, or their number, with `lines` on one `side` of it. */
+export function spotElement({kind, look, members, isCounter}, side, lines) {
+    if (isCounter)
+        return make('div', {class: `gathered ${kind || 'mark'}`}, String(members.length));
+    const name = lines ? make('span', {class: `name ${side}`}, ...lines.map(line => make('span', {class: 'line'}, line))) : '';
+    const first = members ? members[0] : {kind, look};
+    return make('div', {class: `spot ${first.kind || 'mark'} ${wordOfPlace(first)} ${members ? 'shared' : ''}`}, name);
+}
+
+/** Goes to where some of what a number stands for can be told apart. */
+export const zoomInto = (flat, spot) => flat.flyTo(spot, Math.min(flat.zoom() + ZOOM_INTO, MAX_ZOOM));
+
+const rankOf = ({kind, isCounter}) => isCounter ? COUNTER : kind === 'place' ? PLACE : DUNGEON;
 
 export class PlaceLayer {
     constructor(flat, world, settings, pick) {
-        Object.assign(this, {flat, world, settings, pick});
+        Object.assign(this, {flat, settings, pick});
+        this.gatherings = {places: new Gathering(world.places, MOST_PLACES), dungeons: new Gathering(world.entrances, MOST_DUNGEONS)};
         this.markers = new Map();
         flat.map.on('moveend zoomend resize', () => this.update());
         settings.listen(() => this.update());
@@ -66,11 +66,10 @@ export class PlaceLayer {
     }
 
     update() {
-        const {map} = this.flat, area = map.getBounds().pad(0.1), wanted = new Map();
-        const inView = placesOfWorld(this.world, this.settings).filter(place => area.contains(latLngOfPlace(place)));
-        for (const {group, side} of this.arranged(this.gathered(inView))) {
-            const key = [group.kind, group.x, group.y, group.members ? group.members.length : group.name, side].join('|');
-            wanted.set(key, this.markers.get(key) || this.marker(group, side));
+        const {flat} = this, shown = Object.keys(this.gatherings).filter(name => this.settings.get(name)).map(name => this.gatherings[name]), wanted = new Map();
+        for (const {spot, side, lines, at} of laidOut(flat, spotsInView(flat, shown), rankOf)) {
+            const key = [spot.kind, at.x, at.y, spot.members ? spot.members.length : spot.name, side, lines].join('|');
+            wanted.set(key, this.markers.get(key) || this.marker(spot, at, side, lines));
         }
         const hadFocus = this.stop && this.stop.getElement() === document.activeElement;
         for (const [key, marker] of this.markers)
@@ -81,57 +80,20 @@ export class PlaceLayer {
                 this.add(marker);
         this.markers = wanted;
         const isLeft = hadFocus && [...wanted.values()].includes(this.stop);
-        this.stopAt(isLeft ? this.stop : this.nearest(map.getCenter()));
+        this.stopAt(isLeft ? this.stop : this.nearest(flat.map.getCenter()));
         if (hadFocus)
             this.focus();
     }
 
-    /** Gives each group with the side that its name stands on, if there is room; moves numbers aside. */
-    arranged(groups) {
-        const {map} = this.flat, room = new Room(), singles = groups.filter(group => !group.members);
-        const pixel = place => map.latLngToLayerPoint(latLngOfPlace(place));
-        for (const single of singles)
-            room.take(boxAround(pixel(single), DOT));
-        const sides = new Map(), findSide = single => sides.set(single,
-            ['right', 'left'].find(side => room.takeIfFree(nameBox(pixel(single), side, single.name))));
-        singles.filter(({kind}) => kind === 'place').forEach(findSide);
-        for (const group of groups.filter(({members}) => members)) {
-            const middle = pixel(group), spots = STEPS_ASIDE.map(([x, y]) => middle.add([x, y]));
-            const spot = spots.find(each => room.isFree(boxAround(each, GATHERED))) || middle;
-            room.take(boxAround(spot, GATHERED));
-            if (spot !== middle)
-                Object.assign(group, placeOfLatLng(map.layerPointToLatLng(spot)));
-        }
-        singles.filter(({kind}) => kind !== 'place').forEach(findSide);
-        return groups.map(group => ({group, side: sides.get(group)}));
-    }
-
-    /** Places as they are, or several at once as `{kind, x, y, members}`. */
-    gathered(places) {
-        const {map} = this.flat, cells = new Map();
-        if (map.getZoom() > LAST_GATHERED_ZOOM)
-            return places;
-        for (const place of places) {
-            const {x, y} = map.project(latLngOfPlace(place));
-            const cell = `${place.kind} ${Math.floor(x / CELL)} ${Math.floor(y / CELL)}`;
-            cells.set(cell, [...cells.get(cell) || [], place]);
-        }
-        const mean = (members, axis) => members.reduce((sum, place) => sum + place[axis], 0) / members.length;
-        return [...cells.values()].map(members => members.length === 1 ? members[0] :
-            {kind: members[0].kind, x: mean(members, 'x'), y: mean(members, 'y'), members});
-    }
-
-    /** `side`: where its name stands; undefined for none. */
-    marker(group, side) {
-        const {kind, name, members} = group;
-        const element = members ? make('div', {class: `gathered ${kind}`}, String(members.length)) :
-            make('div', {class: `spot ${kind}`}, side ? make('span', {class: `name ${side}`}, name) : '');
-        const title = members ? members.slice(0, 12).map(each => each.name).join(', ') : name;
-        const marker = L.marker(latLngOfPlace(group), {
-            icon: L.divIcon({html: element, className: 'spot-icon', iconSize: [0, 0]}), keyboard: false,
-            title, zIndexOffset: kind === 'place' ? 1000 : 0});
-        marker.spoken = members ? `${members.length} ${kind}s: ${title}` : `${kind} ${name}, ${textOfPlace(group)}`;
-        return marker.on('click', () => this.choose(group));
+    marker(spot, at, side, lines) {
+        const {kind, name, members, isCounter} = spot, first = members ? members[0] : spot, word = wordOfPlace(first);
+        const title = members ? members.slice(0, NAMES_TOLD).map(each => each.name).join(', ') : name;
+        const marker = L.marker(latLngOfPlace(at), {
+            icon: L.divIcon({html: spotElement(spot, side, lines), className: 'spot-icon', iconSize: [0, 0]}), keyboard: false,
+            title: isCounter ? title : `${title} (${word})`, zIndexOffset: kind === 'place' ? 1000 : 0});
+        marker.spoken = isCounter ? `${members.length} ${kind}s: ${title}` :
+            members ? `${word} ${first.name} and ${members.length - 1} more, ${textOfPlace(first)}` : `${word} ${name}, ${textOfPlace(spot)}`;
+        return marker.on('click', () => this.choose(spot));
     }
 
     add(marker) {
@@ -141,11 +103,11 @@ export class PlaceLayer {
         element.addEventListener('keydown', event => this.onKey(event, marker));
     }
 
-    choose(group) {
-        if (!group.members)
-            this.pick(group);
+    choose(spot) {
+        if (spot.isCounter)
+            zoomInto(this.flat, spot);
         else
-            this.flat.flyTo(group, Math.min(this.flat.zoom() + 2, LAST_GATHERED_ZOOM + 1));
+            this.pick(spot.members ? spot.members[0] : spot);
     }
 
     // -- by keyboard

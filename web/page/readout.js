@@ -55,7 +55,7 @@ export class Readout {
         this.actions.push([label, act]);
     }
 
-    /** What else is told of a pinned place: `tell` gives an element or null. */
+    /** What else is told of a pinned place: `tell` is given it and its name, and gives an element or null. */
     addDetail(tell) {
         this.details.push(tell);
     }
@@ -77,7 +77,7 @@ export class Readout {
         this.card.replaceChildren(
             make('button', {class: 'close', 'aria-label': 'Close', onclick: () => this.unpin()}, '×'),
             name ? make('h3', {}, name) : '', make('dl', {}, ...rows), notes ? make('p', {class: 'notes'}, notes) : '',
-            ...this.details.map(tell => tell(place)).filter(Boolean),
+            ...this.details.map(tell => tell(place, name)).filter(Boolean),
             make('div', {class: 'buttons'},
                 make('button', {onclick: () => copyText(lineOfFacts(facts))}, 'Copy'),
                 ...this.actions.map(([label, act]) => make('button', {onclick: () => act(this.place)}, label))));

@@ -37,24 +37,40 @@ function paintSpots(context, container) {
     const isDark = container.classList.contains('dark-land'), box = container.getBoundingClientRect();
     context.textBaseline = 'middle';
     for (const spot of container.querySelectorAll('.spot, .gathered')) {
-        const {left, top, width, height} = spot.getBoundingClientRect(), style = getComputedStyle(spot);
+        const {left, top, width, height} = spot.getBoundingClientRect(), style = getComputedStyle(spot), shape = spot.matches('.spot') ? getComputedStyle(spot, '::before') : style;
         const x = left - box.left + width / 2, y = top - box.top + height / 2;
         context.beginPath();
-        context.arc(x, y, width / 2, 0, 7);
-        context.fillStyle = style.backgroundColor;
+        const edge = parseFloat(shape.borderTopWidth);
+        tracePath(context, shape, x, y, (width - edge) / 2, (height - edge) / 2);
+        context.fillStyle = shape.backgroundColor;
         context.fill();
-        context.strokeStyle = style.borderTopColor;
-        context.lineWidth = 1.5;
+        context.strokeStyle = shape.borderTopColor;
+        context.lineWidth = edge;
         context.stroke();
         context.font = `${style.fontWeight} ${style.fontSize} system-ui, sans-serif`;
         if (spot.classList.contains('gathered')) {
             context.fillStyle = style.color;
             context.textAlign = 'center';
             context.fillText(spot.textContent, x, y);
-        } else if (spot.textContent) {
-            const isLeft = spot.querySelector('.name.left') !== null, away = width / 2 + 4;
-            paintLabel(context, spot.textContent, isLeft ? x - away : x + away, y, isLeft ? 'right' : 'left', isDark);
         }
+        const lines = spot.querySelectorAll('.line'), isLeft = spot.querySelector('.name.left') !== null, away = width / 2 + 4;
+        lines.forEach((line, index) => paintLabel(context, line.textContent, isLeft ? x - away : x + away,
+            y + (index - (lines.length - 1) / 2) * line.getBoundingClientRect().height, isLeft ? 'right' : 'left', isDark));
+    }
+}
+
+/** Of a spot or number: turned squares are told by their turning, round ones by their corners. */
+function tracePath(context, style, x, y, half, halfHeight) {
+    if (style.transform !== 'none') {
+        const reach = half * Math.SQRT2;
+        context.moveTo(x, y - reach);
+        for (const [dx, dy] of [[reach, 0], [0, reach], [-reach, 0]])
+            context.lineTo(x + dx, y + dy);
+        context.closePath();
+    } else if (style.borderRadius === '50%') {
+        context.arc(x, y, half, 0, 7);
+    } else {
+        context.roundRect(x - half, y - halfHeight, 2 * half, 2 * halfHeight, parseFloat(style.borderRadius));
     }
 }
 

@@ -1,7 +1,8 @@
 // All that the page knows of the world: its lands, the names of land types, places and dungeons.
-import {pointOfUnit} from './coordinates.js';
+import {isInWorld, pointOfUnit} from './coordinates.js';
 import {Signal} from './events.js';
 import {Land, ROAD} from './land.js';
+import {lookOfType} from './placelooks.js';
 
 export class World {
     /** `description` as WQWebPage writes it. Its lands are empty until they are unpacked. */
@@ -11,9 +12,11 @@ export class World {
         this.older = description.hasOlderLand ? new Land(description.heights) : null;
         this.typeCounts = [];
         this.filled = new Signal();
-        this.places = description.places.map(([x, y, name]) => ({name, x: pointOfUnit(x), y: pointOfUnit(y)}));
+        /** What stands on the map: `{kind, name, x, y}`; a place also has its `look`, an entrance the `block` of its dungeon. */
+        this.places = onMap(description.places).map(([x, y, name, type]) => ({kind: 'place', look: lookOfType(type), name, ...placeOfUnits(x, y)}));
         this.dungeons = description.dungeons.map(([block, name, entrances]) => (
-            {block, name, entrances: entrances.map(([x, y]) => ({x: pointOfUnit(x), y: pointOfUnit(y)}))}));
+            {block, name, entrances: onMap(entrances).map(([x, y]) => ({kind: 'dungeon', name, block, ...placeOfUnits(x, y)}))}));
+        this.entrances = this.dungeons.flatMap(({entrances}) => entrances);
         this.dungeonNames = new Map(this.dungeons.map(({block, name}) => [block, name]));
     }
 
@@ -34,6 +37,11 @@ export class World {
         return name ? spaced(name.replace(/Color$/, '')) : `type ${type}`;
     }
 }
+
+const placeOfUnits = (x, y) => ({x: pointOfUnit(x), y: pointOfUnit(y)});
+
+/** Of `[x, y, …]` those that lie in the world. */
+const onMap = rows => rows.filter(([x, y]) => Number.isFinite(x) && Number.isFinite(y) && isInWorld(placeOfUnits(x, y)));
 
 /** `mudRichDirt` and `MudRichDirt` as `Mud rich dirt`. */
 function spaced(name) {

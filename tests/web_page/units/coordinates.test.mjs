@@ -17,13 +17,19 @@ test('places are written as the game writes them, and read as people write them'
         [{x: 1589, y: 777}, 1, '24.2S 57.0E'], [{x: 1019, y: 1019}, 1, '0.0N 0.0E'], [{x: 0, y: 2040}, 1, '102.1N 101.9W'],
         [{x: 1018.4, y: 1019.26}, 2, '0.03N 0.06W']])
         assert.equal(textOfPlace(place, digits), text);
-    for (const text of ['24.2S 57.0E', '24.2s, 57.0e', ' 24.2 S , 57 E', '24.2S57E', '24.2S 57.0E and more', '-24.2N 57E']) {
+    for (const text of ['24.2S 57.0E', '24.2s, 57.0e', ' 24.2 S , 57 E', '24.2S57E', '24.2S 57.0E and more', '-24.2N 57E',
+        '57E 24.2S', '57.0e,24.2s', '-57W  -24.2N', '24,2S 57,0E', '24,2S,57E', '57,0E, 24,2S', '2.42e1S 57E']) {
         const place = placeOfText(text);
         near(place.x, 1589, text);
         near(place.y, 777, text);
     }
-    for (const text of ['', '24.2', '24.2S', '24.2 57.0', '24.2X 57.0E', '1.2.3N 4E', 'N E', '.N .E'])
+    for (const text of ['', '24.2', '24.2S', '24.2 57.0', '24.2X 57.0E', '1.2.3N 4E', 'N E', '.N .E', '57E24.2S', '57E 24.2E', '1e999N 1E', '1e30N'])
         assert.equal(placeOfText(text), undefined, text);
+    // However long: no text is gone through again from each of its places.
+    const start = performance.now(), long = 60000;
+    for (const text of [`1N${' '.repeat(long)}`, `1N ,${' '.repeat(long)}`, `1E${' '.repeat(long)}`, '1'.repeat(long), `${'1'.repeat(long)}.N`, ' '.repeat(long)])
+        assert.equal(placeOfText(text), undefined);
+    assert.ok(performance.now() - start < 500);
 });
 
 test('the world ends half a point beyond its last points', () => {

@@ -38,7 +38,7 @@ test('nonsense is left out, and what is beside it kept', () => {
         '#show=nothing,relief,types', '#base=sea', '#mark=,,', '#mark=1N,2E', '#mark=300N,2E,x', '#relief=a,b', '#relief=', '#sea=-1',
         '#rise=99', '#haze=', '#at=300N,2E', '#__proto__=1', '#types'])
         assert.deepEqual(back(text), {settings: {...DEFAULTS}}, text);
-    assert.deepEqual(back('#types=a,-1,3,1.5,64,63&show=x,snow').settings, {...DEFAULTS, types: [3, 63], snow: true});
+    assert.deepEqual(back('#types=a,-1,3,1.5,64,63,3&show=x,snow').settings, {...DEFAULTS, types: [3, 63], snow: true});
     assert.deepEqual(back('#kinds=new,x,changed').settings.kinds, ['changed', 'new']);
 });
 

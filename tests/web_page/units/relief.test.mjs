@@ -138,7 +138,7 @@ test('a ray meets the land at its height, not what is behind it', () => {
 });
 
 test('towns are named first, then the nearest; not what is hidden, drowned or has no room', () => {
-    assert.deepEqual([{kind: 'place'}, {}, {kind: 'dungeon'}].map(rankOf), [0, 1, 3]);
+    assert.deepEqual([{kind: 'place', look: 'town'}, {kind: 'place', look: 'port'}, {}, {kind: 'place', look: 'place'}, {kind: 'dungeon'}].map(rankOf), [0, 0, 1, 2, 3]);
     const spot = (name, x, eyeDistance, rank) => ({name, foot: {x, y: 100}, eyeDistance, rank});
     assert.deepEqual(bestOfCells([spot('far town', 30, 900, 0), spot('near cave', 31, 10, 3), spot('near town', 32, 300, 0), spot('other', 90, 50, 0)])
         .map(({name}) => name), ['other', 'near town']);
@@ -148,9 +148,9 @@ test('towns are named first, then the nearest; not what is hidden, drowned or ha
     const labels = new ReliefLabels(sight, shape), painted = [];
     const context = new Proxy({measureText: text => ({width: text.length * 7}), strokeText: text => painted.push(text)}, {
         get: (target, name) => target[name] || (() => {}), set: () => true});
-    const cave = {kind: 'dungeon', name: 'Cave', x: 960, y: 500}, town = {kind: 'place', name: 'Town', x: 961, y: 501};
-    const places = [cave, {kind: 'dungeon', name: 'Lone', x: 980, y: 520}, town, {kind: 'place', name: 'Behind', x: 1024, y: 500},
-        {kind: 'place', name: 'Ridge', x: 1021, y: 500}, {name: 'Mark', x: 985, y: 480}];
+    const cave = {kind: 'dungeon', name: 'Cave', x: 960, y: 500}, town = {kind: 'place', look: 'town', name: 'Town', x: 961, y: 501};
+    const places = [cave, {kind: 'dungeon', name: 'Lone', x: 980, y: 520}, town, {kind: 'place', look: 'port', name: 'Behind', x: 1024, y: 500},
+        {kind: 'place', look: 'town', name: 'Ridge', x: 1021, y: 500}, {name: 'Mark', x: 985, y: 480}];
     labels.draw(context, places);
     assert.deepEqual(painted, ['Town', 'Ridge', 'Mark', 'Lone']);
     const [{foot, box}] = labels.shown;
@@ -173,7 +173,7 @@ test('dungeons are named from near by, and no name lies on the stem of another',
         labels.draw(new Proxy({measureText: text => ({width: text.length * 7})}, {get: (target, name) => target[name] || (() => {}), set: () => true}), places);
         return labels.shown.map(({place}) => place.name);
     };
-    const town = {kind: 'place', name: 'Town', x: 700, y: 900}, cave = {kind: 'dungeon', name: 'Cave', x: 640, y: 900};
+    const town = {kind: 'place', look: 'town', name: 'Town', x: 700, y: 900}, cave = {kind: 'dungeon', name: 'Cave', x: 640, y: 900};
     assert.deepEqual(namesFrom(380, [cave, town]), ['Town', 'Cave']);
     assert.deepEqual(namesFrom(500, [cave, town]), ['Town']);
     // At this distance a point is 4 pixels: the other's name is 18 lower than the town's, beside its foot.

@@ -4,35 +4,46 @@ import {changesOfBlock} from '../../../web/page/blockchanges.js';
 import {changedBlocks} from '../../../web/page/changes.js';
 import {LAND_FLAG} from '../../../web/page/land.js';
 import {factsOfPlace, heightText, lineOfFacts} from '../../../web/page/readout.js';
-import {findPlaces} from '../../../web/page/search.js';
+import {findPlaces, NameIndex} from '../../../web/page/search.js';
 import {planesOf, worldOf} from './world.mjs';
 
 const WORLD = worldOf({
-    places: [[57, -24.2, 'Port Élan'], [1, 2, 'The Port'], [3, 4, 'Airport'], [5, 6, 'Élan'], [7, 8, 'Élevée']],
+    places: [[57, -24.2, 'Port Élan'], [1, 2, 'The Port'], [3, 4, 'Airport'], [5, 6, 'Élan', 'Town'], [7, 8, 'Élevée', 'harbour'], [0, 300, 'Off']],
     dungeons: [[0x01FE, 'Portal Caves', [[10, 10], [11, 11]]], [0x0205, 'Hidden Port', []]]});
-const MARKS = [{name: 'My port', x: 5, y: 6}];
-const names = text => findPlaces(text, WORLD, MARKS).map(({name}) => name);
+const INDEX = new NameIndex(WORLD, [{name: 'My port', x: 5, y: 6}]);
+const find = text => findPlaces(text, WORLD, INDEX), names = text => find(text).map(({name}) => name);
 
 test('names are found at their beginning first, then at a word, then within', () => {
-    assert.deepEqual(names('port'), ['Port Élan', 'Portal Caves', 'Hidden Port', 'My port', 'The Port', 'Airport']);
+    assert.deepEqual(names('port'), ['Port Élan', 'Portal Caves', 'Portal Caves', 'Hidden Port', 'My port', 'The Port', 'Airport']);
     assert.deepEqual(names('  ELAN '), ['Élan', 'Port Élan']);
     assert.deepEqual(names('elevee'), ['Élevée']);
-    assert.deepEqual([names(''), names('nowhere')], [[], []]);
+    assert.deepEqual([names(''), names('nowhere'), names('off')], [[], [], []]);
 });
 
-test('what is found says what and where it is', () => {
-    const [place] = findPlaces('port elan', WORLD, []);
-    assert.deepEqual([place.kind, place.detail, Math.round(place.place.x), Math.round(place.place.y)], ['place', '24.2S 57.0E', 1589, 777]);
-    const [hidden] = findPlaces('hidden', WORLD, []);
-    assert.deepEqual([hidden.kind, hidden.detail, hidden.place], ['dungeon', 'block 0205', {x: 20, y: 44}]);
+test('a letter wrong, missing, too many or changed with the next is forgiven where nothing else is found', () => {
+    for (const text of ['hodden p', 'hiden port', 'hiddden', 'hiddne', 'xidden', 'hidden pprt', 'hiddenport', 'hiddenx'])
+        assert.deepEqual(names(text), ['Hidden Port'], text);
+    for (const text of ['hxddxn', 'hdidne', 'xdd', 'idden port there', 'hiddenxx'])
+        assert.deepEqual(names(text), [], text);
+    // Within a name only words begin anew.
+    assert.deepEqual(names('cavse'), ['Portal Caves', 'Portal Caves']);
+    assert.deepEqual(names('prort'), ['Port Élan', 'Portal Caves', 'Portal Caves', 'Hidden Port', 'My port', 'The Port'].sort());
+});
+
+test('what is found says what and where it is, each entrance by itself', () => {
+    const rows = text => find(text).map(({kind, detail, place: {x, y}}) => [kind, detail, Math.round(x), Math.round(y)]);
+    assert.deepEqual(rows('portal'), [['dungeon', '10.0N 10.0E, 1 of 2', 1119, 1119], ['dungeon', '11.0N 11.0E, 2 of 2', 1129, 1129]]);
+    assert.deepEqual(rows('hidden'), [['dungeon', 'block 0205', 20, 44]]);
+    assert.deepEqual(['port elan', 'elan', 'elevee', 'my'].map(text => find(text)[0].kind), ['place', 'town', 'port', 'mark']);
+    assert.deepEqual(rows('port elan')[0].slice(2), [1589, 777]);
 });
 
 test('blocks and coordinates are found, unless they are off the world', () => {
     assert.deepEqual(names('01fe'), ['Block 01FE']);
     assert.deepEqual(names('0xFEFE'), ['Block FEFE']);
-    assert.deepEqual([names('FFFF'), names('FEFF'), names('01F')], [[], [], []]);
-    assert.deepEqual(findPlaces('01FE', WORLD, [])[0].detail, 'Portal Caves');
-    assert.deepEqual(names('24.2s, 57e'), ['24.2S 57.0E']);
+    assert.deepEqual([names('FFFF'), names('FEFF'), names('01F'), names('300N 2E'), names('2N 102.3E')], [[], [], [], [], []]);
+    assert.deepEqual(find('01FE')[0].detail, 'Portal Caves');
+    assert.deepEqual(names('57E 24,2s'), ['24.2S 57.0E']);
 });
 
 test('what is under the cursor is told to the letter', () => {

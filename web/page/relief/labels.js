@@ -1,6 +1,7 @@
 // Names that stand on the land, each on a stem: as many as there is room for, towns first, then the
 // nearest; none through a mountain, none of what the raised sea covers.
 import {paintLabel} from '../lettering.js';
+import {LOOK_COLORS, wordOfPlace} from '../placelooks.js';
 
 const MOST_LABELS = 80;
 const STEM = 26, LINE = 16, DOT = 4, GAP = 3; // pixels
@@ -10,13 +11,11 @@ const CELL_WIDTH = 24, CELL_HEIGHT = 12;
 const DUNGEONS_WITHIN = 400;
 
 const FONTS = ['600 13px system-ui, sans-serif', '12px system-ui, sans-serif'];
-const COLORS = {mark: '#0b62c4', dungeon: '#3b3b46'};
-const PLACE_COLOR = '#b4232e';
 
 /** What comes first where there is not room for all. */
-export function rankOf({kind, type}) {
+export function rankOf({kind, look}) {
     if (kind === 'place')
-        return type === undefined || type === 'town' ? 0 : 2;
+        return look === 'town' || look === 'port' ? 0 : 2;
     return kind === 'dungeon' ? 3 : 1;
 }
 
@@ -58,7 +57,7 @@ export class ReliefLabels {
                 continue;
             taken.push(room);
             this.shown.push({place, box, foot});
-            drawStem(context, foot, COLORS[place.kind || 'mark'] || PLACE_COLOR);
+            drawStem(context, foot, LOOK_COLORS[wordOfPlace(place)]);
             paintLabel(context, place.name, foot.x, middle, 'center');
             if (this.shown.length === MOST_LABELS)
                 break;

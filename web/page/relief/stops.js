@@ -2,6 +2,7 @@
 // key comes to one; the arrow keys go on from there.
 import {textOfPlace} from '../coordinates.js';
 import {make} from '../dom.js';
+import {wordOfPlace} from '../placelooks.js';
 
 const DIRECTIONS = {ArrowRight: [1, 0], ArrowLeft: [-1, 0], ArrowDown: [0, 1], ArrowUp: [0, -1]};
 
@@ -40,7 +41,7 @@ export class ReliefStops {
     }
 
     stop(place, box) {
-        const button = make('button', {tabindex: '-1', 'aria-label': `${place.kind || 'mark'} ${place.name}, ${textOfPlace(place)}`,
+        const button = make('button', {tabindex: '-1', 'aria-label': `${wordOfPlace(place)} ${place.name}, ${textOfPlace(place)}`,
             onclick: () => this.choose(place)});
         Object.assign(button.style, {
             left: `${box.left}px`, top: `${box.top}px`, width: `${box.right - box.left}px`, height: `${box.bottom - box.top}px`});
