@@ -180,6 +180,9 @@ class Search(PageTest):
         self.assertEqual(browser.texts(".results .kind"), ["block"])
         browser.keys(Keys.ENTER)
         browser.wait(lambda: browser.field("block", ".pinned") == "7941")
+        # It is framed, 8 points at zoom 2.
+        browser.wait(lambda: any(abs(box["x"] - 684) < 3 and abs(box["y"] - 434) < 3 and abs(box["width"] - 34) < 3
+                                 for _, box in browser.boxes("#map path")))
 
         self.search("24.2s, 57e")
         browser.keys(Keys.ENTER)
@@ -274,6 +277,8 @@ class Marks(PageTest):
         self.assertLess(len(browser.all("#panel li, .spot-icon")), 300)
         browser.driver.execute_script("const list = document.querySelector('.windowed'); list.scrollTop = list.scrollHeight")
         browser.wait(lambda: self.names()[-1] == "Mark 9999")
+        (_, window), (_, row) = browser.boxes("#panel .windowed, #panel li:last-child")
+        self.assertAlmostEqual(row["bottom"], window["bottom"], delta=2)
         browser.click("#panel li:last-child input")
         browser.keys(Keys.END, " x", Keys.ENTER)
 
@@ -423,6 +428,14 @@ class Tools(PageTest):
         greatest, colors = pictures.difference(shot, base64_of(saved), [area, area])
         self.assertEqual(greatest, 0)
         self.assertGreater(colors, 100)
+        saved.unlink()
+        browser.open(page, f"#{MIDDLE}&zoom=0&{BARE},squares")
+        shot = browser.wait_for_calm()
+        browser.tool("Picture")
+        browser.click("[data-factor='2']")
+        dense = browser.wait_for_file("Test*.png")
+        greatest, _ = pictures.difference_at_scale(shot, base64_of(dense), area, [1400, 900], 0.5)
+        self.assertLessEqual(greatest, 1)
 
 
 if __name__ == "__main__":

@@ -29,7 +29,7 @@ def setUpModule():
     global folder, now, page, towns, browser, pictures
     folder = Path(tempfile.mkdtemp(prefix="plotterra-relief-"))
     now = World(WORLD)
-    towns = [line.split(";")[:0:-1] for line in (WORLD / "towns.txt").read_text().splitlines()]
+    towns = [line.split(";")[2::-1] for line in (WORLD / "towns.txt").read_text().splitlines()]
     page = folder / "page.html"
     subprocess.run([WEB, "--old", OLDER, "--plot", WORLD / "towns.txt", WORLD, page], check=True, capture_output=True)
     browser = Browser(folder)
@@ -175,7 +175,7 @@ class Steering(ReliefTest):
             browser.driver.execute_cdp_cmd("Emulation.setEmulatedMedia", {"features": []})
 
     def test_by_keyboard_alone(self):
-        name, coordinate = towns[0]
+        name, coordinate, _ = towns[0]
         browser.open(page, f"#at={coordinate.replace(' ', ',')}&zoom=1&show=-dungeons,-changes&relief=30,40")
         browser.wait_for_calm()
         browser.keys(Keys.ENTER)
@@ -185,9 +185,9 @@ class Steering(ReliefTest):
         browser.keys(Keys.PAGE_UP)
         browser.wait(lambda: heading_and_tilt()[1] > 40)
         browser.keys(Keys.TAB)
-        self.assertIn(browser.focused().split(", ")[0], [f"place {town}" for town, _ in towns])
+        self.assertIn(browser.focused().split(", ")[0], [f"{kind} {town}" for town, _, kind in towns])
         browser.keys(Keys.ENTER)
-        browser.wait(lambda: browser.texts(".pinned h3") and f"place {browser.texts('.pinned h3')[0]}, " in browser.focused())
+        browser.wait(lambda: browser.texts(".pinned h3") and f" {browser.texts('.pinned h3')[0]}, " in browser.focused())
         browser.driver.execute_script("document.querySelector('canvas.relief').focus()")
         browser.keys(Keys.HOME)
         browser.wait(lambda: "at=0.15N,0.15E" in browser.fragment)
@@ -195,7 +195,7 @@ class Steering(ReliefTest):
 
 class Names(ReliefTest):
     def test_are_chosen_by_click_until_the_sea_covers_them(self):
-        name, coordinate = towns[1]
+        name, coordinate, _ = towns[1]
         at = f"#at={coordinate.replace(' ', ',')}&zoom=1&show=-dungeons,-changes&relief=0,0"
         browser.open(page, at)
         browser.wait_for_calm()

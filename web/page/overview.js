@@ -6,6 +6,15 @@ import {LAND_SIZE} from './land.js';
 /** From this zoom above that of the whole world on. */
 const LEAST_ZOOM = 0.75;
 
+/** Where the part of the world in view stands on a map of all of it: how far its sides are from those of the map. */
+export function frameOfArea({west, south, east, north}) {
+    const share = value => `${Math.max(0, Math.min(1, (value + 0.5) / LAND_SIZE)) * 100}%`, rest = value => share(LAND_SIZE - 1 - value);
+    return {left: share(west), right: rest(east), top: rest(north), bottom: share(south)};
+}
+
+/** The place at a share of the map's width from its left, and of its height from its top. */
+export const placeOfShare = (x, y) => ({x: x * LAND_SIZE - 0.5, y: (1 - y) * LAND_SIZE - 0.5});
+
 export class Overview {
     constructor(flat) {
         this.flat = flat;
@@ -25,10 +34,8 @@ export class Overview {
     }
 
     follow() {
-        const {west, south, east, north} = this.flat.area();
         this.element.hidden = this.flat.zoom() < this.flat.wholeWorldZoom() + LEAST_ZOOM;
-        const share = value => `${Math.max(0, Math.min(1, (value + 0.5) / LAND_SIZE)) * 100}%`, rest = value => share(LAND_SIZE - 1 - value);
-        Object.assign(this.frame.style, {left: share(west), right: rest(east), top: rest(north), bottom: share(south)});
+        Object.assign(this.frame.style, frameOfArea(this.flat.area()));
     }
 
     press(event) {
@@ -44,6 +51,6 @@ export class Overview {
 
     goTo({clientX, clientY}) {
         const {left, top, width, height} = this.canvas.getBoundingClientRect();
-        this.flat.moveTo({x: (clientX - left) / width * LAND_SIZE - 0.5, y: (1 - (clientY - top) / height) * LAND_SIZE - 0.5});
+        this.flat.moveTo(placeOfShare((clientX - left) / width, (clientY - top) / height));
     }
 }

@@ -2,6 +2,7 @@ import assert from 'node:assert/strict';
 import test from 'node:test';
 import {contourLabels} from '../../../web/page/contourlabels.js';
 import {legendEntries} from '../../../web/page/legend.js';
+import {frameOfArea, placeOfShare} from '../../../web/page/overview.js';
 import {scaleOfZoom} from '../../../web/page/scalebar.js';
 import {Settings} from '../../../web/page/settings.js';
 import {HEIGHTS, landOf} from './world.mjs';
@@ -30,6 +31,13 @@ test('the scale bar is as long as it says, and never long', () => {
         assert.ok(Math.abs(width - units * 10 * 2 ** zoom) < 1e-9 && width <= 110 && width > 40, `${zoom}: ${width}`);
     }
     assert.deepEqual([-1.25, 0, 4].map(zoom => scaleOfZoom(zoom).units), [20, 10, 0.5]);
+});
+
+test('the overview has a frame around what is in view, and leads to what is pressed', () => {
+    const shares = area => Object.values(frameOfArea(area)).map(text => Math.round(parseFloat(text)));
+    assert.deepEqual(shares({west: 203.6, south: 407.7, east: 611.8, north: 1836.4}), [10, 70, 10, 20]);
+    assert.deepEqual(shares({west: -900, south: -1, east: 5000, north: 2041}), [0, 0, 0, 0]);
+    assert.deepEqual(placeOfShare(0.25, 0.1), {x: 509.75, y: 1836.4});
 });
 
 test('main contours are labelled with their height, along the line, wherever the window is', () => {

@@ -40,13 +40,14 @@ test('marks are kept by the browser for their world, and every change is heard',
     const marks = marksOf();
     let heard = 0;
     marks.listen(() => ++heard);
-    marks.add([{...mark('One', 1.00004), more: 3}, mark('Two', 3, 4), mark('One')]);
+    marks.add([{...mark('One', 1.23449), more: 3}, mark('Two', 3, 4), mark('One')]);
     const [one, two] = marks.items;
     marks.update(one, {name: 'First'});
     assert.equal(marks.items[0], one);
     marks.update(one, {x: -5}); // Not off the world.
+    marks.onStorage({key: 'plotterra layers'});
     marks.remove(two);
-    assert.deepEqual(marks.items, [mark('First'), mark('One')]);
+    assert.deepEqual(marks.items, [mark('First', 1.234), mark('One')]);
     assert.deepEqual(marksOf({title: 'Renamed'}).items, marks.items);
     marks.undo();
     assert.deepEqual(names(marks), ['First', 'Two', 'One']);

@@ -14,11 +14,11 @@ let state = 7;
 const random = below => (state = Math.imul(state, 1664525) + 1013904223 >>> 0) / 2 ** 32 * below;
 
 test('what would lie on each other is gathered, at the mean of its members, and parted by the zoom', () => {
-    const gathering = new Gathering(places([101, 100], [103, 102], [103, 102], [300, 100]), 60);
+    const gathering = new Gathering(places([101, 100], [103, 102], [103, 102], [300, 100], [101, 400]), 60);
     const at = zoom => groupsInView(gathering.groupsAt(zoom, 800, 600), ALL, zoom);
     const [group] = at(0);
-    assert.deepEqual([sizes(at(0)), group.x, Math.round(group.y * 3)], [[3, 1], (101 + 103 + 103) / 3, 304]);
-    assert.deepEqual(sizes(at(6)), [2, 1, 1]);
+    assert.deepEqual([sizes(at(0)), group.x, Math.round(group.y * 3)], [[3, 1, 1], (101 + 103 + 103) / 3, 304]);
+    assert.deepEqual(sizes(at(6)), [2, 1, 1, 1]);
     // On either side of a cell's edge as well, and not from afar.
     const edge = new Gathering(places([22.9, 50], [23.1, 50], [50, 50]), 60);
     assert.deepEqual(groupsInView(edge.groupsAt(0, 800, 600), ALL, 0).map(({x, members}) => [x, members.length]), [[23, 2], [50, 1]]);

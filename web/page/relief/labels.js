@@ -75,11 +75,8 @@ export class ReliefLabels {
     inView(places) {
         const found = [];
         for (const place of places) {
-            const {x, y} = place;
-            if (this.shape.drowns(x, y))
-                continue;
-            const point = {x, y, z: this.shape.heightAt(x, y)}, seen = this.sight.pixelOf(point);
-            if (seen && (place.kind !== 'dungeon' || seen.eyeDistance < DUNGEONS_WITHIN))
+            const {x, y} = place, point = {x, y, z: this.shape.heightAt(x, y)}, seen = this.sight.pixelOf(point);
+            if (seen && !this.shape.drowns(x, y) && (place.kind !== 'dungeon' || seen.eyeDistance < DUNGEONS_WITHIN))
                 found.push({place, point, foot: seen, eyeDistance: seen.eyeDistance, rank: rankOf(place)});
         }
         return found;
