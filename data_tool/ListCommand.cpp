@@ -91,9 +91,9 @@ class FileList {
             writer.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
         };
         const auto writeIdentifier = [&](const char *key, std::uint32_t word) {
-            std::string text;
-            appendIdentifier(text, word);
-            writeText(key, text);
+            _text.clear();
+            appendIdentifier(_text, word);
+            writeText(key, _text);
         };
         writer.StartObject();
         writeIdentifier("identifier", entry.identifier);
@@ -106,15 +106,16 @@ class FileList {
         writer.Key("size");
         writer.Uint(entry.fileSize);
         if (row.archive->family->hasDates) {
-            std::string date;
-            appendDate(date, entry.mtime);
-            writeText("date", date);
+            _text.clear();
+            appendDate(_text, entry.mtime);
+            writeText("date", _text);
         }
         if (row.archive->family->hasVersions)
             writeIdentifier("version", entry.version);
         writeIdentifier("offset", entry.fileOffset);
         writer.EndObject();
-        _output.write(ZPPrintableJSON({_json.GetString(), _json.GetSize()}));
+        const std::string_view json(_json.GetString(), _json.GetSize());
+        _output.write(ZPIsPlainText(json) ? json : ZPPrintableJSON(json));
         _output.write("\n");
     }
 
@@ -128,6 +129,7 @@ class FileList {
     const WQDecoderSet &_decoders;
     Output _output;
     rapidjson::StringBuffer _json;
+    std::string _text;
 };
 
 /// A minus before a key turns its order round.

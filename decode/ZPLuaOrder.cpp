@@ -84,8 +84,21 @@ Key keyAt(lua_State *state, int position, lua_Integer index) {
     return key;
 }
 
-/// Pushes a table of the keys of the table that is the first argument, and their order as an array
-/// of Key, which refers to the texts of the former.
+/// A userdata: how far a walk over a table has come, before the keys in their order. It is no
+/// upvalue of its own, since functions stay as they are, see ZPLuaHeap.
+struct Walk {
+    std::size_t passed = 0, count = 0;
+
+    static Walk &at(lua_State *state, int index) {
+        return *static_cast<Walk *>(lua_touserdata(state, index));
+    }
+    Key *first() { return reinterpret_cast<Key *>(this + 1); }
+    std::span<const Key> order() { return {first(), count}; }
+};
+static_assert(sizeof(Walk) % alignof(Key) == 0);
+
+/// Pushes a table of the keys of the table that is the first argument, and a Walk over them, which
+/// refers to the texts of the former.
 void pushKeys(lua_State *state) {
     lua_Integer count = 0;
     std::uint64_t textWork = 0;
@@ -98,7 +111,9 @@ void pushKeys(lua_State *state) {
     ZPLuaState::pay(state, (size * kWorkPerKey + textWork) * std::bit_width(size));
     lua_createtable(state, sizeHint(count), 0);
     const int keys = lua_gettop(state);
-    auto *order = static_cast<Key *>(lua_newuserdatauv(state, size * sizeof(Key), 0));
+    auto *walk = new (lua_newuserdatauv(state, sizeof(Walk) + size * sizeof(Key), 0)) Walk;
+    walk->count = size;
+    Key *const order = walk->first();
     lua_Integer index = 0;
     for (lua_pushnil(state); lua_next(state, 1) != 0; lua_pop(state, 1)) {
         new (order + index) Key(keyAt(state, -2, index + 1));
@@ -109,79 +124,66 @@ void pushKeys(lua_State *state) {
         std::sort(order, order + size);
 }
 
-// Upvalues of a walk: the table of keys, their order, how many were passed.
-constexpr int kKeys = lua_upvalueindex(1), kOrder = lua_upvalueindex(2),
-              kPassed = lua_upvalueindex(3);
-
-std::span<const Key> orderOf(lua_State *state) {
-    return {static_cast<const Key *>(lua_touserdata(state, kOrder)),
-            lua_rawlen(state, kOrder) / sizeof(Key)};
-}
-
-/// Pushes the next key of the walk over the first argument whose value is not gone, and the value;
+/// Pushes the next key of a walk over the first argument whose value is not gone, and the value;
 /// nil at the end.
-int walkOn(lua_State *state) {
-    const std::span<const Key> order = orderOf(state);
-    auto passed = static_cast<std::size_t>(lua_tointeger(state, kPassed));
-    while (passed < order.size()) {
+int walkOn(lua_State *state, int keys, Walk &walk) {
+    while (walk.passed < walk.count) {
         ZPLuaState::pay(state, kWorkPerStep);
-        lua_rawgeti(state, kKeys, order[passed++].index);
+        lua_rawgeti(state, keys, walk.order()[walk.passed++].index);
         lua_pushvalue(state, -1);
-        if (lua_rawget(state, 1) == LUA_TNIL) {
-            lua_pop(state, 2);
-            continue;
-        }
-        lua_pushinteger(state, static_cast<lua_Integer>(passed));
-        lua_replace(state, kPassed);
-        return 2;
+        if (lua_rawget(state, 1) != LUA_TNIL)
+            return 2;
+        lua_pop(state, 2);
     }
     lua_pushnil(state);
     return 1;
 }
 
+/// Its upvalues are what pushKeys pushed.
 int nextOfPairs(lua_State *state) {
     luaL_checktype(state, 1, LUA_TTABLE);
-    return walkOn(state);
+    return walkOn(state, lua_upvalueindex(1), Walk::at(state, lua_upvalueindex(2)));
 }
 
-/// `next` remembers the last walk, and its table as a fourth upvalue: a walk by `next` alone, which
-/// tells no more than the last key, need not begin anew with each step.
-constexpr int kTable = lua_upvalueindex(4);
-
+/// Its upvalue is a table of the last walk: keys, Walk and the table walked over. So a walk by
+/// `next` alone, which tells no more than the last key, need not begin anew with each step.
 int next(lua_State *state) {
+    constexpr int kLast = lua_upvalueindex(1), kKeys = 3, kWalk = 4, kTable = 5;
     luaL_checktype(state, 1, LUA_TTABLE);
     lua_settop(state, 2);
-    const auto passed = static_cast<std::size_t>(lua_tointeger(state, kPassed));
+    for (const int field : {kKeys, kWalk, kTable})
+        lua_rawgeti(state, kLast, field);
     bool goesOn = false;
-    if (!lua_isnil(state, 2) && passed > 0 && lua_rawequal(state, 1, kTable)) {
-        lua_rawgeti(state, kKeys, orderOf(state)[passed - 1].index);
-        goesOn = lua_rawequal(state, 2, -1);
-        lua_settop(state, 2);
+    if (!lua_isnil(state, 2) && lua_rawequal(state, 1, kTable)) {
+        Walk &walk = Walk::at(state, kWalk);
+        if (walk.passed > 0) {
+            lua_rawgeti(state, kKeys, walk.order()[walk.passed - 1].index);
+            goesOn = lua_rawequal(state, 2, -1);
+        }
     }
     if (!goesOn) {
+        lua_settop(state, 2);
         pushKeys(state);
-        lua_replace(state, kOrder);
-        lua_replace(state, kKeys);
         lua_pushvalue(state, 1);
-        lua_replace(state, kTable);
-        std::size_t place = 0;
+        for (const int field : {kKeys, kWalk, kTable}) {
+            lua_pushvalue(state, field);
+            lua_rawseti(state, kLast, field);
+        }
         if (!lua_isnil(state, 2)) {
-            const std::span<const Key> order = orderOf(state);
+            Walk &walk = Walk::at(state, kWalk);
+            const std::span<const Key> order = walk.order();
             const auto found = std::ranges::lower_bound(order, keyAt(state, 2, 0), std::less<>());
-            place = static_cast<std::size_t>(found - order.begin()) + 1;
+            walk.passed = static_cast<std::size_t>(found - order.begin()) + 1;
             bool isThere = found != order.end();
             if (isThere) {
                 lua_rawgeti(state, kKeys, found->index);
                 isThere = lua_rawequal(state, 2, -1);
-                lua_settop(state, 2);
             }
             if (!isThere)
                 return luaL_error(state, "the key given to 'next' is not in the table");
         }
-        lua_pushinteger(state, static_cast<lua_Integer>(place));
-        lua_replace(state, kPassed);
     }
-    return walkOn(state);
+    return walkOn(state, kKeys, Walk::at(state, kWalk));
 }
 
 /// Whether the value below the top of the stack comes before the one on top, by the function that
@@ -227,19 +229,15 @@ void merge(lua_State *state, int from, int to, lua_Integer first, lua_Integer mi
 } // namespace
 
 void ZPLuaPushNext(lua_State *state) {
-    lua_pushnil(state);
-    lua_pushnil(state);
-    lua_pushinteger(state, 0);
-    lua_pushnil(state);
-    lua_pushcclosure(state, &next, 4);
+    lua_newtable(state);
+    lua_pushcclosure(state, &next, 1);
 }
 
 int ZPLuaPairs(lua_State *state) {
     luaL_checktype(state, 1, LUA_TTABLE);
     lua_settop(state, 1);
     pushKeys(state);
-    lua_pushinteger(state, 0);
-    lua_pushcclosure(state, &nextOfPairs, 3);
+    lua_pushcclosure(state, &nextOfPairs, 2);
     lua_pushvalue(state, 1);
     return 2;
 }

@@ -12,6 +12,9 @@ constexpr int kInstructionsPerCount = 100;
 constexpr std::uint64_t kWorkPerAllocation = 4;
 /// Left for an error's message when all other work is done.
 constexpr std::uint64_t kWorkForMessage = 10'000;
+/// For what is called within three groups or lists.
+constexpr int kUsualStack = 60;
+constexpr std::size_t kLeastGarbage = 256 << 10;
 constexpr const char *kTakesTooLong = "takes too long";
 constexpr std::size_t kMostMessage = 1000;
 
@@ -45,13 +48,21 @@ ZPLuaState::ZPLuaState() {
 }
 
 void ZPLuaState::keep() {
-    // What a record leaves behind is thrown away as a whole, so that few ever need a collection.
-    constexpr int kPausePercent = 1000, kStepMultiplier = 400, kStepSize = 13;
-    lua_gc(_state, LUA_GCINC, kPausePercent, kStepMultiplier, kStepSize);
+    // What a record leaves behind is thrown away as a whole, so that few ever need a collection,
+    // which changes all that there is: it is begun in `collect` alone.
     lua_gc(_state, LUA_GCCOLLECT);
+    lua_gc(_state, LUA_GCSTOP);
+    // Growing with each record would cost more than copying the larger one.
+    lua_checkstack(_state, kUsualStack);
     _heap.keep();
     _keptLongestString = _longestString;
     _keptLargestBlock = _largestBlock;
+}
+
+void ZPLuaState::collect() {
+    lua_gc(_state, LUA_GCCOLLECT);
+    _heap.noteCollection();
+    _collectsFrom = _heap.used() + std::max(_heap.used(), kLeastGarbage);
 }
 
 void ZPLuaState::fail(lua_State *state) {
@@ -71,17 +82,25 @@ void ZPLuaState::payForStrings(lua_State *state, int first, int last) {
 void *ZPLuaState::allocate(void *self, void *block, std::size_t oldSize, std::size_t newSize) {
     auto &state = *static_cast<ZPLuaState *>(self);
     // Without a block, the old size is the kind of what is to be made.
-    const bool isString = block == nullptr && oldSize == LUA_TSTRING;
+    const std::size_t kind = block == nullptr ? oldSize : 0;
+    const bool isString = kind == LUA_TSTRING;
+    // The functions of ours and of Lua's never write to what they have as upvalues.
+    const bool isFixed = isString || kind == LUA_TFUNCTION;
     if (block == nullptr)
         oldSize = 0;
     const std::uint64_t work = newSize > oldSize ? kWorkPerAllocation + workForBytes(newSize) : 0;
     if (work > state._workLeft) {
         state._isOutOfWork = true;
+        state._heap.noteCollection(); // which Lua tries before it gives up, here and below
         return nullptr;
     }
-    void *moved = state._heap.allocate(block, oldSize, newSize);
-    // Without room, Lua collects all of its memory and tries again.
-    state.spend(moved != nullptr || newSize == 0 ? work : workForBytes(state._heap.used()));
+    void *moved = state._heap.allocate(block, oldSize, newSize, isFixed);
+    if (moved != nullptr || newSize == 0) {
+        state.spend(work);
+    } else {
+        state._heap.noteCollection();
+        state.spend(workForBytes(state._heap.used()));
+    }
     if (work > 0) {
         std::size_t &largest = isString ? state._longestString : state._largestBlock;
         largest = std::max(largest, newSize);
@@ -100,6 +119,7 @@ void ZPLuaState::allow(const ZPLuaLimits &limits) {
     _isOutOfWork = false;
     _longestString = _keptLongestString;
     _largestBlock = _keptLargestBlock;
+    _collectsFrom = _heap.kept() + kLeastGarbage;
     _heap.setMostUsed(_heap.kept() + limits.memory);
 }
 

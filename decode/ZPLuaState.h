@@ -45,9 +45,13 @@ class ZPLuaState {
     void restore() { _heap.restore(); }
 
     /// Counts work of a C++ function before it is done; what goes beyond the limit ends the call.
+    /// May collect garbage.
     static void pay(lua_State *state, std::uint64_t work) {
-        if (!of(state).spend(work)) [[unlikely]]
+        ZPLuaState &self = of(state);
+        if (!self.spend(work)) [[unlikely]]
             fail(state);
+        if (self._heap.used() > self._collectsFrom) [[unlikely]]
+            self.collect();
     }
     /// The same, for the strings among the arguments from one place to another.
     static void payForStrings(lua_State *state, int first, int last);
@@ -70,11 +74,14 @@ class ZPLuaState {
         return suffices;
     }
     static void fail(lua_State *state);
+    void collect();
     void allow(const ZPLuaLimits &limits);
     bool isFine(int status, std::string &message);
 
     ZPLuaHeap _heap;
     std::uint64_t _workLeft = 0;
+    /// How much memory may be in use before garbage is collected.
+    std::size_t _collectsFrom = 0;
     bool _isOutOfWork = false;
     /// Of the blocks there were so far, in bytes.
     std::size_t _longestString = 0, _largestBlock = 0;

@@ -186,11 +186,23 @@ std::string ZPPrintableText(std::string_view text) {
 }
 
 bool ZPIsPlainText(std::string_view text) {
-    // Without a way out of the loop, so that it is done sixteen bytes at a time.
-    bool isPlain = true;
-    for (const char byte : text)
-        isPlain &= (byte >= 0x20 && byte < 0x7F) || byte == '\n' || byte == '\t';
-    return isPlain;
+    // Stretches of a known length and without a way out, which compilers turn into vectors.
+    constexpr std::size_t kStretch = 32;
+    const auto isPlain = [](const char *bytes, std::size_t size) {
+        unsigned char other = 0;
+        for (std::size_t index = 0; index < size; ++index) {
+            const auto byte = static_cast<unsigned char>(bytes[index]);
+            const auto aboveBlank = static_cast<unsigned char>(byte - ' ');
+            other |= static_cast<unsigned char>(aboveBlank >= 0x7F - ' ') &
+                     static_cast<unsigned char>(byte != '\n') &
+                     static_cast<unsigned char>(byte != '\t');
+        }
+        return other == 0;
+    };
+    for (; text.size() >= kStretch; text.remove_prefix(kStretch))
+        if (!isPlain(text.data(), kStretch))
+            return false;
+    return isPlain(text.data(), text.size());
 }
 
 std::string ZPPrintableJSON(std::string_view json) {

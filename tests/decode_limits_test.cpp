@@ -118,11 +118,19 @@ TEST_F(LuaDecoder, NoRecordLeavesAnythingToTheNext) {
         "t = t or { a = 1, b = 2 } out:text('first', next(t)) if kind == 1 then t.a = nil end",
         "if kind == 1 then out:group('g', function() error('within') end) end "
         "out:number('kind', kind)",
+        // What was made when the script was loaded: a walk, strings that hang on each other, and
+        // what a collection of garbage finds in use.
+        "out:number('walk', (walk(walked))) out:number('next', (next(walked)))",
+        "if kind == 1 then for i = 1, 2000 do upvalue['k' .. i] = i end end out:text('s', "
+        "tostring(upvalue.k7) .. math.type(1) .. ('b'):upper())",
+        "if kind == 1 then upvalue[1], walked = walked, nil for i = 1, 9000 do local t = { i } end "
+        "end out:text('s', #upvalue .. type(walked) .. math.type(walk(walked)))",
         // A long string makes what follows dear, but not in the next record.
         "if kind == 1 then " LONG " end for i = 1, 20000 do end out:number('kind', kind)",
     };
     for (const std::string body : bodies) {
-        const std::string script = "local upvalue = {} return { name = 'T', types = { 1 }, "
+        const std::string script = "local upvalue, walk, walked = {}, pairs({ 1, 2, 3 }) "
+                                   "return { name = 'T', types = { 1 }, "
                                    "decode = function(cursor, out) local kind = "
                                    "cursor:readByte() " +
                                    body + " end }";
@@ -135,6 +143,14 @@ TEST_F(LuaDecoder, NoRecordLeavesAnythingToTheNext) {
                       outcome(*ZPLuaDecoder::decoderAtPath(path, message), hex(record)))
                 << body;
     }
+}
+
+TEST_F(LuaDecoder, GarbageIsNotCountedAsMemory) {
+    for (const std::string body : {"local t = s .. i", "local t = s:upper()"})
+        EXPECT_EQ(fault("local s = 'xyz' for i = 1, 9 do s = s .. s end for i = 1, 2900 do " +
+                        body + " end"),
+                  "")
+            << body;
 }
 
 TEST_F(LuaDecoder, ACopyHasTheSameScript) {
