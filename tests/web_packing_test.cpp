@@ -60,6 +60,8 @@ TEST_F(LandPacking, HeightsAreLessTheMedianOfTheirNeighbors) {
     EXPECT_EQ(bytes[at(0, 2040, 2040)], 7);
     EXPECT_EQ(bytes[at(0, 5, 127)], 100);
     EXPECT_EQ(bytes[at(0, 5, 128)], 0);
+    EXPECT_EQ(bytes[at(0, 6, 127)], 156); // west 100, nothing else: 0 less 100
+    EXPECT_EQ(bytes[at(0, 6, 128)], 0);   // west 100, south 0, between 100: 0
 }
 
 TEST_F(LandPacking, WordsGoByBytesAndFlagsByNumber) {

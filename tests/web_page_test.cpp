@@ -91,7 +91,7 @@ TEST_F(WebPage, EitherLandHasItsOwnPointsAndFlags) {
 /// By which it finds the reader's marks again.
 TEST_F(WebPage, ALandHasADigestOfItsOwn) {
     std::set<std::string> digests{WQLandDigest(*land.grid)};
-    const std::pair<std::uint16_t, std::uint8_t> points[] = {{1, 0}, {256, 0}, {0, 1}};
+    const std::pair<std::uint16_t, std::uint8_t> points[] = {{1, 0}, {0x8000, 0}, {0, 1}};
     for (const unsigned y : {0u, 63u, 64u, 2040u})
         for (const auto &[word, height] : points) {
             WQLandPoint &point = land.grid->at(2040, y);

@@ -55,8 +55,11 @@ test('listeners hear once what changed, and a reset is whole', () => {
     settings.reset('azimuth', 'altitude');
     settings.toggle('changes');
     assert.deepEqual(settings.values, {...DEFAULTS, changes: false});
+    settings.reset('changes');
+    assert.equal(settings.get('changes'), true); // as is usual on this page
+    settings.toggle('changes');
     end();
     settings.set({snow: true});
-    assert.deepEqual(heard, ['altitude,azimuth', 'altitude,azimuth', 'changes']);
+    assert.deepEqual(heard, ['altitude,azimuth', 'altitude,azimuth', 'changes', 'changes', 'changes']);
     assert.deepEqual([['snow'], ['grid', 'seaLevel'], ['types']].map(names => Settings.affectsPaint(new Set(names))), [true, false, true]);
 });

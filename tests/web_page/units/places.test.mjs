@@ -3,6 +3,7 @@ import test from 'node:test';
 import {Gathering, groupsInView, isOneSpot} from '../../../web/page/gathering.js';
 import {othersAt} from '../../../web/page/herelist.js';
 import {lookOfType, wordOfPlace} from '../../../web/page/placelooks.js';
+import {laidOut, placesInRelief} from '../../../web/page/places.js';
 import {layOut, linesOfSpot} from '../../../web/page/spotlayout.js';
 import {rowsInView} from '../../../web/page/windowedlist.js';
 import {worldOf} from './world.mjs';
@@ -55,6 +56,10 @@ test('names stand where there is room, the first in rank first; counters step as
     assert.deepEqual(sides(spot('One', 100, 100), spot('Two', 100, 110), spot('Town', 100, 105, {rank: 0})), ['left', undefined, 'right']);
     const [, counter] = layOut([spot('One', 100, 100), {pixel: {x: 100, y: 100}, rank: 1, isCounter: true, members: []}]);
     assert.deepEqual(counter, {pixel: {x: 100, y: 122}});
+    // On a map whose pixels grow to the south.
+    const flat = {map: {latLngToLayerPoint: ([y, x]) => ({x, y: -y}), layerPointToLatLng: ([x, y]) => ({lat: -y, lng: x})}};
+    const [one, two] = laidOut(flat, [{name: 'One', x: 100, y: 100}, {x: 100, y: 100, isCounter: true, members: []}], ({isCounter}) => isCounter ? 0 : 1);
+    assert.deepEqual([one.at, one.lines, two.at], [one.spot, ['One'], {x: 100, y: 78}]);
     const shared = count => ({members: Array.from({length: count}, (_, index) => ({name: `N${index}`}))});
     assert.deepEqual(linesOfSpot(shared(4)), [['N0', 'N1', 'N2', 'N3'], ['N0 +3']]);
     assert.deepEqual(linesOfSpot(shared(20000)), [['N0', 'N1', 'N2', 'and 19997 more'], ['N0 +19999']]);
@@ -75,6 +80,8 @@ test('places have a look by their type, and those off the world are not there', 
     assert.deepEqual(world.places.map(place => [place.name, wordOfPlace(place)]), [['In', 'port'], ['Corner', 'place']]);
     assert.deepEqual(world.entrances.map(place => [place.block, wordOfPlace(place), Math.round(place.x)]), [[5, 'dungeon', 1029], [5, 'dungeon', 1039]]);
     assert.equal(wordOfPlace({name: 'Own'}), 'mark');
+    const shown = name => placesInRelief(world, {get: each => each === name}, {items: [{name: 'Own'}]}).map(place => place.name);
+    assert.deepEqual(['places', 'dungeons', 'marks', 'grid'].map(shown), [['In', 'Corner'], ['Deep', 'Deep'], ['Own'], []]);
 });
 
 test('of a long list the rows in view are there, and some more', () => {

@@ -87,6 +87,10 @@ test('what changed in a block is told in numbers', () => {
     assert.deepEqual(changesOfBlock(world, 0x0204).lines[0], 'Height of 1 point: +36');
     assert.equal(changesOfBlock(world, 0x0206), null);
     assert.equal(changesOfBlock(worldOf({}), 0x0203), null);
+    // The most frequent types, and the rest in one line.
+    const many = planesOf({flags: data | changed}, (all, at) => [1, 1, 1, 2, 2, 2, 3, 3, 4, 4, 5, 6].forEach((type, x) => all.low[at(x % 9, Math.floor(x / 9))] = type << 2));
+    assert.deepEqual(changesOfBlock(worldOf({}, many, planesOf({flags: data})), 0).lines.map(line => line.split(/[→:] /).slice(-2).join()),
+        ['type 1,3 points', 'type 2,3 points', 'type 3,2 points', 'type 4,2 points', 'Other land types,2 points']);
     const same = planesOf({flags: data | changed});
     assert.deepEqual(changesOfBlock(worldOf({}, same, planesOf({flags: data})), 5).lines, ['Its land is as it was']);
 });
