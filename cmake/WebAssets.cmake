@@ -46,8 +46,8 @@ set(land_modules
 join_scripts(${generated}/worker.js ${land_modules} worker.js)
 join_scripts(${generated}/application.js ${land_modules}
     events.js dom.js coordinates.js placelooks.js world.js settings.js painter.js landtiles.js lettering.js flatmap.js
-    contourlabels.js graticule.js legend.js overview.js scalebar.js icons.js fullscreen.js blockchanges.js readout.js layers.js gathering.js spotlayout.js places.js search.js changes.js plotfile.js marks.js windowedlist.js herelist.js marklayer.js markpanel.js link.js measure.js save.js
-    shell.js pointing.js shortcuts.js
+    contourlabels.js graticule.js legend.js overview.js scalebar.js icons.js fullscreen.js blockchanges.js readout.js layers.js gathering.js spotlayout.js places.js search.js changes.js plotfile.js marks.js windowedlist.js herelist.js marklayer.js markpanel.js link.js profile.js measure.js save.js
+    shell.js menu.js longpress.js shortcuts.js pointing.js
     relief/camera.js relief/tree.js relief/shaders.js relief/waves.js relief/pick.js relief/skin.js
     relief/scene.js relief/sight.js relief/labels.js relief/overlay.js relief/stops.js relief/compass.js
     relief/gestures.js relief.js reliefswitch.js navigation.js address.js main.js)

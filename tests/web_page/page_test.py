@@ -409,14 +409,37 @@ class Changes(PageTest):
 
 class Tools(PageTest):
     def test_measure_and_profile(self):
-        browser.open(page, f"#{MIDDLE}&zoom=1&{BARE}")
+        _, coordinate, town = (WORLD / "towns.txt").read_text().splitlines()[0].split(";")
+        east, north = place_of_text(coordinate)
+        browser.open(page, f"#at={coordinate.replace(' ', ',')}&zoom=1&show=-grid,-blocks,-dungeons")
         browser.tool("Measure")
-        for x in (500, 700, 700):
-            browser.click_at(x, 400)
+        name = next(spot for spot in browser.all(".spot.place .name") if spot.text == town)
+        name.click()
+        for _ in range(2):  # The second is no corner of its own.
+            browser.click_at(500, 450)
+        self.assertRegex(browser.one("#panel .result").text, r"^10\.00 map units")
+        browser.click_at(500, 650)
         browser.keys(Keys.BACKSPACE)
-        browser.click_at(700, 600)
-        self.assertRegex(browser.one("#panel .result").text, r"^20\.00 map units")
-        self.assertTrue(browser.all("#panel .profile polyline"))
+        self.assertTrue(browser.one("#panel .result").text.startswith("10.00 map units"))
+        # A corner is dragged, as soon as a hand moved for more than a click, and moved by key.
+        browser.move(500, 450).click_and_hold().move_by_offset(0, 4).move_by_offset(0, 100).pause(0.2).release().perform()
+        corner = browser.all(".way-corner")[1].find_element("xpath", "..")
+        corner.send_keys(Keys.ARROW_DOWN)
+        there = [text_of_place((x + 101.9) * 10, (y + 101.9) * 10, 2).replace(" ", ",")
+                 for x, y in ((east, north), (east - 10, north - 5.4))]
+        browser.wait(lambda: browser.fragment.endswith(f"&way={','.join(there)}"))
+        self.assertRegex(browser.one("#panel .result").text, r"^11\.36 map units")  # 10 across and 5.4 down
+        self.assertEqual([text.get_attribute("textContent") for text in browser.all(".profile text")][-5:], ["6", "8", "10", "height", "map units"])
+        browser.one(".profile svg").send_keys(Keys.END)
+        last = browser.one(".profile .detail").text
+        self.assertTrue(last.startswith("11.36 map units: height "), last)
+        browser.keys(Keys.ESCAPE)
+        self.assertFalse(browser.all(".way-corner"))
+        browser.wait(lambda: "way=" not in browser.fragment)
+        browser.hover(500, 450 + 108)
+        self.assertAlmostEqual(float(last.split()[-1]), float(browser.field("height")), delta=20)
+        browser.click_at(500, 450 + 108)
+        self.assertEqual(browser.field("coordinate", ".pinned"), text_of_place((east - 10 + 101.9) * 10, (north - 5.4 + 101.9) * 10))
 
     def test_picture_is_what_is_in_view(self):
         browser.open(page, f"#{MIDDLE}&zoom=0&{BARE}")

@@ -9,13 +9,14 @@ const DELAY = 250;
 const LAYERS = 'plotterra layers';
 
 export class Address {
-    constructor(navigation, settings, readout) {
-        Object.assign(this, {navigation, settings, readout});
+    constructor(navigation, settings, readout, measure) {
+        Object.assign(this, {navigation, settings, readout, measure});
     }
 
     /** Follows the view from now on, and the reader who goes back or pastes another address. */
     listen() {
-        this.navigation.moved.listen(() => this.noteSoon());
+        for (const signal of [this.navigation.moved, this.measure.changed])
+            signal.listen(() => this.noteSoon());
         this.settings.listen(() => {
             this.noteSoon();
             remember(fragmentToRemember(this.settings.values, this.settings.usual));
@@ -41,7 +42,7 @@ export class Address {
     }
 
     fragment(mark = this.mark) {
-        return fragmentOfState({...this.navigation.view(), settings: this.settings.values, mark}, this.settings.usual);
+        return fragmentOfState({...this.navigation.view(), settings: this.settings.values, mark, way: this.measure.way()}, this.settings.usual);
     }
 
     /** A link to the view, with a mark at a place if there is one. */
@@ -64,12 +65,14 @@ export class Address {
     }
 
     restore() {
-        const {settings, mark, ...view} = this.state();
+        const {settings, mark, way, ...view} = this.state();
         this.settings.set({...settings, relief: this.settings.get('relief')});
         this.navigation.restore(view);
         this.mark = mark;
         if (mark)
             this.readout.pin(mark, mark.name);
+        if (way)
+            this.measure.begin(way);
     }
 }
 

@@ -4,7 +4,7 @@ import {CHANGE_KINDS, kindsOfChange} from './changekinds.js';
 import {blockText, placeOfBlock, textOfPlace} from './coordinates.js';
 import {make} from './dom.js';
 import {blockNumberAt, CELLS, isBlockOfMap} from './land.js';
-import {CHANGE_LABELS} from './legend.js';
+import {CHANGE_LABELS, swatchOf} from './legend.js';
 
 const ROWS_AT_ONCE = 100;
 
@@ -63,7 +63,7 @@ export class ChangePanel {
         const input = make('input', {type: 'checkbox', name: `kind-${kind}`, onchange: () => this.settings.set({
             kinds: CHANGE_KINDS.filter(each => each === kind ? input.checked : this.settings.get('kinds').includes(each))})});
         this.filters.set(kind, input);
-        return make('label', {class: 'choice'}, input, make('span', {class: `swatch ${kind}`}), this.counts.get(kind));
+        return make('label', {class: 'choice'}, input, swatchOf(kind), this.counts.get(kind));
     }
 
     follow() {
@@ -94,7 +94,7 @@ export class ChangePanel {
         const corner = {x: (block.number >> 8) * CELLS, y: (block.number & 0xFF) * CELLS};
         const name = this.world.dungeonNames.get(block.number), hasPlace = isBlockOfMap(block.number);
         return make('li', {}, make('button', {class: 'row', disabled: !hasPlace, onclick: () => this.go(block.number, placeOfBlock(block.number))},
-            make('span', {class: `swatch ${first}`}), make('code', {}, blockText(block.number)),
+            swatchOf(first), make('code', {}, blockText(block.number)),
             hasPlace ? ` ${textOfPlace(corner)} ` : ' not on the map ',
             make('span', {class: 'detail'}, block.kinds.map(kind => CHANGE_LABELS[kind].toLowerCase()).join(', ') + (name ? ` – ${name}` : ''))));
     }
@@ -104,7 +104,7 @@ export class ChangePanel {
 export function changesHere(world, {x, y}) {
     const changes = changesOfBlock(world, blockNumberAt(x, y));
     return changes && make('div', {class: 'changes-here'}, ...changes.kinds.map(kind =>
-        make('span', {class: 'key'}, make('span', {class: `swatch ${kind}`}), CHANGE_LABELS[kind])),
+        make('span', {class: 'key'}, swatchOf(kind), CHANGE_LABELS[kind])),
     make('ul', {}, ...changes.lines.map(line => make('li', {}, line))));
 }
 

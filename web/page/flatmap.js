@@ -33,19 +33,21 @@ export class FlatMap {
         /** The library's map, which layers are added to. */
         this.map = L.map(container, {
             crs: landCRS(), minZoom: MIN_ZOOM, maxZoom: MAX_ZOOM, zoomSnap: ZOOM_STEP, wheelPxPerZoomLevel: WHEEL_PIXELS, zoomControl: false, attributionControl: false,
-            maxBounds: L.latLngBounds(WORLD).pad(0.6), fadeAnimation: false, zoomAnimation: !isCalm, inertia: !isCalm,
+            fadeAnimation: false, zoomAnimation: !isCalm, inertia: !isCalm,
             markerZoomAnimation: !isCalm, doubleClickZoom: true, keyboardPanDelta: 120, tap: false,
         });
         this.painter = painter;
         this.settings = settings;
         this.frame = L.rectangle(WORLD, {color: '#d1122c', weight: 2, fill: false, interactive: false});
         this.pin = L.marker([0, 0], {icon: L.divIcon({className: 'pin', iconSize: [0, 0]}), interactive: false, keyboard: false});
-        /** The place under the cursor or null; the place clicked; during a movement; after it; a small picture of the world. */
-        Object.assign(this, {hovered: new Signal(), clicked: new Signal(), moving: new Signal(), moved: new Signal(), worldDrawn: new Signal()});
+        /** The place under the cursor or null; the place clicked; one whose menu is wanted, and its pixel; during a movement; after it; a small picture of the world. */
+        Object.assign(this, {hovered: new Signal(), clicked: new Signal(), called: new Signal(), moving: new Signal(), moved: new Signal(), worldDrawn: new Signal()});
         this.map.on('mousemove', event => this.hovered.emit(placeOfLatLng(event.latlng)));
         this.map.on('mouseout', () => this.hovered.emit(null));
         this.map.on('click', event => this.clicked.emit(placeOfLatLng(event.latlng)));
+        this.map.on('contextmenu', event => this.callAt(event.containerPoint));
         this.map.on('move', () => this.moving.emit());
+        this.map.on('moveend', () => this.keepInWorld());
         this.map.on('moveend zoomend', () => this.moved.emit());
         settings.listen(names => {
             if (!Settings.affectsPaint(names))
@@ -92,6 +94,22 @@ export class FlatMap {
         const {map} = this, from = map.containerPointToLayerPoint([0, 0]), to = map.containerPointToLayerPoint([x, map.getSize().y]);
         this.cutAt = x;
         map.getPane('older').style.clip = `rect(${from.y}px, ${to.x}px, ${to.y}px, ${from.x}px)`;
+    }
+
+    /** Asks for the menu of what a pixel of the window shows. */
+    callAt({x, y}) {
+        this.called.emit(placeOfLatLng(this.map.containerPointToLatLng([x, y])), {x, y});
+    }
+
+    callAtMiddle() {
+        this.callAt(this.map.getSize().divideBy(2));
+    }
+
+    /** The middle of the window stays in the world, at any zoom. */
+    keepInWorld() {
+        const {x, y} = this.center(), inside = value => Math.max(-0.5, Math.min(LAND_SIZE - 0.5, value));
+        if (Math.max(Math.abs(x - inside(x)), Math.abs(y - inside(y))) > 2 ** -this.zoom())
+            this.map.panTo([inside(y), inside(x)]);
     }
 
     /** Out of reach, for keys as well, while something else is in its place. */

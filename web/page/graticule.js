@@ -10,6 +10,8 @@ const STEPS = [0.5, 1, 2, 5, 10, 20, 50];
 const LEAST_DISTANCE = 90;
 const BLOCK_ZOOM = 2;
 const LAST_UNIT = 100;
+/** The sea beyond the world, and the line around it: seen on light sea and on black. */
+const BEYOND = 'rgba(8, 20, 34, 0.16)', EDGE = 'rgba(255, 255, 255, 0.45)';
 
 /** Map units between two lines of the grid. */
 export const gridStep = zoom => STEPS.find(step => step * 10 * 2 ** zoom >= LEAST_DISTANCE) || STEPS[STEPS.length - 1];
@@ -79,7 +81,7 @@ export class Graticule {
         context.scale(density, density);
         if (this.settings.get('blocks') && this.map.getZoom() >= BLOCK_ZOOM)
             this.paintBlocks(context);
-        this.paintEdge(context);
+        this.paintEdge(context, width, height);
         if (this.settings.get('grid'))
             this.paintGrid(context, width, height);
         if (this.settings.get('contours'))
@@ -102,10 +104,15 @@ export class Graticule {
     }
 
     /** Where the world ends and the sea around it begins. */
-    paintEdge(context) {
+    paintEdge(context, width, height) {
         const [left, right] = [-0.5, LAND_SIZE - 0.5].map(x => this.pixelX(x)), [bottom, top] = [-0.5, LAND_SIZE - 0.5].map(y => this.pixelY(y));
+        context.beginPath();
+        context.rect(0, 0, width, height);
+        context.rect(left, top, right - left, bottom - top);
+        context.fillStyle = BEYOND;
+        context.fill('evenodd');
         context.lineWidth = 1;
-        context.strokeStyle = 'rgba(128, 140, 150, 0.55)';
+        context.strokeStyle = EDGE;
         context.strokeRect(left, top, right - left, bottom - top);
     }
 

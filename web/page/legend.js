@@ -4,9 +4,12 @@ import {DIFFERENCE_COLORS, SLOPE_COLORS} from './colors.js';
 import {CONTOURS_PER_MAIN} from './contours.js';
 import {make} from './dom.js';
 import {GREATEST_DIFFERENCE, STEEPEST} from './points.js';
+import {TINTS} from './tints.js';
 
 export const CHANGE_LABELS = {changed: 'Changed', added: 'Added', removed: 'Removed', gone: 'Land gone', new: 'New land'};
 const STOPS = 17;
+/** Where it would hide the land, it is folded at first. */
+const SMALL = '(max-width: 760px), (max-height: 500px)';
 
 /** The entries for settings and a zoom: `{title, colors, labels}` for a ramp, `{title, swatches}` or `{title}`. */
 export function legendEntries(settings, zoom, heights, hasOlder) {
@@ -34,10 +37,18 @@ export function legendEntries(settings, zoom, heights, hasOlder) {
     return entries;
 }
 
+/** A small field of the colour that blocks of a kind have on the map. */
+export function swatchOf(kind) {
+    const swatch = make('span', {class: 'swatch'});
+    swatch.style.background = `rgb(${TINTS[kind]})`;
+    return swatch;
+}
+
 export class Legend {
     constructor(flat, world, settings) {
         Object.assign(this, {flat, world, settings});
-        this.element = make('section', {class: 'map-legend card', 'aria-label': 'Legend', hidden: true});
+        this.entries = make('div', {});
+        this.element = make('details', {class: 'map-legend card', hidden: true, open: !matchMedia(SMALL).matches}, make('summary', {}, 'Legend'), this.entries);
         settings.listen(() => this.draw());
         flat.moved.listen(() => this.draw());
         this.draw();
@@ -49,7 +60,7 @@ export class Legend {
             return;
         this.shown = text;
         this.element.hidden = entries.length === 0;
-        this.element.replaceChildren(...entries.map(entry => this.entry(entry)));
+        this.entries.replaceChildren(...entries.map(entry => this.entry(entry)));
     }
 
     entry({title, colors, labels = [], swatches = []}) {
@@ -58,6 +69,6 @@ export class Legend {
             ramp.style.background = `linear-gradient(to right, ${colors.map(color => `rgb(${color})`).join(', ')})`;
         return make('div', {class: 'entry'}, title ? make('div', {}, title) : null, ramp || null,
             labels.length > 0 ? make('div', {class: 'labels'}, ...labels.map(label => make('span', {}, label))) : null,
-            ...swatches.map(([kind, label]) => make('span', {class: 'key'}, make('span', {class: `swatch ${kind}`}), label)));
+            ...swatches.map(([kind, label]) => make('span', {class: 'key'}, swatchOf(kind), label)));
     }
 }

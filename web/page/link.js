@@ -5,8 +5,12 @@
 //     base=slope         and other settings that differ from what is usual: light=300,40
 //     show=contours,-grid  layers on and off           types=3,16
 //     mark=24.2S,57.0E,Camp   one mark
+//     way=24.2S,57.0E,20.1S,50.3E   a way that is measured, corner by corner
 import {isInWorld, placeOfText, textOfPlace} from './coordinates.js';
 import {SETTINGS} from './settings.js';
+
+/** Of a way that is measured. */
+export const MOST_CORNERS = 200;
 
 const FLAGS = Object.keys(SETTINGS).filter(name => typeof SETTINGS[name].usual === 'boolean' && SETTINGS[name].isInAddress !== false);
 
@@ -16,14 +20,16 @@ for (const [name, {link}] of Object.entries(SETTINGS))
     if (link)
         VALUES.set(link, [...VALUES.get(link) || [], name]);
 
-/** `state`: `{place, zoom, settings, relief, mark}`; `usual`: settings that need not be said. */
-export function fragmentOfState({place, zoom, settings, relief, mark}, usual) {
+/** `state`: `{place, zoom, settings, relief, mark, way}`; `usual`: settings that need not be said. */
+export function fragmentOfState({place, zoom, settings, relief, mark, way = []}, usual) {
     const parts = [`at=${textInAddress(place)}`, `zoom=${Math.round(zoom * 100) / 100}`];
     if (relief)
         parts.push(`relief=${Math.round(relief.heading)},${Math.round(relief.tilt)}`);
     parts.push(...partsOfSettings(settings, usual));
     if (mark)
         parts.push(`mark=${textInAddress(mark)},${encodeURIComponent(mark.name)}`);
+    if (way.length > 0)
+        parts.push(`way=${way.map(textInAddress).join()}`);
     return `#${parts.join('&')}`;
 }
 
@@ -72,7 +78,18 @@ export function stateOfFragment(fragment, usual) {
     const spot = mark && placeOfText(mark[1]);
     if (spot && isInWorld(spot))
         state.mark = {...spot, name: decoded(mark[2])};
+    const way = wayOfText(said.get('way') || '');
+    if (way.length > 0)
+        state.way = way;
     return state;
+}
+
+/** The corners that lie in the world. */
+function wayOfText(text) {
+    const words = text.split(',', 2 * MOST_CORNERS), places = [];
+    for (let index = 0; index + 1 < words.length; index += 2)
+        places.push(placeOfText(`${words[index]},${words[index + 1]}`));
+    return places.filter(place => place && isInWorld(place));
 }
 
 /** The settings that a text holds; none where it holds one of them wrongly. */

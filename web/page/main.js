@@ -2,7 +2,7 @@
 import {Address} from './address.js';
 import {ChangePanel, changesHere, Swipe} from './changes.js';
 import {textOfPlace} from './coordinates.js';
-import {find, make, notify, textOf} from './dom.js';
+import {copyText, find, make, notify, textOf} from './dom.js';
 import {FlatMap} from './flatmap.js';
 import {FullScreen} from './fullscreen.js';
 import {Graticule} from './graticule.js';
@@ -13,6 +13,7 @@ import {MarkLayer} from './marklayer.js';
 import {MarkPanel} from './markpanel.js';
 import {Marks} from './marks.js';
 import {Measure} from './measure.js';
+import {PointMenu} from './menu.js';
 import {Navigation} from './navigation.js';
 import {Overview} from './overview.js';
 import {Painter} from './painter.js';
@@ -38,14 +39,15 @@ function compose(world, painter) {
     const relief = new ReliefSwitch({stage, world, painter, settings, flat, contents: {
         labels: () => placesInRelief(world, settings, marks), way: () => measure.way(), pin: () => readout.place,
         covers: () => [...document.querySelectorAll('.card')]}});
-    const navigation = new Navigation(world, flat, relief, readout), address = new Address(navigation, settings, readout);
+    const navigation = new Navigation(world, flat, relief, readout), address = new Address(navigation, settings, readout, measure);
     const markPanel = new MarkPanel(marks, place => navigation.goTo(place));
     const search = new Search(world, marks, entry => navigation.goToFound(entry));
 
     // What lies on the flat map, from the bottom up.
     const graticule = new Graticule(flat, settings, world);
-    new PlaceLayer(flat, world, settings, place => readout.pin(place, place.name));
-    new MarkLayer(flat, marks, settings, mark => readout.pin(mark, mark.name));
+    const pick = place => measure.isActive ? measure.add(place) : readout.pin(place, place && place.name);
+    new PlaceLayer(flat, world, settings, pick);
+    new MarkLayer(flat, marks, settings, pick);
     readout.pinned.listen(place => flat.showPin(place));
     // What lies on the relief.
     relief.chosen.listen(place => readout.pin(place, place.name));
@@ -54,7 +56,7 @@ function compose(world, painter) {
 
     const pointing = new Pointing(flat, relief);
     pointing.hovered.listen(place => readout.show(place));
-    pointing.picked.listen(place => measure.isActive ? measure.add(place) : readout.pin(place));
+    pointing.picked.listen(pick);
 
     // The tools.
     const shell = new Shell();
@@ -66,32 +68,39 @@ function compose(world, painter) {
     }
     shell.addPanel('marks', 'Marks', 'My marks', markPanel.element);
     shell.addPanel('measure', 'Measure', 'Distance and profile', measure.element, {onToggle: isOpen => measure.activate(isOpen)});
-    shell.addPanel('picture', 'Picture', 'Picture of this view', new PicturePanel({flat, relief, graticule, measure, title: world.title}).element, {isRare: true});
+    shell.addPanel('picture', 'Picture', 'Picture of this view', new PicturePanel({flat, relief, graticule, measure, readout, title: world.title}).element, {isRare: true});
     shell.addAction('link', 'Link', 'Copy a link to this view', () => address.copyLink(), {isRare: true});
     shell.addPanel('about', '?', 'About this page', aboutPanel(world.title), {isRare: true});
     shell.addRare();
-    readout.addAction('Mark here', place => {
+    measure.called.listen(isOn => isOn ? shell.open('measure') : shell.close());
+    const markAt = place => {
         marks.add([{...place, name: textOfPlace(place)}]);
         readout.unpin();
         shell.open('marks');
         markPanel.renameLast();
-    });
+    };
+    readout.addAction('Mark here', markAt);
     readout.addDetail((place, name) => othersHere([world.places, world.entrances, marks.items].flat(), place, name, other => readout.pin(other, other.name)));
     marks.removed.listen(mark => readout.place === mark && readout.unpin());
     addEventListener('storage', event => marks.onStorage(event));
     if (world.older)
         readout.addDetail(place => changesHere(world, place));
     readout.addAction('Link', place => address.copyLink(place));
+    readout.left.listen(() => navigation.focus());
+    const menu = new PointMenu([
+        [place => `Copy ${textOfPlace(place)}`, place => copyText(textOfPlace(place))], [() => 'Measure from here', place => measure.begin([place])],
+        [() => 'Mark here', markAt], [() => 'Link to here', place => address.copyLink(place)]]);
+    pointing.called.listen((place, pixel) => menu.open(place, pixel));
 
     const zoom = L.control.zoom().addTo(flat.map).getContainer(), full = new FullScreen();
     zoom.append(full.button);
-    stage.append(search.element, shell.bar,
+    stage.append(menu.element, readout.spoken, search.element, shell.bar,
         make('div', {class: 'corner left'}, readout.card, new Legend(flat, world, settings).element, readout.bar),
         make('div', {class: 'corner right'}, relief.panel, new Overview(flat).element,
             make('div', {class: 'hands'}, new ScaleBar(flat).element, make('div', {class: 'steering'}, relief.steering, zoom))));
     if (world.older)
         new Swipe(flat, settings);
-    graticule.keepClearOf(document.querySelectorAll('.card'));
+    graticule.keepClearOf(document.querySelectorAll('.card, .scale-bar'));
 
     address.restoreLayers();
     flat.show();
@@ -100,7 +109,9 @@ function compose(world, painter) {
         address.restore();
         pointing.showMiddle();
         address.listen();
-        listenToShortcuts({'/': () => search.focus(), 'r': () => settings.toggle('relief')});
+        listenToShortcuts({
+            '/': () => search.focus(), 'r': () => settings.toggle('relief'), 'backspace': () => measure.isActive && measure.takeBack(),
+            'escape': () => menu.close() || shell.close() || readout.unpin()});
     });
 }
 

@@ -1,56 +1,53 @@
-// Measures a way over the land, with a profile of the heights along it.
-import {unitOfPoint} from './coordinates.js';
-import {make, makeShape} from './dom.js';
+// Measures a way over the land. Its corners are set by clicks and can be dragged.
+import {isInWorld, textOfPlace} from './coordinates.js';
+import {make, notify} from './dom.js';
 import {Signal} from './events.js';
-import {latLngOfPlace} from './flatmap.js';
+import {latLngOfPlace, placeOfLatLng} from './flatmap.js';
+import {LAND_SIZE} from './land.js';
+import {MOST_CORNERS} from './link.js';
+import {climbs, distancesOfCorners, pictureOfProfile, profileOfWay} from './profile.js';
 import {heightText} from './readout.js';
 
-const SAMPLES = 400;
-const WIDTH = 300, HEIGHT = 90;
+const COLOR = '#d1122c';
+const KEYS = {ArrowLeft: [-1, 0], ArrowRight: [1, 0], ArrowUp: [0, -1], ArrowDown: [0, 1]};
+const KEY_STEP = 8; // pixels
 
-/** Distance in map units along places, and `count` samples `{place, distance, height}` on the way. */
-export function profileOfWay(land, places, count = SAMPLES) {
-    const lengths = places.slice(1).map((place, index) => Math.hypot(place.x - places[index].x, place.y - places[index].y));
-    const whole = lengths.reduce((sum, length) => sum + length, 0), samples = [];
-    for (let index = 0; index <= count && whole > 0; ++index) {
-        let left = whole * index / count, leg = 0;
-        while (leg < lengths.length - 1 && left > lengths[leg])
-            left -= lengths[leg++];
-        const share = lengths[leg] > 0 ? Math.min(1, left / lengths[leg]) : 0, from = places[leg], to = places[leg + 1];
-        const place = {x: from.x + (to.x - from.x) * share, y: from.y + (to.y - from.y) * share};
-        samples.push({place, distance: unitsOfPoints(whole * index / count), height: land.heightBetween(place.x, place.y)});
-    }
-    return {distance: unitsOfPoints(whole), samples};
-}
-
-const unitsOfPoints = points => unitOfPoint(points) - unitOfPoint(0);
+const inside = value => Math.max(0, Math.min(LAND_SIZE - 1, value));
 
 export class Measure {
     constructor(flat, world, settings) {
         Object.assign(this, {flat, world, settings});
-        /** The way, or whether it is shown, is another. */
-        this.changed = new Signal();
+        /** The way, or whether it is shown, is another; measuring is to begin (true) or to end. */
+        Object.assign(this, {changed: new Signal(), called: new Signal()});
         this.places = [];
         this.isActive = false;
-        this.line = L.polyline([], {color: '#d1122c', weight: 3, interactive: false});
-        this.spot = L.circleMarker([0, 0], {radius: 5, color: '#d1122c', fillOpacity: 1, interactive: false});
+        this.isOnRelief = false;
+        this.lines = [['#fff', 5, 0.85], [COLOR, 3, 1]].map(([color, weight, opacity]) => L.polyline([], {color, weight, opacity, interactive: false}));
+        this.spot = L.circleMarker([0, 0], {radius: 5, color: '#fff', weight: 1.5, fillColor: COLOR, fillOpacity: 1, interactive: false});
         this.corners = L.layerGroup();
         this.result = make('p', {class: 'result', role: 'status'});
         this.chart = make('div', {class: 'profile'});
-        this.element = make('div', {},
-            make('p', {class: 'hint'}, 'Click along the way. Backspace takes the last point back.'), this.result, this.chart,
-            make('div', {class: 'buttons'}, make('button', {onclick: () => this.takeBack()}, 'Take back'),
-                make('button', {onclick: () => this.clear()}, 'Start anew')));
-        document.addEventListener('keydown', event => {
-            if (this.isActive && event.key === 'Backspace' && !event.target.matches('input, textarea'))
-                this.takeBack();
-        });
+        this.back = make('button', {onclick: () => this.takeBack()}, 'Take back');
+        this.anew = make('button', {onclick: () => this.clear()}, 'Start anew');
+        this.hint = make('p', {class: 'hint'}, 'Set corners along the way, on places as well; they can be dragged.');
+        this.element = make('div', {}, this.hint, this.result, this.chart, make('div', {class: 'buttons'}, this.back, this.anew));
+        settings.listen(names => names.has('relief') && this.followRelief(settings.get('relief')));
+        world.filled.listen(() => this.draw());
         this.draw();
     }
 
-    /** The places along what is measured now. */
+    /** The places along what is measured, as far as it is shown. */
     way() {
-        return this.isActive ? this.places : [];
+        return this.isActive || this.isOnRelief ? this.places : [];
+    }
+
+    /** The relief shows the way that is being measured, but corners are set on the flat map alone. */
+    followRelief(isRelief) {
+        this.isOnRelief = isRelief && this.places.length > 1 && (this.isActive || this.isOnRelief);
+        if (isRelief && this.isActive)
+            this.called.emit(false);
+        else
+            this.changed.emit();
     }
 
     activate(isActive) {
@@ -59,20 +56,38 @@ export class Measure {
             this.settings.set({relief: false});
         this.flat.container.classList.toggle('measuring', isActive);
         this.flat.map.doubleClickZoom[isActive ? 'disable' : 'enable']();
-        if (isActive)
-            [this.line, this.corners].forEach(layer => layer.addTo(this.flat.map));
-        else
-            [this.line, this.corners, this.spot].forEach(layer => layer.remove());
+        for (const layer of [...this.lines, this.corners])
+            if (isActive)
+                layer.addTo(this.flat.map);
+            else
+                layer.remove();
+        this.spot.remove();
         this.changed.emit();
     }
 
+    /** Shows a way and measures on from its end; where the relief is shown, it is shown there. */
+    begin(places) {
+        this.places = places.map(({x, y}) => ({x, y}));
+        this.isOnRelief = this.settings.get('relief') && places.length > 1;
+        this.draw();
+        if (!this.isOnRelief)
+            this.called.emit(true);
+    }
+
     add(place) {
-        this.places.push(place);
+        if (!place || !isInWorld(place))
+            return;
+        if (this.places.length === MOST_CORNERS) {
+            notify(`A way has no more than ${MOST_CORNERS} corners.`);
+            return;
+        }
+        this.places.push({x: place.x, y: place.y});
         this.draw();
     }
 
-    takeBack() {
-        this.places.pop();
+    /** The last corner, or that of an index. */
+    takeBack(index = this.places.length - 1) {
+        this.places.splice(Math.max(0, index), 1);
         this.draw();
     }
 
@@ -81,51 +96,66 @@ export class Measure {
         this.draw();
     }
 
+    move(index, {x, y}) {
+        this.places[index] = {x: inside(x), y: inside(y)};
+        this.drawWay();
+    }
+
     draw() {
-        const latLngs = this.places.map(latLngOfPlace);
-        this.line.setLatLngs(latLngs);
         this.corners.clearLayers();
-        for (const latLng of latLngs)
-            L.circleMarker(latLng, {radius: 4, weight: 2, color: '#d1122c', fillColor: '#fff', fillOpacity: 1, interactive: false})
-                .addTo(this.corners);
+        this.places.forEach((place, index) => this.addCorner(place, index));
+        this.drawWay();
+    }
+
+    addCorner(place, index) {
+        const icon = L.divIcon({html: make('div', {class: 'way-corner'}), className: 'spot-icon', iconSize: [0, 0]});
+        const marker = L.marker(latLngOfPlace(place), {icon, draggable: true, keyboard: false, zIndexOffset: 4000})
+            .on('drag', event => this.move(index, placeOfLatLng(event.target.getLatLng())))
+            .on('dragend', () => this.draw())
+            // A click here, such as the second of two, is none on the map.
+            .on('click', () => {});
+        marker.on('add', () => {
+            const element = marker.getElement();
+            for (const [name, value] of [['role', 'button'], ['tabindex', '0'], ['aria-label', this.spoken(index)]])
+                element.setAttribute(name, value);
+            element.addEventListener('keydown', event => this.onKey(event, index));
+        });
+        this.corners.addLayer(marker);
+    }
+
+    spoken(index) {
+        return `Corner ${index + 1} of ${this.places.length}, ${textOfPlace(this.places[index])}. Arrow keys move it, Delete takes it out`;
+    }
+
+    onKey(event, index) {
+        const {map} = this.flat, step = KEYS[event.key];
+        if (step) {
+            const pixel = map.project(latLngOfPlace(this.places[index])).add(L.point(step).multiplyBy(KEY_STEP));
+            this.move(index, placeOfLatLng(map.unproject(pixel)));
+            this.draw();
+        } else if (event.key === 'Delete' || event.key === 'Backspace') {
+            this.takeBack(index);
+        } else {
+            return;
+        }
+        event.preventDefault();
+        const corners = this.corners.getLayers(), next = corners[Math.min(index, corners.length - 1)];
+        (next ? next.getElement() : this.flat.container).focus({preventScroll: true});
+    }
+
+    drawWay() {
+        const latLngs = this.places.map(latLngOfPlace), {newer} = this.world;
+        for (const line of this.lines)
+            line.setLatLngs(latLngs);
         this.spot.remove();
-        const {distance, samples} = profileOfWay(this.world.newer, this.places);
-        const heights = samples.map(({height}) => height), {up, down} = climbs(heights);
-        this.result.textContent = samples.length === 0 ? `${this.places.length} of at least 2 points` :
-            `${distance.toFixed(2)} map units, heights ${heightText(Math.round(Math.min(...heights)))} to ${heightText(Math.round(Math.max(...heights)))}, ` +
-            `up ${Math.round(up)}, down ${Math.round(down)}`;
-        this.chart.replaceChildren(...samples.length === 0 ? [] : [this.drawProfile(samples, distance)]);
+        const profile = profileOfWay(newer, newer.heights.length > 0 ? this.places : []), {distance, samples} = profile;
+        const heights = samples.map(({height}) => height), {up, down} = climbs(heights), round = height => heightText(Math.round(height));
+        this.result.textContent = samples.length === 0 ? `${this.places.length} of at least 2 corners` :
+            `${distance.toFixed(2)} map units, heights ${round(Math.min(...heights))} to ${round(Math.max(...heights))}, up ${Math.round(up)}, down ${Math.round(down)}`;
+        this.chart.replaceChildren(...samples.length === 0 ? [] :
+            [pictureOfProfile(profile, distancesOfCorners(this.places).slice(1, -1), ({place}) => this.spot.setLatLng(latLngOfPlace(place)).addTo(this.flat.map))]);
+        this.hint.hidden = samples.length > 0;
+        this.back.disabled = this.anew.disabled = this.places.length === 0;
         this.changed.emit();
     }
-
-    drawProfile(samples, distance) {
-        const heights = samples.map(({height}) => height), low = Math.min(...heights), high = Math.max(low + 1, ...heights);
-        const points = samples.map(({distance: at, height}) =>
-            `${(at / distance * WIDTH).toFixed(1)},${(HEIGHT - 4 - (height - low) / (high - low) * (HEIGHT - 8)).toFixed(1)}`);
-        const picture = makeShape('svg', {viewBox: `0 0 ${WIDTH} ${HEIGHT}`, preserveAspectRatio: 'none', role: 'img',
-            'aria-label': `Profile of heights from ${Math.round(low)} to ${Math.round(high)}`});
-        const cursor = makeShape('line', {y1: 0, y2: HEIGHT, x1: -9, x2: -9, class: 'cursor'});
-        picture.append(makeShape('polygon', {points: `0,${HEIGHT} ${points.join(' ')} ${WIDTH},${HEIGHT}`, class: 'ground'}),
-            makeShape('polyline', {points: points.join(' '), class: 'surface'}), cursor);
-        const caption = make('p', {class: 'detail'}, `0 to ${distance.toFixed(1)} map units`);
-        picture.addEventListener('pointermove', event => {
-            const box = picture.getBoundingClientRect(), share = Math.max(0, Math.min(1, (event.clientX - box.left) / box.width));
-            const sample = samples[Math.round(share * (samples.length - 1))];
-            cursor.setAttribute('x1', share * WIDTH);
-            cursor.setAttribute('x2', share * WIDTH);
-            caption.textContent = `${sample.distance.toFixed(2)} map units: height ${Math.round(sample.height)}`;
-            this.spot.setLatLng(latLngOfPlace(sample.place)).addTo(this.flat.map);
-        });
-        return make('figure', {}, picture, caption);
-    }
-}
-
-/** How far heights go up in all, and down. */
-export function climbs(heights) {
-    let up = 0, down = 0;
-    for (let index = 1; index < heights.length; ++index) {
-        up += Math.max(0, heights[index] - heights[index - 1]);
-        down += Math.max(0, heights[index - 1] - heights[index]);
-    }
-    return {up, down};
 }

@@ -24,6 +24,12 @@ export class Navigation {
         this.relief.restore(place && {...place, zoom}, relief);
     }
 
+    /** The map that is shown takes the keys. */
+    focus() {
+        const {shown} = this.relief;
+        (shown ? shown.canvas : this.flat.container).focus({preventScroll: true});
+    }
+
     goTo(place, zoom = Math.max(this.flat.zoom(), FOUND_ZOOM)) {
         if (this.relief.isShown)
             this.relief.flyTo(place);

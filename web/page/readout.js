@@ -42,12 +42,16 @@ export class Readout {
         this.values = {};
         /** Tells the place that is pinned now, or null. */
         this.pinned = new Signal();
+        /** The card is gone, and the focus with it. */
+        this.left = new Signal();
         this.bar = make('div', {class: 'readout card', role: 'status', 'aria-live': 'off', 'aria-label': 'Under the cursor'});
         for (const [name, label] of FIELDS) {
             this.values[name] = make('span', {class: `value ${name}`, 'data-field': name}, '–');
             this.bar.append(make('span', {class: 'field'}, make('span', {class: 'label'}, label), this.values[name]));
         }
         this.card = make('section', {class: 'pinned card', hidden: true, 'aria-label': 'Pinned place'});
+        /** Tells those who do not see the card what is pinned. */
+        this.spoken = make('p', {class: 'off-screen', role: 'status'});
     }
 
     /** A button for a pinned place; `act` is given the place. */
@@ -69,8 +73,10 @@ export class Readout {
     /** `name`: what stands there, if it has a name. No place, or one off the world, ends it. */
     pin(place, name) {
         const facts = place && factsOfPlace(this.world, place);
-        if (!facts)
-            return this.unpin();
+        if (!facts) {
+            this.unpin();
+            return;
+        }
         this.place = place;
         const rows = FIELDS.map(([field, label]) => [make('dt', {}, label), make('dd', {'data-field': field}, facts[field])]).flat();
         const notes = (facts.notes || []).join(', ');
@@ -82,12 +88,19 @@ export class Readout {
                 make('button', {onclick: () => copyText(lineOfFacts(facts))}, 'Copy'),
                 ...this.actions.map(([label, act]) => make('button', {onclick: () => act(this.place)}, label))));
         this.card.hidden = false;
+        this.spoken.textContent = [name, lineOfFacts(facts), notes].filter(Boolean).join('. ');
         this.pinned.emit(place);
     }
 
+    /** Whether there was anything pinned. */
     unpin() {
+        const {hidden: wasHidden} = this.card, hadFocus = this.card.contains(document.activeElement);
         this.card.hidden = true;
         this.place = null;
+        this.spoken.textContent = '';
         this.pinned.emit(null);
+        if (hadFocus)
+            this.left.emit();
+        return !wasHidden;
     }
 }

@@ -45,8 +45,8 @@ export class Relief {
      */
     constructor(stage, world, painter, settings, contents) {
         Object.assign(this, {stage, world, settings, contents});
-        /** The place under the cursor or null; the place clicked or null; one with a name; how much of the picture is there; rest. */
-        Object.assign(this, {hovered: new Signal(), clicked: new Signal(), chosen: new Signal(), progress: new Signal(), moved: new Signal()});
+        /** The place under the cursor or null; the place clicked or null; one whose menu is wanted, and its pixel; one with a name; how much of the picture is there; rest. */
+        Object.assign(this, {hovered: new Signal(), clicked: new Signal(), called: new Signal(), chosen: new Signal(), progress: new Signal(), moved: new Signal()});
         /** The view is another; the graphics processor is gone. */
         Object.assign(this, {turned: new Signal(), lost: new Signal()});
         this.canvas = make('canvas', {class: 'relief', tabindex: '0', role: 'application', hidden: true, 'aria-label': 'Land in relief. ' +
@@ -113,15 +113,12 @@ export class Relief {
     }
 
     /**
-     * Back to where the flat map takes over, at the zoom that `settled` makes of its own: told whether it
-     * came there, or was called back on the way.
+     * Back to where the flat map takes over, at the zoom that `settled` makes of its own; told when it is
+     * there or was interrupted.
      */
-    async hide(settled) {
+    descend(settled) {
         const zoom = settled(this.view.zoomIn(this.height));
-        const isThere = await this.flyTo({tilt: 0, heading: 0, distance: ReliefView.distanceOfZoom(zoom, this.height)}, 500);
-        if (isThere)
-            this.setHidden(true);
-        return isThere;
+        return this.flyTo({tilt: 0, heading: 0, distance: ReliefView.distanceOfZoom(zoom, this.height)}, 500);
     }
 
     // -- settings
@@ -303,6 +300,15 @@ export class Relief {
             this.chosen.emit(place);
         else
             this.clicked.emit(this.placeAt(pixel.x, pixel.y));
+    }
+
+    /** Asks for the menu of what a pixel of the window shows. */
+    callAt({x, y}) {
+        this.called.emit(this.placeAt(x, y), {x, y});
+    }
+
+    callAtMiddle() {
+        this.callAt({x: this.width / 2, y: this.height / 2});
     }
 
     clickMiddle() {

@@ -22,7 +22,8 @@ export class ReliefSwitch {
     constructor(parts) {
         Object.assign(this, parts);
         /** As those of the flat map, of the relief; and a place with a name that was chosen there. */
-        Object.assign(this, {hovered: new Signal(), clicked: new Signal(), chosen: new Signal(), moved: new Signal()});
+        Object.assign(this, {hovered: new Signal(), clicked: new Signal(), called: new Signal(), chosen: new Signal(), moved: new Signal()});
+        this.turns = 0;
         this.button = make('button', {class: 'relief-switch', 'aria-pressed': 'false', title: 'Relief or flat map (R)', disabled: true,
             onclick: () => this.settings.toggle('relief')}, icon('relief'), make('span', {}, 'Relief'));
         this.compass = new Compass(() => this.relief.turnNorth());
@@ -94,8 +95,8 @@ export class ReliefSwitch {
             this.button.disabled = true;
             return false;
         }
-        for (const name of ['hovered', 'clicked', 'chosen', 'moved'])
-            this.relief[name].listen(detail => this[name].emit(detail));
+        for (const name of ['hovered', 'clicked', 'called', 'chosen', 'moved'])
+            this.relief[name].listen((...details) => this[name].emit(...details));
         this.relief.progress.listen(share => {
             this.progress.value = share;
             this.progress.hidden = share >= 1;
@@ -169,14 +170,19 @@ export class ReliefSwitch {
     }
 
     tilt() {
+        ++this.turns;
         this.relief.show({...this.flat.center(), zoom: this.flat.zoom()}, this.wanted);
         this.flat.setInert(true);
     }
 
     async lay() {
-        const {wanted} = this;
-        if (await this.relief.hide(settledZoom))
-            this.landAt(wanted || this.relief.viewNow());
+        const {wanted, relief} = this, turn = ++this.turns;
+        await relief.descend(settledZoom);
+        // Hands that reach in on its way bring it down at once; only the relief, wanted again, calls it back.
+        if (turn !== this.turns || relief !== this.relief)
+            return;
+        relief.setHidden(true);
+        this.landAt(wanted || relief.viewNow());
     }
 
     landAt({x, y, zoom}) {

@@ -3,13 +3,14 @@ import {fileName, make, notify, saveFile} from './dom.js';
 import {latLngOfPlace} from './flatmap.js';
 import {paintLabel} from './lettering.js';
 
-const WAY_COLOR = '#d1122c';
+const MARK = '#d1122c';
+const PIN_ARM = 14; // pixels
 
 /**
  * The flat map as it is in view, with `factor` pixels to one of the page: letters, lines and spots
- * grow along. `way`: places that are measured along.
+ * grow along. `way`: places that are measured along; `pin`: the pinned place, if any.
  */
-async function pictureOfFlatMap(flat, graticule, way, factor) {
+async function pictureOfFlatMap({flat, graticule, way, pin}, factor) {
     const {width, height} = flat.container.getBoundingClientRect();
     const canvas = make('canvas', {width: Math.round(width * factor), height: Math.round(height * factor)});
     const context = canvas.getContext('2d');
@@ -20,17 +21,45 @@ async function pictureOfFlatMap(flat, graticule, way, factor) {
     context.scale(factor, factor);
     paintWay(context, flat, way);
     paintSpots(context, flat.container);
+    if (pin)
+        paintPin(context, flat, pin);
     return canvas;
 }
 
 function paintWay(context, flat, way) {
     const points = way.map(place => flat.map.latLngToContainerPoint(latLngOfPlace(place)));
-    context.strokeStyle = WAY_COLOR;
-    context.lineWidth = 3;
+    context.lineJoin = context.lineCap = 'round';
     context.beginPath();
     for (const {x, y} of points)
         context.lineTo(x, y);
-    context.stroke();
+    strokeTwice(context, 3);
+    context.fillStyle = '#fff';
+    for (const {x, y} of points) {
+        context.beginPath();
+        context.arc(x, y, 5, 0, 7);
+        context.fill();
+        context.lineWidth = 2;
+        context.stroke();
+    }
+}
+
+function strokeTwice(context, width) {
+    for (const [color, lineWidth] of [['rgba(255, 255, 255, 0.85)', width + 2], [MARK, width]]) {
+        Object.assign(context, {strokeStyle: color, lineWidth});
+        context.stroke();
+    }
+}
+
+/** The cross of the pinned place. */
+function paintPin(context, flat, place) {
+    const {x, y} = flat.map.latLngToContainerPoint(latLngOfPlace(place));
+    context.lineCap = 'butt';
+    context.beginPath();
+    context.moveTo(x - PIN_ARM, y);
+    context.lineTo(x + PIN_ARM, y);
+    context.moveTo(x, y - PIN_ARM);
+    context.lineTo(x, y + PIN_ARM);
+    strokeTwice(context, 2);
 }
 
 function paintSpots(context, container) {
@@ -47,7 +76,8 @@ function paintSpots(context, container) {
         context.strokeStyle = shape.borderTopColor;
         context.lineWidth = edge;
         context.stroke();
-        context.font = `${style.fontWeight} ${style.fontSize} system-ui, sans-serif`;
+        const {fontWeight, fontSize} = getComputedStyle(spot.querySelector('.name') || spot);
+        context.font = `${fontWeight} ${fontSize} system-ui, sans-serif`;
         if (spot.classList.contains('gathered')) {
             context.fillStyle = style.color;
             context.textAlign = 'center';
@@ -88,7 +118,7 @@ const SIZES = [
     [4, 'Four times as dense', 'For a poster; letters grow along.']];
 
 export class PicturePanel {
-    /** `parts`: `flat`, `relief` (its switch), `graticule`, `measure`, `title`. */
+    /** `parts`: `flat`, `relief` (its switch), `graticule`, `measure`, `readout`, `title`. */
     constructor(parts) {
         Object.assign(this, parts);
         this.element = make('div', {class: 'pictures'}, ...SIZES.map(([factor, label, hint]) => make('div', {class: 'size'},
@@ -97,9 +127,9 @@ export class PicturePanel {
     }
 
     async save(factor) {
-        const {flat, relief, graticule, measure} = this;
+        const {flat, relief, graticule, measure, readout} = this;
         const canvas = relief.isShown ? pictureOfRelief(relief.shown) :
-            await pictureOfFlatMap(flat, graticule, measure.way(), factor === 1 ? window.devicePixelRatio || 1 : factor);
+            await pictureOfFlatMap({flat, graticule, way: measure.way(), pin: readout.place}, factor === 1 ? window.devicePixelRatio || 1 : factor);
         canvas.toBlob(blob => {
             if (blob)
                 saveFile(fileName(this.title, '.png'), blob);

@@ -141,7 +141,7 @@ export class Search {
             this.mark((this.active + count - 1) % count);
         else if (event.key === 'Enter' && this.active >= 0)
             this.choose(this.active);
-        else if (event.key === 'Escape')
+        else if (event.key === 'Escape' && !this.list.hidden)
             this.close();
         else
             return;

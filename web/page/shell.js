@@ -16,19 +16,15 @@ export class Shell {
         this.heading = make('h2', {id: 'panel-title'});
         this.body = make('div', {class: 'body'});
         this.rare = make('div', {class: 'rare-tools'});
-        this.panel.append(make('button', {class: 'close', 'aria-label': 'Close', onclick: () => this.open(null)}, '×'),
+        this.panel.append(make('button', {class: 'close', 'aria-label': 'Close', onclick: () => this.close()}, '×'),
             this.grip(), this.heading, this.body);
-        this.panel.addEventListener('keydown', event => {
-            if (event.key === 'Escape')
-                this.open(null);
-        });
         this.panel.hidden = true;
     }
 
     /** Draws a sheet up and down; by key or click it goes from one rest to the other. */
     grip() {
         const grip = make('button', {class: 'grip', 'aria-label': 'Larger or smaller panel'}), height = () => this.panel.offsetHeight / innerHeight;
-        const set = share => this.panel.style.setProperty('--sheet', `${share * 100}vh`);
+        const set = share => document.documentElement.style.setProperty('--sheet', `${Math.max(0, share) * 100}vh`);
         grip.addEventListener('pointerdown', event => {
             grip.setPointerCapture(event.pointerId);
             Object.assign(this, {from: event.clientY - this.panel.getBoundingClientRect().top, wasDragged: false});
@@ -41,7 +37,7 @@ export class Shell {
         });
         grip.addEventListener('pointerup', () => {
             if (this.wasDragged && height() < SHEET_CLOSES)
-                this.open(null);
+                this.close();
             else if (this.wasDragged)
                 set(SHEET_RESTS.reduce((best, rest) => Math.abs(rest - height()) < Math.abs(best - height()) ? rest : best));
         });
@@ -68,7 +64,7 @@ export class Shell {
 
     /** A tool that opens a panel; `onToggle` learns whether it is open. */
     addPanel(name, label, hint, element, {onToggle = () => {}, isRare = false} = {}) {
-        const button = this.addAction(name, label, hint, () => this.open(this.current === name ? null : name), {isRare});
+        const button = this.addAction(name, label, hint, () => this.current === name ? this.close() : this.open(name), {isRare});
         button.setAttribute('aria-expanded', 'false');
         button.setAttribute('aria-controls', 'panel');
         this.panels.set(name, {button, element, label: hint, onToggle});
@@ -80,20 +76,26 @@ export class Shell {
         this.panels.get('more').button.classList.add('more');
     }
 
-    open(name) {
-        const last = this.panels.get(this.current);
-        if (last) {
-            last.button.setAttribute('aria-expanded', 'false');
-            last.onToggle(false);
-        }
-        this.current = name;
-        const next = this.panels.get(name);
-        this.panel.hidden = !next;
-        this.panel.style.removeProperty('--sheet');
-        if (!next && last)
+    /** Whether there was a panel; its tool has the focus again, if the panel had it. */
+    close() {
+        const last = this.panels.get(this.current), hadFocus = this.panel.contains(document.activeElement);
+        if (!last)
+            return false;
+        this.current = null;
+        this.panel.hidden = true;
+        last.button.setAttribute('aria-expanded', 'false');
+        last.onToggle(false);
+        if (hadFocus)
             last.button.focus();
-        if (!next)
-            return;
+        return true;
+    }
+
+    open(name) {
+        this.close();
+        const next = this.panels.get(name);
+        this.current = name;
+        this.panel.hidden = false;
+        document.documentElement.style.removeProperty('--sheet');
         next.button.setAttribute('aria-expanded', 'true');
         this.heading.textContent = next.label;
         this.body.replaceChildren(next.element);
@@ -105,8 +107,8 @@ export class Shell {
 /** How the page is used, and the licences of what is in it. */
 export function aboutPanel(title) {
     const keys = [
-        ['Arrow keys, drag', 'move'], ['+ and −, wheel, pinch, double click', 'zoom'], ['/', 'search'], ['Tab, then arrow keys, Enter', 'go through the places in view'], ['R', 'relief or flat map'],
-        ['Right or Ctrl drag, two fingers, Q E, Page up and down', 'in the relief: turn and tilt'], ['N', 'in the relief: turn to the north'], ['Click, Enter', 'pin what is under the cursor']];
+        ['Arrow keys, drag', 'move'], ['+ and −, wheel, pinch, double click', 'zoom'], ['/', 'search'], ['Tab, then arrow keys, Enter', 'go through the places in view'], ['R', 'relief or flat map'], ['Right click, long press, Shift F10', 'what can be done at a place'],
+        ['Right or Ctrl drag, two fingers, Q E, Page up and down', 'in the relief: turn and tilt'], ['N', 'in the relief: turn to the north'], ['Click, Enter', 'pin what is under the cursor'], ['Backspace', 'while measuring: take the last corner back'], ['Escape', 'close what is open']];
     return make('div', {}, make('p', {}, `${title}, drawn by this page from the land's own data. Nothing is loaded from anywhere.`),
         make('dl', {class: 'keys'}, ...keys.map(([key, use]) => [make('dt', {}, key), make('dd', {}, use)]).flat()),
         make('details', {}, make('summary', {}, 'Licences'), make('pre', {class: 'licences'}, textOf('licences'))));

@@ -3,9 +3,10 @@
 import {kindOfChange} from './changekinds.js';
 import {BLOCKS, CELLS, LAND_FLAG} from './land.js';
 
+/** They differ for the colour-blind as well. */
 export const TINTS = {
-    impassable: [150, 20, 60], objects: [250, 170, 0],
-    changed: [232, 168, 0], added: [20, 90, 235], removed: [200, 20, 90], gone: [90, 10, 40], new: [40, 190, 215]};
+    impassable: [120, 60, 150], objects: [255, 255, 190],
+    changed: [232, 168, 0], added: [20, 90, 235], removed: [225, 60, 130], gone: [30, 0, 20], new: [60, 215, 225]};
 const STRENGTH = 0.5;
 /** Where more of the land's blocks changed than this, tints would be all there is. */
 const MOST_FILLED = 0.15;

@@ -5,7 +5,32 @@ import {legendEntries} from '../../../web/page/legend.js';
 import {frameOfArea, placeOfShare} from '../../../web/page/overview.js';
 import {scaleOfZoom} from '../../../web/page/scalebar.js';
 import {Settings} from '../../../web/page/settings.js';
+import {TINTS} from '../../../web/page/tints.js';
 import {HEIGHTS, landOf} from './world.mjs';
+
+/** What light of red, green and blue becomes for those who lack a kind of cones. */
+const EYES = {
+    all: [[1, 0, 0], [0, 1, 0], [0, 0, 1]],
+    long: [[0.152286, 1.052583, -0.204868], [0.114503, 0.786281, 0.099216], [-0.003882, -0.048116, 1.051998]],
+    middle: [[0.367322, 0.860646, -0.227968], [0.280085, 0.672501, 0.047413], [-0.01182, 0.04294, 0.968881]],
+    short: [[1.255528, -0.076749, -0.178779], [-0.078411, 0.930809, 0.147602], [0.004733, 0.691367, 0.3039]]};
+
+/** Lightness, and how red or green, how yellow or blue a colour seems: CIE L*a*b*. */
+function seen(color, eye) {
+    const light = color.map(part => part > 10 ? ((part / 255 + 0.055) / 1.055) ** 2.4 : part / 255 / 12.92), times = (rows, vector) => rows.map(row => row.reduce((sum, value, index) => sum + value * vector[index], 0));
+    const [x, y, z] = times([[0.4339, 0.3762, 0.1899], [0.2126, 0.7152, 0.0722], [0.0177, 0.1095, 0.8729]], times(eye, light).map(part => Math.max(0, Math.min(1, part))))
+        .map(part => part > 0.008856 ? Math.cbrt(part) : 7.787 * part + 16 / 116);
+    return [116 * y - 16, 500 * (x - y), 200 * (y - z)];
+}
+
+test('tints of blocks are told apart by all eyes', () => {
+    for (const [missing, eye] of Object.entries(EYES))
+        for (const [one, color] of Object.entries(TINTS))
+            for (const [other, otherColor] of Object.entries(TINTS).filter(([name]) => name < one)) {
+                const [a, b] = [seen(color, eye), seen(otherColor, eye)], far = Math.hypot(...a.map((value, index) => value - b[index]));
+                assert.ok(far > 28, `${one} and ${other} without the cones for ${missing} waves: ${far.toFixed(0)}`);
+            }
+});
 
 test('the legend says what is shown and is not the game\'s own', () => {
     const settings = new Settings(), titles = zoom => legendEntries(settings, zoom, HEIGHTS, true).map(({title}) => title);

@@ -1,6 +1,6 @@
 import assert from 'node:assert/strict';
 import test from 'node:test';
-import {fragmentOfState, fragmentToRemember, stateOfFragment} from '../../../web/page/link.js';
+import {fragmentOfState, fragmentToRemember, MOST_CORNERS, stateOfFragment} from '../../../web/page/link.js';
 import {DEFAULTS, Settings, SETTINGS} from '../../../web/page/settings.js';
 
 const PLACE = {x: 1589, y: 777};
@@ -31,6 +31,15 @@ test('marks come back with whatever name they have', () => {
         assert.deepEqual([mark.name, Math.round(mark.x)], [name, 1589]);
     }
     assert.equal(back('#mark=1N,2E,50%').mark.name, '50%');
+});
+
+test('a way comes back corner by corner, no longer than one can be', () => {
+    const way = [PLACE, {x: 0, y: 2040}, {x: 1020.5, y: 3}], text = there({}, {way}), corners = places => places.map(({x, y}) => [Math.round(x * 10) / 10, Math.round(y * 10) / 10]);
+    assert.equal(text, '#at=24.20S,57.00E&zoom=3&way=24.20S,57.00E,102.10N,101.90W,101.60S,0.15E');
+    assert.deepEqual(corners(back(text).way), corners(way));
+    assert.deepEqual(corners(back('#way=1N,2E,300N,2E,x,2E,3N,4E,5N').way), [[1039, 1029], [1059, 1049]]);
+    assert.equal(back(`#way=${'1N,2E,'.repeat(5000)}`).way.length, MOST_CORNERS);
+    assert.deepEqual(['#way=', '#way=1N', there({}, {way: []})].map(each => 'way' in back(each)), [false, false, false]);
 });
 
 test('nonsense is left out, and what is beside it kept', () => {

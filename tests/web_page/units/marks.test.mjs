@@ -1,9 +1,7 @@
 import assert from 'node:assert/strict';
 import test from 'node:test';
 import {Marks} from '../../../web/page/marks.js';
-import {climbs, profileOfWay} from '../../../web/page/measure.js';
 import {marksOfPlotFile, plotFileOfMarks} from '../../../web/page/plotfile.js';
-import {landOf} from './world.mjs';
 
 test('marks become a plot file and come back', () => {
     const marks = [{x: 1589, y: 777, name: 'Camp; with; two\r\nlines'}, {x: 1019, y: 1019.123, name: 'é'}];
@@ -124,19 +122,4 @@ test('as many marks as there may be are kept or said not to be', () => {
     const marks = marksOf();
     marks.add([mark('A')]);
     assert.deepEqual([names(marks), marks.isKept, marks.others()], [['A'], false, []]);
-});
-
-test('a profile goes from end to end at even steps, with what the land has there', () => {
-    const land = landOf({}, (planes, at) => {
-        for (let x = 0; x < 200; ++x)
-            for (const y of [99, 100, 101])
-                planes.heights[at(x, y)] = x;
-    });
-    const {distance, samples} = profileOfWay(land, [{x: 10, y: 100}, {x: 20, y: 100}, {x: 20, y: 100}, {x: 50, y: 100}], 8);
-    assert.ok(Math.abs(distance - 4) < 1e-9);
-    assert.deepEqual(samples.map(({place}) => place.x), [10, 15, 20, 25, 30, 35, 40, 45, 50]);
-    assert.deepEqual(samples.map(({height}) => height), [120, 180, 240, 300, 360, 420, 480, 540, 600]);
-    assert.deepEqual(samples.map(each => Math.round(each.distance * 10)), [0, 5, 10, 15, 20, 25, 30, 35, 40]);
-    assert.deepEqual([[], [{x: 1, y: 1}], [{x: 1, y: 1}, {x: 1, y: 1}]].map(way => profileOfWay(land, way).samples), [[], [], []]);
-    assert.deepEqual(climbs([0, 10, 4, 4, 7]), {up: 13, down: 6});
 });

@@ -1,4 +1,7 @@
 // Moving about in the relief: with the mouse, with fingers, with keys.
+import {listenToLongPress} from '../longpress.js';
+import {isMenuKey} from '../shortcuts.js';
+
 const DEGREES_PER_PIXEL = 0.3;
 const WHEEL_SPEED = 0.0015;
 const KEY_STEP = 0.9; // of the distance, a second
@@ -31,7 +34,9 @@ export class ReliefGestures {
         on('pointerleave', () => this.relief.hover(null));
         on('wheel', event => this.wheel(event));
         on('dblclick', event => this.relief.approach(event.offsetX, event.offsetY, 0.5, 300));
+        // It may come before the button is let go, which tells whether it was to turn.
         on('contextmenu', event => event.preventDefault());
+        listenToLongPress(this.canvas, pixel => relief.callAt(pixel));
         on('keydown', event => this.key(event));
         on('keyup', event => this.held.delete(event.code));
         on('blur', () => this.held.clear());
@@ -71,8 +76,11 @@ export class ReliefGestures {
     release(event) {
         if (!this.pointers.delete(event.pointerId))
             return;
+        const pixel = {x: event.offsetX, y: event.offsetY};
         if (event.type === 'pointerup' && !this.wasMoved && event.button === 0)
-            this.relief.click({x: event.offsetX, y: event.offsetY});
+            this.relief.click(pixel);
+        if (event.type === 'pointerup' && !this.wasMoved && event.button === 2)
+            this.relief.callAt(pixel);
         // The finger that is left goes on dragging from where it is.
         const [left] = this.pointers.values();
         this.grabbed = left ? this.relief.grab(left.x, left.y) : null;
@@ -107,7 +115,7 @@ export class ReliefGestures {
         if (event.ctrlKey || event.metaKey || event.altKey)
             return;
         const action = event.shiftKey && SHIFTED_KEYS[event.code] || KEYS[event.code] || KEYS[event.key];
-        const atOnce = AT_ONCE[event.key.toLowerCase()];
+        const atOnce = isMenuKey(event) ? () => this.relief.callAtMiddle() : AT_ONCE[event.key.toLowerCase()];
         if (!action && !atOnce)
             return;
         event.preventDefault();
