@@ -67,9 +67,10 @@ TEST(SampleProgram, ReplacesItsOwnWorldsAndNothingElse) {
 TEST(SampleProgram, LeavesWhatComesWhileItIsAtWork) {
     const TemporaryFolder folder;
     const std::filesystem::path world = folder / "world", late = world / "client_highres.dat";
+    // At work it is as soon as it holds a file there open.
     const ProgramRun run = runProgram({"/bin/sh", "-c",
-                                       "\"$0\" --cells 300000 \"$1\" & until test -d \"$1\"; do :; "
-                                       "done; echo late >\"$2\"; wait $!",
+                                       "\"$0\" --cells 300000 \"$1\" & until ls -l /proc/$!/fd | "
+                                       "grep -qF \"$1/\"; do :; done; echo late >\"$2\"; wait $!",
                                        kProgram, world, late});
     EXPECT_EQ(run.status, 1);
     EXPECT_THAT(run.log, HasSubstr("client_highres.dat: is not of a sample world"));
