@@ -55,8 +55,12 @@ WQDecoderSet loadDecoders(const GlobalOptions &options) {
     for (const auto &folder : decoderFolders(options)) {
         const bool isNamed = namedFolders > 0;
         namedFolders -= isNamed;
-        if (!decoders.addFolder(folder) && isNamed)
+        if (decoders.addFolder(folder))
+            continue;
+        if (isNamed)
             throw CommandFailure(folder.string() + ": is no folder that can be read");
+        if (std::error_code fault; std::filesystem::exists(folder, fault))
+            say(folder.string() + ": cannot be read, its decoders are missing");
     }
     for (const auto &file : decoders.files())
         if (const std::string remark = remarkOn(file); !remark.empty())

@@ -134,7 +134,7 @@ class Sweep:
         if not is_whole and not self.says_more(run, usual):
             yield "is not whole, and nothing says so"
         # A decoder that cannot be read is as if it were not there.
-        if not is_whole and case.status_tells and run.status == 0 and not run.says(".lua: cannot be read"):
+        if not is_whole and case.status_tells and run.status == 0 and not run.says(": cannot be read"):
             yield "is not whole, with status 0"
         if is_sound:
             finding = next(filter(DAMAGE.search, self.new_lines(run, usual)), None)
