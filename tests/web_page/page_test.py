@@ -70,6 +70,10 @@ class FlatMap(PageTest):
             self.assertAlmostEqual(float(browser.field("height")), height, delta=height * 1e-6)
             seen.add((kind, height))
         self.assertGreater(len(seen), 2)
+        # What is shown until tiles are drawn lies where they do.
+        (_, box), = browser.boxes(".land-backdrop")
+        self.assertAlmostEqual(box["x"], 700 - (MIDDLE_X + 0.5) * 8, delta=1)
+        self.assertAlmostEqual(box["width"], SIZE * 8, delta=64)
         browser.click_at(655, 777)
         self.assertIn(browser.field("block"), browser.one(".pinned").text)
 
@@ -187,6 +191,10 @@ class Search(PageTest):
         self.search("24.2s, 57e")
         browser.keys(Keys.ENTER)
         browser.wait(lambda: browser.field("coordinate", ".pinned") == "24.2S 57.0E")
+        self.search("e")
+        for key, index in ((Keys.ARROW_UP, 29), (Keys.ARROW_UP, 28), (Keys.ARROW_DOWN, 29), (Keys.ARROW_DOWN, 0)):
+            browser.keys(key)
+            self.assertEqual([row.get_attribute("id") for row in browser.all(".results [aria-selected=true]")], [f"result-{index}"])
         self.search("no such place anywhere")
         self.assertEqual(browser.texts(".results li"), ["Nothing found"])
 
@@ -241,10 +249,16 @@ class Marks(PageTest):
         names = [field.get_attribute("value") for field in browser.all("#panel input[type=text]")]
         self.assertEqual(names, ["My; camp <b>", "Second"])
         browser.click("#panel [aria-label='Delete Second']")
+        # The way until it is clear that this is no click does not count.
+        browser.move(900, 300).click_and_hold().perform()
+        browser.hover(904, 300)
+        browser.hover(954, 350)
+        browser.wait(lambda: any(box["x"] + box["width"] / 2 == 950 for _, box in browser.boxes(".spot.mark")))
+        browser.move(954, 350).release().perform()
 
         next(button for button in browser.all("#panel button") if button.text == "Save as plot file").click()
         saved = browser.wait_for_file("*-marks.txt")
-        x, y = MIDDLE_X + 200 / 2, MIDDLE_Y + 150 / 2
+        x, y = MIDDLE_X + 250 / 2, MIDDLE_Y + 100 / 2
         self.assertEqual(saved.read_text(), f"mark;{text_of_place(x, y, 3)};My, camp <b>\n")
         picture = folder / "marked"
         log = run(PLOTTERRA, "--plot", saved, WORLD, picture).stderr

@@ -3,6 +3,7 @@ import test from 'node:test';
 import {byteColors, typeColors} from '../../../web/page/colors.js';
 import {CHANGE_KINDS} from '../../../web/page/changekinds.js';
 import {LAND_FLAG} from '../../../web/page/land.js';
+import {lightAtPoint} from '../../../web/page/light.js';
 import {DEFAULTS, Settings} from '../../../web/page/settings.js';
 import {seaColor} from '../../../web/page/points.js';
 import {drawArea} from '../../../web/page/tile.js';
@@ -45,6 +46,21 @@ test('level land has its colour by the height of the light, a slope by where it 
     close(shareOf({...VIEW, azimuth: 270, altitude: 0}), (1 + 2 / Math.sqrt(5)) / 2);
     close(shareOf({...VIEW, azimuth: 90, altitude: 0}), (1 - 2 / Math.sqrt(5)) / 2);
     close(shareOf({...VIEW, azimuth: 0, altitude: 0}), 0.5);
+});
+
+test('at the edge of the land its slope is that of the neighbours that are there', () => {
+    // One block that rises by one cell a cell to the north, and two to the east.
+    const land = landOf({flags: 0}, (planes, at) => {
+        planes.blocks[0x0101] = LAND_FLAG.data;
+        for (let y = 8; y <= 16; ++y)
+            for (let x = 8; x <= 16; ++x)
+                planes.heights[at(x, y)] = y + 2 * x;
+    });
+    for (const [x, y] of [[8, 8], [16, 16], [8, 12], [12, 16], [16, 8], [12, 12]]) {
+        const slope = {};
+        lightAtPoint(land, x, y, [0, 0, 1], slope);
+        assert.deepEqual(slope, {dx: 2, dy: 1}, `${x}, ${y}`);
+    }
 });
 
 test('a point is where its pixel is, at every scale', () => {
