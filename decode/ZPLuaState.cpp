@@ -53,7 +53,8 @@ void ZPLuaState::keep() {
     lua_gc(_state, LUA_GCCOLLECT);
     lua_gc(_state, LUA_GCSTOP);
     // Growing with each record would cost more than copying the larger one.
-    lua_checkstack(_state, kUsualStack);
+    if (!lua_checkstack(_state, kUsualStack))
+        throw std::bad_alloc();
     _heap.keep();
     _keptLongestString = _longestString;
     _keptLargestBlock = _largestBlock;

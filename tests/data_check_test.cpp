@@ -2,6 +2,7 @@
 #include "tests/FamilyArchive.h"
 #include "tests/TestSupport.h"
 
+#include <fstream>
 #include <functional>
 #include <gmock/gmock.h>
 
@@ -158,11 +159,20 @@ TEST(DataCheck, DecodesRecordsAndHeedsTheSelection) {
     archive.addFile(0x41000001, hex("01000041 01 61 0000"));
     archive.addFile(0x42000001, hex("01000042 00 FF"));
     archive.addFile(0x42000002, hex("02000042 00"));
+    // Only at the top is it the record's own identifier.
+    archive.addFile(0x43000001, hex("99000043 01000043"));
+    archive.addFile(0x43000002, hex("02000043 98000043"));
     archive.finish();
     const TemporaryFolder folder;
+    std::ofstream(folder / "own.lua")
+        << "return { name = 'Own', types = { 0x43 }, decode = function(cursor, out) local word = "
+           "cursor:readLittleInt32() out:group('g', function() out:identifier(word) end) "
+           "out:identifier(cursor:readLittleInt32()) end }";
     const std::string path = archive.writeToPath(folder / "x.dat");
-    const ProgramRun all = check({path, "--format", "tsv"});
+    const ProgramRun all = check({path, "--format", "tsv", "--decoders", folder.path()});
     EXPECT_EQ(all.status, 1);
+    EXPECT_THAT(all.output, testing::Not(HasSubstr("0x43000001")));
+    EXPECT_THAT(all.output, HasSubstr("Identifier stored in file (43000098)"));
     EXPECT_EQ(all.output.substr(0, all.output.find('\n')),
               "identifier\tarchive\tseverity\tkind\toffset\tcause");
     EXPECT_THAT(all.output, HasSubstr("0x41000001\tx\terror\trecord\t0x00000800\tat 00000008: "));

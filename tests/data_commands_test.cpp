@@ -143,6 +143,7 @@ TEST_F(DataCommands, SelectsAndSorts) {
     EXPECT_EQ(identifiers({"--sound", "--type", "13"}), "13000002 13000003 ");
     EXPECT_EQ(identifiers({"--sort", "-size,-id", "--type", "4,6,13"}),
               "06000002 04000001 13000001 13000003 13000002 ");
+    EXPECT_EQ(identifiers({"--sort", "-date,-id", "--type", "13"}), "13000002 13000003 13000001 ");
     EXPECT_EQ(identifiers({"--type", "WQImage,4"}), "04000001 06000002 ");
     EXPECT_EQ(identifiers({"--block", "0400"}), "");
     std::ofstream(_folder / "ids") << "0x6000002\n\n4000001\r\n";
@@ -240,8 +241,11 @@ TEST_F(DataCommands, ExtractsWhatHashesLikeTheDigests) {
     EXPECT_EQ(data({"diff", path, path}).output, "added: 0, removed: 0, changed: 0\n");
     FamilyArchive other = archive(3);
     other.addFile(0x06000002, "something else");
-    const ProgramRun changed =
-        data({"diff", "--digests", "--format", "tsv", path, written(other, "z.dat")});
+    other.addFile(0x06000003, "new");
+    const std::string newer = written(other, "z.dat");
+    const ProgramRun changed = data({"diff", "--digests", "--format", "tsv", path, newer});
+    EXPECT_THAT(data({"diff", "--digests", path, newer}).output,
+                testing::ContainsRegex("added   0x06000003 WQImage +- +3 z - [0-9a-f]{40}\n"));
     EXPECT_THAT(changed.output, HasSubstr("0x06000002\tz\tchanged\tWQImage\t1204\t14\t" + digest));
 
     // A file that cannot be written whole leaves the older one as it was.
