@@ -13,7 +13,7 @@ import {ReliefSight} from '../../../web/page/relief/sight.js';
 import {nextOf} from '../../../web/page/relief/stops.js';
 import {ReliefTree} from '../../../web/page/relief/tree.js';
 import {waveBytes, WAVES_SIZE} from '../../../web/page/relief/waves.js';
-import {landOf} from './world.mjs';
+import {COLORS, HEIGHTS, landOf, planesOf} from './world.mjs';
 
 const GRASS = 1 << 2, SHALLOW = 18 << 2, DEEP = 20 << 2;
 const near = (actual, expected, within = 1e-6) => assert.ok(Math.abs(actual - expected) <= within, `${actual} instead of ${expected}`);
@@ -294,4 +294,28 @@ test('waves go on where their picture ends, and are level as a whole', () => {
     assert.ok(across <= inside * 1.5, `${across}, ${inside}`);
     near(bytes.reduce((sum, value, at) => sum + (at % 4 === 0 ? value : 0), 0) / WAVES_SIZE ** 2, 127.5, 1);
     assert.ok(new Set(bytes).size > 100);
+});
+
+test('a worker draws the level sea where colours do not tell heights', async () => {
+    const replies = [];
+    Object.assign(global, {onmessage: null, postMessage: reply => replies.push(reply)});
+    await import('../../../web/page/worker.js');
+    const tell = async data => {
+        await global.onmessage({data});
+        return replies.pop();
+    };
+    const newer = planesOf({word: DEEP, height: 1}, (planes, at) => {
+        planes.low.fill(GRASS, 0, 900); // A shore, in the south.
+        [100, 103, 105].forEach(x => planes.heights[at(x, 100)] = 0);
+    });
+    await tell({action: 'describe', description: {heights: HEIGHTS, colors: COLORS}});
+    await tell({action: 'take', planes: {newer, older: null}});
+    const colors = async (base, isLevel) => {
+        const view = {base, azimuth: 315, altitude: 45, types: [], kinds: [], contours: 0, density: 1};
+        const {pixels} = await tell({action: 'draw', view, area: {scale: 1, x: 98, y: 1936, width: 10, height: 8, isLevel}});
+        return new Set(Array.from({length: 80}, (_, index) => pixels.slice(index * 4, index * 4 + 3).join())).size;
+    };
+    assert.deepEqual([await colors('land', true), await colors('height', true)], [1, 2]);
+    assert.ok(await colors('land', false) > 2);
+    assert.match((await tell({action: 'draw'})).error, /isLevel/);
 });
