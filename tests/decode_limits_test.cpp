@@ -121,8 +121,10 @@ TEST_F(LuaDecoder, NoRecordLeavesAnythingToTheNext) {
         // What was made when the script was loaded: a walk, strings that hang on each other, and
         // what a collection of garbage finds in use.
         "out:number('walk', (walk(walked))) out:number('next', (next(walked)))",
-        "if kind == 1 then for i = 1, 2000 do upvalue['k' .. i] = i end end out:text('s', "
-        "tostring(upvalue.k7) .. math.type(1) .. ('b'):upper())",
+        "if kind == 1 then for i = 1, 2000 do upvalue['k' .. i] = i end end "
+        "out:text('s', tostring(upvalue.k7) .. type(string['up' .. 'per']) .. math.type(1))",
+        "if kind == 1 then string['up' .. 'per'] = nil for i = 1, 9000 do local t = { i } end end "
+        "out:text('s', type(string['up' .. 'per']))",
         "if kind == 1 then upvalue[1], walked = walked, nil for i = 1, 9000 do local t = { i } end "
         "end out:text('s', #upvalue .. type(walked) .. math.type(walk(walked)))",
         // A long string makes what follows dear, but not in the next record.
@@ -146,9 +148,12 @@ TEST_F(LuaDecoder, NoRecordLeavesAnythingToTheNext) {
 }
 
 TEST_F(LuaDecoder, GarbageIsNotCountedAsMemory) {
-    for (const std::string body : {"local t = s .. i", "local t = s:upper()"})
-        EXPECT_EQ(fault("local s = 'xyz' for i = 1, 9 do s = s .. s end for i = 1, 2900 do " +
-                        body + " end"),
+    for (const std::string body :
+         {"for i = 1, 3500 do local t = s .. i end", "for i = 1, 3500 do local t = s:upper() end",
+          // The stack grows with the calls, and shrinks when garbage is collected.
+          "local function f(n) if n > 0 then f(n - 1) end return n end "
+          "for i = 1, 60 do f(4000) for j = 1, 400 do local t = s .. j end end"})
+        EXPECT_EQ(fault("local s = 'xyz' for i = 1, 9 do s = s .. s end " + body, ZPData(20000)),
                   "")
             << body;
 }

@@ -88,17 +88,18 @@ TEST_F(LuaDecoder, MovesAndTellsWhereItIs) {
         out:bytes('uuid', cursor:readUUID())
         out:hex('last', 7, { [7] = 8 })
         out:flags('one', 1, { [0] = 'day' })
-        out:flags('other', 4, { [2] = 'night' })
+        out:flags('other', math.mininteger | 4, { [2] = 'night', [63] = 'last' })
         out:boolean('end', cursor:isAtEnd()))",
                                hex("01 00 0000803F 00000040 00004040 0201"
                                    "00112233445566778899aabbccddeeff"));
     ASSERT_FALSE(result.fault) << result.fault->message;
-    EXPECT_EQ(json(), R"({"offset":2,"aligned":false,"v":{"x":1,"y":2,"z":3},)"
-                      R"("word":{"value":"0x0102","name":"odd"},"end":false,)"
-                      R"("uuid":"00112233445566778899aabbccddeeff",)"
-                      R"("last":{"value":"0x0000000000000007","name":"?"},)"
-                      R"("one":{"value":"0x0000000000000001","set":["day"]},)"
-                      R"("other":{"value":"0x0000000000000004","set":["night"]},"end#2":true})");
+    EXPECT_EQ(json(),
+              R"({"offset":2,"aligned":false,"v":{"x":1,"y":2,"z":3},)"
+              R"("word":{"value":"0x0102","name":"odd"},"end":false,)"
+              R"("uuid":"00112233445566778899aabbccddeeff",)"
+              R"("last":{"value":"0x0000000000000007","name":"?"},)"
+              R"("one":{"value":"0x0000000000000001","set":["day"]},)"
+              R"("other":{"value":"0x8000000000000004","set":["night","last"]},"end#2":true})");
 }
 
 TEST_F(LuaDecoder, NumbersOfAScriptHaveASignWhereTheyAreNegative) {
