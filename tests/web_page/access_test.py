@@ -144,7 +144,10 @@ class Keyboard(AccessTest):
         tool("Layers")
         browser.click("input[name=contours]")
         browser.keys("r")
-        browser.wait(lambda: "relief=" not in browser.fragment and "way=" not in browser.fragment)
+        browser.wait(lambda: "relief=" not in browser.fragment)
+        self.assertTrue(browser.fragment.replace(".00", ".0").endswith(WAY))
+        browser.keys(Keys.ESCAPE, Keys.ESCAPE)
+        browser.wait(lambda: "way=" not in browser.fragment)
         # Hands that reach in while it comes down do not keep it.
         browser.keys("r")
         browser.wait(lambda: "relief=" in browser.fragment)

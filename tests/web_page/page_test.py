@@ -443,10 +443,21 @@ class Tools(PageTest):
                  for x, y in ((east, north), (east - 10, north - 5.4))]
         browser.wait(lambda: browser.fragment.endswith(f"&way={','.join(there)}"))
         self.assertRegex(browser.one("#panel .result").text, r"^11\.36 map units")  # 10 across and 5.4 down
-        self.assertEqual([text.get_attribute("textContent") for text in browser.all(".profile text")][-5:], ["6", "8", "10", "height", "map units"])
+        up, across = ([(float(text), float(x), float(y)) for text, anchor, x, y in browser.driver.execute_script("""
+            return [...document.querySelectorAll('.profile text')].map(
+                each => [each.textContent, ...['text-anchor', 'x', 'y'].map(name => each.getAttribute(name))])""") if anchor == kind and text[0].isdigit()]
+            for kind in ("end", "middle"))
+        self.assertEqual([value for value, *_ in across], [0, 2, 4, 6, 8, 10])
         browser.one(".profile svg").send_keys(Keys.END)
         last = browser.one(".profile .detail").text
         self.assertTrue(last.startswith("11.36 map units: height "), last)
+        x, y = map(float, browser.one(".profile polyline").get_attribute("points").split()[-1].split(","))
+        self.assertAlmostEqual(x, across[0][1] + (across[-1][1] - across[0][1]) * 1.1365, delta=0.2)
+        (low, _, bottom), (high, _, top) = up[0], up[-1]
+        self.assertAlmostEqual(y + 4, bottom + (top - bottom) * (float(last.split()[-1]) - low) / (high - low), delta=3)
+        self.assertEqual(float(browser.one(".profile .cursor").get_attribute("x1")), x)
+        browser.one(".profile svg").send_keys(Keys.ARROW_LEFT)
+        self.assertTrue(browser.one(".profile .detail").text.startswith("11.14 map units: "))
         browser.keys(Keys.ESCAPE)
         self.assertFalse(browser.all(".way-corner"))
         browser.wait(lambda: "way=" not in browser.fragment)
@@ -473,6 +484,12 @@ class Tools(PageTest):
         dense = browser.wait_for_file("Test*.png")
         greatest, _ = pictures.difference_at_scale(shot, base64_of(dense), area, [1400, 900], 0.5)
         self.assertLessEqual(greatest, 1)
+        dense.unlink()
+        browser.open(page, f"#{MIDDLE}&zoom=0&{BARE}&way=11.95N,1.95W,11.95N,10.05E&mark=26.95N,1.95W,Camp")
+        browser.tool("Picture")
+        browser.click("[data-factor='2']")
+        seen = pictures.pixels(base64_of(browser.wait_for_file("Test*.png")), [(2 * 760, 2 * 350), (2 * 820, 2 * 350), (2 * 710, 2 * 200)])
+        self.assertEqual(seen, [(209, 18, 44), (255, 255, 255), (209, 18, 44)])  # the way, its corner and the pin
 
 
 if __name__ == "__main__":

@@ -67,7 +67,7 @@ function compose(world, painter) {
         shell.addPanel('changes', 'Changes', 'What changed', changes.element);
     }
     shell.addPanel('marks', 'Marks', 'My marks', markPanel.element);
-    shell.addPanel('measure', 'Measure', 'Distance and profile', measure.element, {onToggle: isOpen => measure.activate(isOpen)});
+    shell.addPanel('measure', 'Measure', 'Distance and profile', measure.element, {onToggle: (isOpen, isReplaced) => measure.activate(isOpen, isReplaced)});
     shell.addPanel('picture', 'Picture', 'Picture of this view', new PicturePanel({flat, relief, graticule, measure, readout, title: world.title}).element, {isRare: true});
     shell.addAction('link', 'Link', 'Copy a link to this view', () => address.copyLink(), {isRare: true});
     shell.addPanel('about', '?', 'About this page', aboutPanel(world.title), {isRare: true});
@@ -111,7 +111,7 @@ function compose(world, painter) {
         address.listen();
         listenToShortcuts({
             '/': () => search.focus(), 'r': () => settings.toggle('relief'), 'backspace': () => measure.isActive && measure.takeBack(),
-            'escape': () => menu.close() || shell.close() || readout.unpin()});
+            'escape': () => menu.close() || shell.close() || measure.drop() || readout.unpin()});
     });
 }
 

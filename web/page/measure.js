@@ -21,7 +21,7 @@ export class Measure {
         Object.assign(this, {changed: new Signal(), called: new Signal()});
         this.places = [];
         this.isActive = false;
-        this.isOnRelief = false;
+        this.isKept = false; // in view, while something else is done
         this.lines = [['#fff', 5, 0.85], [COLOR, 3, 1]].map(([color, weight, opacity]) => L.polyline([], {color, weight, opacity, interactive: false}));
         this.spot = L.circleMarker([0, 0], {radius: 5, color: '#fff', weight: 1.5, fillColor: COLOR, fillOpacity: 1, interactive: false});
         this.corners = L.layerGroup();
@@ -38,26 +38,47 @@ export class Measure {
 
     /** The places along what is measured, as far as it is shown. */
     way() {
-        return this.isActive || this.isOnRelief ? this.places : [];
+        return this.isActive || this.isKept ? this.places : [];
     }
 
     /** The relief shows the way that is being measured, but corners are set on the flat map alone. */
     followRelief(isRelief) {
-        this.isOnRelief = isRelief && this.places.length > 1 && (this.isActive || this.isOnRelief);
-        if (isRelief && this.isActive)
-            this.called.emit(false);
-        else
-            this.changed.emit();
+        if (!isRelief || !this.isActive)
+            return;
+        this.called.emit(false);
+        this.keep();
     }
 
-    activate(isActive) {
+    keep() {
+        this.isKept = this.places.length > 1;
+        this.showLayers();
+    }
+
+    /** Takes a way that was kept out of view; whether there was one. */
+    drop() {
+        const {isKept} = this;
+        this.isKept = false;
+        this.showLayers();
+        return isKept;
+    }
+
+    /** `isReplaced`: another panel is opened, and the way stays in view. */
+    activate(isActive, isReplaced) {
         this.isActive = isActive;
+        this.isKept = false;
         if (isActive)
             this.settings.set({relief: false});
         this.flat.container.classList.toggle('measuring', isActive);
         this.flat.map.doubleClickZoom[isActive ? 'disable' : 'enable']();
+        if (isReplaced)
+            this.keep();
+        else
+            this.showLayers();
+    }
+
+    showLayers() {
         for (const layer of [...this.lines, this.corners])
-            if (isActive)
+            if (this.isActive || this.isKept)
                 layer.addTo(this.flat.map);
             else
                 layer.remove();
@@ -68,9 +89,10 @@ export class Measure {
     /** Shows a way and measures on from its end; where the relief is shown, it is shown there. */
     begin(places) {
         this.places = places.map(({x, y}) => ({x, y}));
-        this.isOnRelief = this.settings.get('relief') && places.length > 1;
         this.draw();
-        if (!this.isOnRelief)
+        if (this.settings.get('relief') && places.length > 1)
+            this.keep();
+        else
             this.called.emit(true);
     }
 

@@ -45,7 +45,7 @@ export function laidOut(flat, spots, rankOf) {
 export function spotElement({kind, look, members, isCounter}, side, lines) {
     if (isCounter)
         return make('div', {class: `gathered ${kind || 'mark'}`}, String(members.length));
-    const name = lines ? make('span', {class: `name ${side}`}, ...lines.map(line => make('span', {class: 'line'}, line))) : '';
+    const name = lines ? make('span', {class: `name ${side}`}, ...lines.flatMap(line => [make('span', {class: 'line'}, line), ' '])) : '';
     const first = members ? members[0] : {kind, look};
     return make('div', {class: `spot ${first.kind || 'mark'} ${wordOfPlace(first)} ${members ? 'shared' : ''}`}, name);
 }
@@ -92,7 +92,7 @@ export class PlaceLayer {
             icon: L.divIcon({html: spotElement(spot, side, lines), className: 'spot-icon', iconSize: [0, 0]}), keyboard: false,
             title: isCounter ? title : `${title} (${word})`, zIndexOffset: kind === 'place' ? 1000 : 0});
         marker.spoken = isCounter ? `${members.length} ${kind}s: ${title}` :
-            members ? `${word} ${first.name} and ${members.length - 1} more, ${textOfPlace(first)}` : `${word} ${name}, ${textOfPlace(spot)}`;
+            members ? `${word} ${(lines || [`${first.name} and ${members.length - 1} more`]).join(', ')}, ${textOfPlace(first)}` : `${word} ${name}, ${textOfPlace(spot)}`;
         return marker.on('click', () => this.choose(spot));
     }
 

@@ -114,9 +114,9 @@ export class Search {
         make('span', {class: `kind ${entry.kind}`}, entry.kind), make('span', {class: 'name'}, entry.name),
         make('span', {class: 'detail'}, entry.detail === undefined ? textOfPlace(entry.place) : entry.detail))));
         if (found.length > MOST)
-            this.list.append(make('li', {class: 'none'}, `and ${found.length - MOST} more`));
+            this.list.append(make('li', {class: 'none', role: 'option', 'aria-disabled': 'true'}, `and ${found.length - MOST} more`));
         if (this.found.length === 0 && text.trim() !== '')
-            this.list.append(make('li', {class: 'none'}, 'Nothing found'));
+            this.list.append(make('li', {class: 'none', role: 'option', 'aria-disabled': 'true'}, 'Nothing found'));
         this.list.hidden = text.trim() === '';
         this.field.setAttribute('aria-expanded', String(!this.list.hidden));
         this.mark(this.found.length > 0 ? 0 : -1);

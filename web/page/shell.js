@@ -62,7 +62,7 @@ export class Shell {
         return button;
     }
 
-    /** A tool that opens a panel; `onToggle` learns whether it is open. */
+    /** A tool that opens a panel; `onToggle` learns whether it is open, and if not whether another is. */
     addPanel(name, label, hint, element, {onToggle = () => {}, isRare = false} = {}) {
         const button = this.addAction(name, label, hint, () => this.current === name ? this.close() : this.open(name), {isRare});
         button.setAttribute('aria-expanded', 'false');
@@ -77,21 +77,21 @@ export class Shell {
     }
 
     /** Whether there was a panel; its tool has the focus again, if the panel had it. */
-    close() {
+    close(isReplaced = false) {
         const last = this.panels.get(this.current), hadFocus = this.panel.contains(document.activeElement);
         if (!last)
             return false;
         this.current = null;
         this.panel.hidden = true;
         last.button.setAttribute('aria-expanded', 'false');
-        last.onToggle(false);
-        if (hadFocus)
+        last.onToggle(false, isReplaced);
+        if (hadFocus && !isReplaced)
             last.button.focus();
         return true;
     }
 
     open(name) {
-        this.close();
+        this.close(this.current !== name);
         const next = this.panels.get(name);
         this.current = name;
         this.panel.hidden = false;
