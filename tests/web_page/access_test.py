@@ -152,8 +152,10 @@ class Keyboard(AccessTest):
         browser.keys("r")
         browser.wait(lambda: "relief=" in browser.fragment)
         browser.wait_for_calm()
-        browser.keys("r")
-        browser.click_at(500, 500)
+        browser.driver.execute_script("""
+            const relief = document.querySelector('canvas.relief');
+            document.querySelector('.relief-switch').click();
+            setTimeout(() => relief.dispatchEvent(new WheelEvent('wheel', {deltaY: 50})), 100);""")
         browser.wait(lambda: not browser.one("canvas.relief").is_displayed())
         self.assertEqual(browser.one("#map").get_attribute("inert"), "false")
 

@@ -452,8 +452,10 @@ class Tools(PageTest):
         last = browser.one(".profile .detail").text
         self.assertTrue(last.startswith("11.36 map units: height "), last)
         x, y = map(float, browser.one(".profile polyline").get_attribute("points").split()[-1].split(","))
+        self.assertEqual(x, 290)
         self.assertAlmostEqual(x, across[0][1] + (across[-1][1] - across[0][1]) * 1.1365, delta=0.2)
         (low, _, bottom), (high, _, top) = up[0], up[-1]
+        self.assertLess(top, bottom)
         self.assertAlmostEqual(y + 4, bottom + (top - bottom) * (float(last.split()[-1]) - low) / (high - low), delta=3)
         self.assertEqual(float(browser.one(".profile .cursor").get_attribute("x1")), x)
         browser.one(".profile svg").send_keys(Keys.ARROW_LEFT)
