@@ -153,9 +153,8 @@ class Keyboard(AccessTest):
         browser.wait(lambda: "relief=" in browser.fragment)
         browser.wait_for_calm()
         browser.driver.execute_script("""
-            const relief = document.querySelector('canvas.relief');
             document.querySelector('.relief-switch').click();
-            setTimeout(() => relief.dispatchEvent(new WheelEvent('wheel', {deltaY: 50})), 100);""")
+            document.querySelector('canvas.relief').dispatchEvent(new WheelEvent('wheel', {deltaY: 50}));""")
         browser.wait(lambda: not browser.one("canvas.relief").is_displayed())
         self.assertEqual(browser.one("#map").get_attribute("inert"), "false")
 
