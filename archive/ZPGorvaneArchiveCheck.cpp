@@ -3,17 +3,30 @@
 #include "io/ZPSystemLog.h"
 
 #include <algorithm>
+#include <set>
 
 using namespace ZPGorvaneLayout;
 using enum ZPGorvaneFinding::Severity;
 
+namespace {
+
+/// Or of the archive, and not of a file's own chain.
+bool isOfDirectory(const ZPGorvaneFinding &finding) {
+    return !finding.identifier || finding.kind == std::string_view(kZPGorvaneOrderFinding);
+}
+
+} // namespace
+
 ZPGorvaneArchiveCheck::ZPGorvaneArchiveCheck(const ZPGorvaneDataFile &dataFile)
-    : _dataFile(dataFile), _storage(*dataFile.blockStorage()), _map(_storage) {}
+    : _dataFile(dataFile), _storage(*dataFile.blockStorage()), _map(_storage),
+      _entries(dataFile.entriesInOrder()), _fits(_entries.size()), _isRunInto(_entries.size()),
+      _stepsLeft(_storage.blockCount()) {}
 
 void ZPGorvaneArchiveCheck::add(ZPGorvaneFinding::Severity severity, const char *kind,
                                 std::uint64_t offset, std::string cause,
                                 std::optional<std::uint32_t> identifier) {
-    _findings.push_back({severity, kind, identifier, offset, std::move(cause)});
+    _findings.push_back(
+        {severity, kind, identifier, offset, std::move(cause), _dataFile.path().string()});
 }
 
 ZPGorvaneFindings ZPGorvaneArchiveCheck::run() {
@@ -22,6 +35,7 @@ ZPGorvaneFindings ZPGorvaneArchiveCheck::run() {
     checkFreeChain();
     checkFiles();
     findLostBlocks();
+    addReadersFindings();
     return std::move(_findings);
 }
 
@@ -62,6 +76,12 @@ ZPGorvaneArchiveCheck::followChain(std::uint32_t first, std::uint32_t owner, Fau
                   ZPFormat("the chain contains a loop to %08x", offset));
             return chain;
         }
+        if (owner >= ZPGorvaneBlockMap::firstFile && current >= ZPGorvaneBlockMap::firstFile) {
+            _meetings.push_back({owner - ZPGorvaneBlockMap::firstFile,
+                                 current - ZPGorvaneBlockMap::firstFile, offset, previous,
+                                 chain.blockCount});
+            return chain;
+        }
         if (current != ZPGorvaneBlockMap::nobody) {
             fault(kZPGorvaneSharedFinding, offset,
                   ZPFormat("block %08x belongs to %s too", offset, describeOwner(current).c_str()));
@@ -69,6 +89,7 @@ ZPGorvaneArchiveCheck::followChain(std::uint32_t first, std::uint32_t owner, Fau
         }
         current = owner;
         previous = offset;
+        chain.length += _map.payloadAtOffset(offset);
         offset = _map.linkAtOffset(offset);
     }
     chain.isSound = true;
@@ -86,9 +107,9 @@ std::string ZPGorvaneArchiveCheck::describeOwner(std::uint32_t owner) const {
 }
 
 void ZPGorvaneArchiveCheck::checkDirectory(std::uint32_t offset, unsigned depth, Bounds bounds) {
-    const auto fault = [&](const char *kind, std::uint64_t place, const std::string &cause) {
+    const auto fault = [&](const char *kind, std::uint64_t, const std::string &cause) {
         // What a directory shares is as bad as a chain that breaks.
-        add(error, kind == kZPGorvaneFileChainFinding ? kZPGorvaneDirectoryFinding : kind, place,
+        add(error, kind == kZPGorvaneFileChainFinding ? kZPGorvaneDirectoryFinding : kind, offset,
             ZPFormat("directory %08x: %s", offset, cause.c_str()));
     };
     if (depth > kMostLevels)
@@ -135,18 +156,13 @@ void ZPGorvaneArchiveCheck::checkNode(std::uint32_t offset, std::span<const std:
             ZPFormat("directory %08x has %zu files and %zu directories below it, not one more",
                      offset, entries.size(), children.size()));
     }
-    for (std::size_t index = 0; index < std::max(entries.size(), children.size()); ++index) {
-        if (index < children.size()) {
-            const auto identifierAt = [&](std::size_t place, std::int64_t without) {
-                return place < entries.size() ? std::int64_t{entries[place].identifier} : without;
-            };
-            checkDirectory(children[index], depth + 1,
-                           {index > 0 ? identifierAt(index - 1, bounds.above) : bounds.above,
-                            identifierAt(index, bounds.below)});
-        }
-        if (index < entries.size())
-            _entries.push_back(entries[index]);
-    }
+    const auto identifierAt = [&](std::size_t place, std::int64_t without) {
+        return place < entries.size() ? std::int64_t{entries[place].identifier} : without;
+    };
+    for (std::size_t index = 0; index < children.size(); ++index)
+        checkDirectory(children[index], depth + 1,
+                       {index > 0 ? identifierAt(index - 1, bounds.above) : bounds.above,
+                        identifierAt(index, bounds.below)});
 }
 
 std::vector<ZPGorvaneFileEntry> ZPGorvaneArchiveCheck::readEntries(std::uint32_t offset,
@@ -224,6 +240,17 @@ void ZPGorvaneArchiveCheck::checkFiles() {
             _map.prefetch(_entries[index + kAhead].fileOffset);
         checkFile(index);
     }
+    // Who strays shows when all chains were followed.
+    for (const Meeting &meeting : _meetings)
+        checkMeeting(meeting);
+    std::ranges::stable_sort(_findings, {}, [](const ZPGorvaneFinding &finding) {
+        return isOfDirectory(finding) ? std::int64_t{-1} : std::int64_t{*finding.identifier};
+    });
+}
+
+std::uint64_t ZPGorvaneArchiveCheck::blocksNeeded(const ZPGorvaneFileEntry &entry) const {
+    const std::uint64_t payload = _storage.payloadSize();
+    return std::max<std::uint64_t>((entry.fileSize + payload - 1) / payload, 1);
 }
 
 void ZPGorvaneArchiveCheck::checkFile(std::uint32_t index) {
@@ -235,19 +262,90 @@ void ZPGorvaneArchiveCheck::checkFile(std::uint32_t index) {
         followChain(entry.fileOffset, ZPGorvaneBlockMap::firstFile + index, fault);
     if (!chain.isSound)
         return;
-    const std::uint64_t payload = _storage.payloadSize();
-    const std::uint64_t needed = (entry.fileSize + payload - 1) / payload;
-    if (chain.blockCount < needed)
+    const std::uint64_t needed = blocksNeeded(entry);
+    _fits[index] = chain.blockCount == needed;
+    if (chain.length < entry.fileSize)
         fault(kZPGorvaneSizeFinding, entry.fileOffset,
               ZPFormat("Data length (%llu) is shorter than expected (%u)",
-                       static_cast<unsigned long long>(chain.blockCount * payload),
+                       static_cast<unsigned long long>(chain.length), entry.fileSize));
+    else if (!_dataFile.mayRead(entry))
+        fault(kZPGorvaneSizeFinding, entry.fileOffset,
+              ZPFormat("The files claim more than the archive can hold, and this one %u bytes",
                        entry.fileSize));
-    else if (chain.blockCount > std::max<std::uint64_t>(needed, 1))
+    else if (chain.blockCount > needed)
         add(warning, kZPGorvaneSizeFinding, entry.fileOffset,
             ZPFormat("the chain has %llu blocks, its %u bytes need %llu",
                      static_cast<unsigned long long>(chain.blockCount), entry.fileSize,
                      static_cast<unsigned long long>(needed)),
             entry.identifier);
+}
+
+// -- chains that meet
+
+void ZPGorvaneArchiveCheck::checkMeeting(const Meeting &meeting) {
+    const bool isFile = isFileStraying(meeting);
+    const std::uint32_t stray = isFile ? meeting.file : meeting.owner;
+    const std::uint32_t other = isFile ? meeting.owner : meeting.file;
+    add(error, kZPGorvaneSharedFinding, meeting.block,
+        ZPFormat("block %08x belongs to file %08x too", meeting.block, _entries[other].identifier),
+        _entries[stray].identifier);
+    // What it holds may be the other's. Once will do.
+    if (!_isRunInto[other])
+        add(error, kZPGorvaneSharedFinding, meeting.block,
+            ZPFormat("file %08x strays into its block %08x", _entries[stray].identifier,
+                     meeting.block),
+            _entries[other].identifier);
+    _isRunInto[other] = true;
+}
+
+/// Whether the file strays into the owner's chain, and not the owner into the file's. What tells
+/// them apart, the surest first: a chain that is not as long as its file's size wants it; one that
+/// runs into the first block of the other's file; an identifier in a first block; the block that
+/// lies right before, where an archive grew.
+bool ZPGorvaneArchiveCheck::isFileStraying(const Meeting &meeting) {
+    const ZPGorvaneFileEntry &file = _entries[meeting.file], &owner = _entries[meeting.owner];
+    const std::uint64_t needed = blocksNeeded(file);
+    const bool fits = meeting.blocksBefore < needed &&
+                      meeting.blocksBefore + countBlocks(meeting.block, needed) == needed;
+    if (fits != _fits[meeting.owner])
+        return !fits;
+    const bool beginsFile = file.fileOffset == meeting.block;
+    const bool beginsOwner = owner.fileOffset == meeting.block;
+    if (beginsFile != beginsOwner)
+        return beginsOwner;
+    if (beginsFile) {
+        const std::uint32_t stored = _map.payloadAtOffset(meeting.block) >= kLinkSize
+                                         ? _map.wordAtOffset(meeting.block + kLinkSize)
+                                         : 0;
+        return stored != file.identifier || stored == owner.identifier;
+    }
+    return meeting.previous + _map.blockSize() != meeting.block ||
+           blockBefore(owner.fileOffset, meeting.block) + _map.blockSize() == meeting.block;
+}
+
+/// Of a chain from a block on, up to one more than `most`.
+std::uint64_t ZPGorvaneArchiveCheck::countBlocks(std::uint32_t first, std::uint64_t most) {
+    std::uint64_t count = 0;
+    for (std::uint32_t offset = first; offset != 0 && count <= most && _stepsLeft > 0;
+         ++count, --_stepsLeft) {
+        if (!_map.faultOfOffset(offset).empty())
+            return most + 1;
+        offset = _map.linkAtOffset(offset);
+    }
+    return count;
+}
+
+/// Which block of a chain links to another; 0 where that does not show.
+std::uint32_t ZPGorvaneArchiveCheck::blockBefore(std::uint32_t first, std::uint32_t block) {
+    for (std::uint32_t offset = first; offset != 0 && _stepsLeft > 0; --_stepsLeft) {
+        if (!_map.faultOfOffset(offset).empty())
+            return 0;
+        const std::uint32_t next = _map.linkAtOffset(offset);
+        if (next == block)
+            return offset;
+        offset = next;
+    }
+    return 0;
 }
 
 /// Blocks that nobody claimed, those beside each other as one finding.
@@ -270,4 +368,17 @@ void ZPGorvaneArchiveCheck::findLostBlocks() {
                      static_cast<unsigned long long>(first),
                      isFree ? "marked free and not in the free chain" : "used by nobody"));
     }
+}
+
+/// What the library's reader found of the directory where this has found nothing, such as a child
+/// that a count leaves out.
+void ZPGorvaneArchiveCheck::addReadersFindings() {
+    std::set<std::uint64_t> known;
+    for (const ZPGorvaneFinding &finding : _findings)
+        if (isOfDirectory(finding))
+            known.insert(finding.offset);
+    for (ZPGorvaneFinding &finding : _dataFile.findings().kept())
+        if (!finding.identifier && !known.contains(finding.offset) &&
+            finding.kind == std::string_view(kZPGorvaneDirectoryFinding))
+            _findings.push_back(std::move(finding));
 }

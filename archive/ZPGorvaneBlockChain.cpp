@@ -291,26 +291,41 @@ std::optional<ZPError> ZPGorvaneBlockStorage::Chain::gather(std::uint32_t expect
     return std::nullopt;
 }
 
-std::optional<std::span<const std::byte>>
-ZPGorvaneBlockStorage::readBytesFromBlocksAtOffset(std::uint32_t offset,
-                                                   std::uint32_t expectedLength, ZPData &scratch,
-                                                   ZPError *error, Logging logging) const {
-    std::span<const std::byte> found;
-    std::optional<ZPError> fault;
-    for (bool isOutOfDate = true; isOutOfDate;) {
+std::optional<ZPError>
+ZPGorvaneBlockStorage::findBytesAtOffset(std::uint32_t offset, std::uint32_t expectedLength,
+                                         ZPData &scratch, std::span<const std::byte> &found) const {
+    while (true) {
+        found = {};
         Chain chain(*this, offset);
-        fault = chain.read(expectedLength, scratch, found);
-        isOutOfDate = chain.isOutOfDate();
+        auto fault = chain.read(expectedLength, scratch, found);
+        if (!chain.isOutOfDate())
+            return fault;
     }
+}
+
+std::string ZPGorvaneBlockStorage::exceptionLine(const ZPError &error, const std::string &archive) {
+    const auto word = [&](const char *key) {
+        return static_cast<std::uint32_t>(std::get<std::uint64_t>(error.userInfo.at(key)));
+    };
+    if (error.domain != kZPGorvaneStorageErrorDomain ||
+        error.code != ZPGorvaneStorageErrorException)
+        return {};
+    return ZPFormat(
+        "Caught exception: %s (block %08x of the chain starting at %08x%s%s)",
+        std::get<std::string>(error.userInfo.at(kZPGorvaneStorageErrorKey_Exception)).c_str(),
+        word(kZPGorvaneStorageErrorKey_BlockOffset),
+        word(kZPGorvaneStorageErrorKey_FirstBlockOffset), archive.empty() ? "" : " of ",
+        archive.c_str());
+}
+
+std::optional<std::span<const std::byte>> ZPGorvaneBlockStorage::readBytesFromBlocksAtOffset(
+    std::uint32_t offset, std::uint32_t expectedLength, ZPData &scratch, ZPError *error) const {
+    std::span<const std::byte> found;
+    auto fault = findBytesAtOffset(offset, expectedLength, scratch, found);
     if (!fault)
         return found;
-    if (fault->code == ZPGorvaneStorageErrorException && logging == Logging::exceptions)
-        if (const auto block = fault->userInfo.find(kZPGorvaneStorageErrorKey_BlockOffset);
-            block != fault->userInfo.end())
-            ZPLog(
-                "Caught exception: %s (block %08x of the chain starting at %08x)",
-                std::get<std::string>(fault->userInfo[kZPGorvaneStorageErrorKey_Exception]).c_str(),
-                static_cast<std::uint32_t>(std::get<std::uint64_t>(block->second)), offset);
+    if (const std::string line = exceptionLine(*fault); !line.empty())
+        ZPLog("%s", line.c_str());
     ZPFail(error, std::move(*fault));
     return std::nullopt;
 }

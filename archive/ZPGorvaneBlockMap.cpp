@@ -4,9 +4,21 @@
 
 #include <algorithm>
 
+namespace {
+
+/// How many blocks begin within the size that the header has, and have their link in the file.
+std::uint64_t blocksWithin(std::uint64_t fileSize, std::uint64_t size, std::uint64_t blockSize) {
+    const auto upTo = [=](std::uint64_t bytes, std::uint64_t least) {
+        return bytes / blockSize + (bytes % blockSize >= least);
+    };
+    return std::min(upTo(fileSize, 1), upTo(size, ZPGorvaneLayout::kLinkSize));
+}
+
+} // namespace
+
 ZPGorvaneBlockMap::ZPGorvaneBlockMap(const ZPGorvaneBlockStorage &storage)
     : _bytes(storage.fileHandle()->bytes()), _blockSize(storage.blockSize()),
-      _owners(std::min<std::uint64_t>(storage.fileSize(), _bytes.size()) / _blockSize) {
+      _owners(blocksWithin(storage.fileSize(), _bytes.size(), _blockSize)) {
     // With small blocks the header takes more than the first one.
     const std::uint64_t headerEnd = ZPGorvaneLayout::headerEnd(storage.version());
     for (std::uint64_t offset = 0; offset < std::min(headerEnd, end()); offset += _blockSize)

@@ -12,13 +12,20 @@ class ZPGorvaneBlockMap {
     explicit ZPGorvaneBlockMap(const ZPGorvaneBlockStorage &storage);
 
     std::uint32_t blockSize() const { return _blockSize; }
-    /// End of the blocks that both the file and its header have.
+    /// End of the blocks that both the file and its header have, of the last one the link at least.
     std::uint64_t end() const { return _owners.size() * std::uint64_t{_blockSize}; }
+    /// How much of a block's payload the file has.
+    std::uint64_t payloadAtOffset(std::uint64_t offset) const {
+        return std::min<std::uint64_t>(_blockSize, _bytes.size() - offset) -
+               ZPGorvaneLayout::kLinkSize;
+    }
 
     /// Why an offset is none of a block that a chain may use; empty when it is.
     [[nodiscard]] std::string faultOfOffset(std::uint64_t offset) const;
     /// Of a block, by its sound offset.
-    std::uint32_t linkAtOffset(std::uint64_t offset) const {
+    std::uint32_t linkAtOffset(std::uint64_t offset) const { return wordAtOffset(offset); }
+    /// Little-endian, of any bytes that the file has.
+    std::uint32_t wordAtOffset(std::uint64_t offset) const {
         const std::byte *word = _bytes.data() + offset;
         std::uint32_t link = 0;
         for (unsigned index = 0; index < 4; ++index)

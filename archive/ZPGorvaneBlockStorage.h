@@ -44,9 +44,6 @@ inline constexpr char kZPGorvaneStorageErrorKey_Exception[] = "ZPGorvaneStorageE
 /// file has lost since it was opened counts as not there.
 class ZPGorvaneBlockStorage {
   public:
-    /// Whether a read that an exception ended logs it.
-    enum class Logging { exceptions, nothing };
-
     [[nodiscard]] static std::unique_ptr<ZPFileHandle>
     _fileHandleAtPath(const std::filesystem::path &path, ZPError *error = nullptr) {
         return ZPFileHandle::fileHandleAtPath(path, error);
@@ -79,8 +76,17 @@ class ZPGorvaneBlockStorage {
     /// `scratch`. Valid until the storage is closed or `scratch` changes.
     [[nodiscard]] std::optional<std::span<const std::byte>>
     readBytesFromBlocksAtOffset(std::uint32_t offset, std::uint32_t expectedLength, ZPData &scratch,
-                                ZPError *error = nullptr,
-                                Logging logging = Logging::exceptions) const;
+                                ZPError *error = nullptr) const;
+
+    /// The same without a word in the log, for who collects what is wrong: the error, or none and
+    /// the bytes in `found`.
+    [[nodiscard]] std::optional<ZPError> findBytesAtOffset(std::uint32_t offset,
+                                                           std::uint32_t expectedLength,
+                                                           ZPData &scratch,
+                                                           std::span<const std::byte> &found) const;
+    /// What the log says of an error that an exception caused; empty for any other.
+    [[nodiscard]] static std::string exceptionLine(const ZPError &error,
+                                                   const std::string &archive = {});
 
     /// Starts loading the first blocks of a chain of `length` bytes into the processor's cache. An
     /// archive grown over years has its files all over the place, and who reads many of them waits
@@ -124,7 +130,10 @@ class ZPGorvaneBlockStorage {
     std::uint32_t freeSpace() const { return payloadSize() * _freeBlockCount; }
 
     std::uint32_t fileSize() const { return _fileSize; }
-    void setFileSize(std::uint32_t size) { _fileSize = size; }
+    void setFileSize(std::uint32_t size) {
+        _fileSize = size;
+        _chainMemory.forget();
+    }
     std::uint32_t firstFreeBlock() const { return _firstFreeBlock; }
     void setFirstFreeBlock(std::uint32_t offset) { _firstFreeBlock = offset; }
     std::uint32_t lastFreeBlock() const { return _lastFreeBlock; }

@@ -1,5 +1,6 @@
 #include "archive/ZPGorvaneDataFile.h"
 
+#include "archive/ZPGorvaneDirectoryReader.h"
 #include "io/ZPParallel.h"
 #include "io/ZPSystemLog.h"
 #include "io/ZPTimer.h"
@@ -53,8 +54,10 @@ ZPGorvaneDataFile::ZPGorvaneDataFile(const ZPGorvaneArchiveFamily &family,
               path.c_str(), isLockedByAnother(error) ? ": another program holds the archive" : "");
     } else if (const std::size_t size = _blockStorage->fileHandle()->openedSize();
                size < _blockStorage->fileSize()) {
-        ZPLog("Error: %s holds %zu bytes, but %u by its header: it was cut short", path.c_str(),
-              size, _blockStorage->fileSize());
+        const std::string cause =
+            ZPFormat("%s holds %zu bytes, but %u by its header: it was cut short", path.c_str(),
+                     size, _blockStorage->fileSize());
+        say(kZPGorvaneHeaderFinding, 0, cause, "Error: " + cause);
     }
 }
 
@@ -62,24 +65,42 @@ ZPGorvaneDataFile::ZPGorvaneDataFile(const ZPGorvaneArchiveFamily &family,
                                      std::unique_ptr<ZPGorvaneBlockStorage> blockStorage)
     : _family(family), _blockStorage(std::move(blockStorage)) {}
 
+bool ZPGorvaneDataFile::collect(ZPGorvaneFinding finding) const {
+    finding.archive = _path.string();
+    return _findings.add(std::move(finding));
+}
+
+/// Collects what is wrong with the archive as such, and logs it.
+void ZPGorvaneDataFile::say(const char *kind, std::uint64_t offset, const std::string &cause,
+                            const std::string &line) const {
+    collect({ZPGorvaneFinding::Severity::error, kind, std::nullopt, offset, cause});
+    ZPLog("%s", line.c_str());
+}
+
 void ZPGorvaneDataFile::quickLoadDataVersion() {
     if (_blockStorage == nullptr)
         return;
+    std::uint64_t place = _blockStorage->rootOffset();
     try {
         const auto entry = ZPGorvaneDirectory::searchForFileWithIdentifier(
-            ZPGorvaneVersion::kIdentifier, *this, _blockStorage->rootOffset(), &_unreadableNode);
+            ZPGorvaneVersion::kIdentifier, *this, _blockStorage->rootOffset());
         if (!entry)
             return;
+        place = entry->fileOffset;
         ZPError error;
         const auto data = readDataForFileEntry(*entry, &error);
         if (!data) {
             ZPLog("Error loading data version: %s", error.description().c_str());
-            return;
+            return; // the file is among the findings
         }
         _dataVersion = _family.newVersion(*data, _clientData);
-    } catch (const ZPRangeException &exception) {
-        ZPLog("Bummer, caught exception trying to quick load the data version: %s",
-              exception.what());
+    } catch (const std::bad_alloc &) {
+        throw; // nothing of the archive's
+    } catch (const std::exception &exception) {
+        say(kZPGorvaneRecordFinding, place,
+            ZPFormat("the data version cannot be read: %s", exception.what()),
+            ZPFormat("Bummer, caught exception trying to quick load the data version: %s",
+                     exception.what()));
     }
 }
 
@@ -107,11 +128,24 @@ void ZPGorvaneDataFile::buildIndex() {
     // What there is of an index that found no memory is not to be seen: it would tell of files that
     // are not there.
     try {
-        _rootDirectory = ZPGorvaneDirectory::treeOfDataFile(*this);
+        if (_blockStorage == nullptr)
+            return;
+        ZPGorvaneDirectoryReader::Tree tree =
+            ZPGorvaneDirectoryReader::readTree(*this, _blockStorage->rootOffset());
+        _rootDirectory = std::move(tree.root.directory);
+        _lostIdentifiers = std::move(tree.lost);
+        // Of the root, too, what can be read is kept.
+        if (tree.root.exception) {
+            const std::string line =
+                ZPFormat("dir %08x> Caught exception: %s", _rootDirectory->offset(),
+                         tree.root.exception->what());
+            say(kZPGorvaneDirectoryFinding, _rootDirectory->offset(), line, line);
+        }
         if (_rootDirectory != nullptr)
             indexEntries();
     } catch (...) {
         _rootDirectory = nullptr;
+        _lostIdentifiers = {};
         _fileEntriesByIdentifier = {};
         _repeatedEntries = {};
         _usedFileTypes.clear();
@@ -134,7 +168,7 @@ void ZPGorvaneDataFile::indexEntries() {
         });
         std::ranges::stable_sort(entries, {}, &ZPGorvaneFileEntry::identifier);
     }
-    dropExcessiveEntries(entries);
+    findExcessiveSize(entries);
     if (!isSound && !isAscending(entries)) {
         std::vector<ZPGorvaneFileEntry> lastOnes;
         for (const ZPGorvaneFileEntry &entry : entries) {
@@ -151,35 +185,37 @@ void ZPGorvaneDataFile::indexEntries() {
             _usedFileTypes.push_back(static_cast<std::uint8_t>(type));
 }
 
-/// Leaves out the entries of the greatest sizes where all together claim too much.
-void ZPGorvaneDataFile::dropExcessiveEntries(Entries &entries) const {
+/// Finds from which size on files are not read, where all together claim too much.
+void ZPGorvaneDataFile::findExcessiveSize(const Entries &entries) {
     const std::uint64_t archiveSize =
         std::uint64_t{_blockStorage->blockCount()} * _blockStorage->blockSize();
     const std::uint64_t limit = kMostReadings * archiveSize;
     // No reading goes through the archive more than once.
-    const auto claimOf = [&](const ZPGorvaneFileEntry &entry) {
-        return std::min<std::uint64_t>(entry.fileSize, archiveSize);
+    const auto claimOf = [&](std::uint32_t size) {
+        return std::min<std::uint64_t>(size, archiveSize);
     };
-    const std::uint64_t claimed = std::transform_reduce(entries.begin(), entries.end(),
-                                                        std::uint64_t{0}, std::plus(), claimOf);
+    const std::uint64_t claimed =
+        std::transform_reduce(entries.begin(), entries.end(), std::uint64_t{0}, std::plus(),
+                              [&](const auto &entry) { return claimOf(entry.fileSize); });
     if (claimed <= limit)
         return;
 
-    std::vector<ZPGorvaneFileEntry> kept(entries.begin(), entries.end());
-    std::vector<ZPGorvaneFileEntry> bySize = kept;
-    std::ranges::sort(bySize, {}, &ZPGorvaneFileEntry::fileSize);
-    std::uint64_t keptClaims = 0;
-    const auto tooMuch = std::ranges::find_if(bySize, [&](const ZPGorvaneFileEntry &entry) {
-        keptClaims += claimOf(entry);
-        return keptClaims > limit;
+    std::vector<std::uint32_t> sizes(entries.size());
+    std::ranges::transform(entries, sizes.begin(), &ZPGorvaneFileEntry::fileSize);
+    std::ranges::sort(sizes);
+    std::uint64_t claims = 0;
+    _excessiveSize = *std::ranges::find_if(sizes, [&](std::uint32_t size) {
+        claims += claimOf(size);
+        return claims > limit;
     });
-    const std::uint32_t leastDropped = tooMuch->fileSize;
-    const auto dropped = std::erase_if(
-        kept, [=](const ZPGorvaneFileEntry &entry) { return entry.fileSize >= leastDropped; });
-    entries = copyOf(kept);
-    ZPLog("Error: The files claim more than %u times what the archive holds; the %zu of %u bytes "
-          "and more are left out",
-          static_cast<unsigned>(kMostReadings), dropped, leastDropped);
+    const auto count =
+        std::ranges::count_if(sizes, [this](std::uint32_t size) { return size >= _excessiveSize; });
+    const std::string cause =
+        ZPFormat("The files claim more than %u times what the archive holds; the %zu of %u bytes "
+                 "and more are not read",
+                 static_cast<unsigned>(kMostReadings), static_cast<std::size_t>(count),
+                 static_cast<unsigned>(_excessiveSize));
+    say(kZPGorvaneSizeFinding, 0, cause, "Error: " + cause + nameInParentheses());
 }
 
 const ZPGorvaneFileEntry *ZPGorvaneDataFile::fileEntryWithIdentifier(std::uint32_t identifier) {
@@ -190,11 +226,13 @@ const ZPGorvaneFileEntry *ZPGorvaneDataFile::fileEntryWithIdentifier(std::uint32
 
 std::optional<ZPData> ZPGorvaneDataFile::readDataForFileEntry(const ZPGorvaneFileEntry &entry,
                                                               ZPError *error) const {
-    if (_blockStorage == nullptr) {
-        ZPFail(error, ZPError::posix(EBADF));
+    ZPData data;
+    const auto bytes = readBytesForFileEntry(entry, data, error);
+    if (!bytes)
         return std::nullopt;
-    }
-    return _blockStorage->readDataFromBlocksAtOffset(entry.fileOffset, entry.fileSize, error);
+    if (bytes->data() != data.data())
+        data.assign(bytes->begin(), bytes->end());
+    return data;
 }
 
 std::optional<std::span<const std::byte>>
@@ -204,8 +242,38 @@ ZPGorvaneDataFile::readBytesForFileEntry(const ZPGorvaneFileEntry &entry, ZPData
         ZPFail(error, ZPError::posix(EBADF));
         return std::nullopt;
     }
-    return _blockStorage->readBytesFromBlocksAtOffset(entry.fileOffset, entry.fileSize, scratch,
-                                                      error);
+    std::span<const std::byte> bytes;
+    auto fault = mayRead(entry) ? _blockStorage->findBytesAtOffset(entry.fileOffset, entry.fileSize,
+                                                                   scratch, bytes)
+                                : std::optional(excess(entry));
+    if (!fault)
+        return bytes;
+    collectUnreadable(entry, *fault);
+    ZPFail(error, std::move(*fault));
+    return std::nullopt;
+}
+
+ZPError ZPGorvaneDataFile::excess(const ZPGorvaneFileEntry &entry) const {
+    return {kZPGorvaneStorageErrorDomain,
+            ZPGorvaneStorageErrorGeneral,
+            {{NSLocalizedFailureReasonErrorKey,
+              ZPFormat("the files claim more than the archive can hold, and this one %u bytes",
+                       entry.fileSize)}}};
+}
+
+/// Want of memory is nothing of the archive's.
+void ZPGorvaneDataFile::collectUnreadable(const ZPGorvaneFileEntry &entry,
+                                          const ZPError &error) const {
+    if (error.domain != kZPGorvaneStorageErrorDomain)
+        return;
+    const bool isSize =
+        error.code == ZPGorvaneStorageErrorTooShort || error.code == ZPGorvaneStorageErrorGeneral;
+    if (!collect(isSize ? kZPGorvaneSizeFinding : kZPGorvaneFileChainFinding, entry,
+                 error.failureReason()))
+        return;
+    const std::string line = ZPGorvaneBlockStorage::exceptionLine(error, _path.filename());
+    if (!line.empty())
+        ZPLog("%s", line.c_str());
 }
 
 void ZPGorvaneDataFile::didReadAllFiles() const {
@@ -220,9 +288,13 @@ void ZPGorvaneDataFile::reportLoss() const {
         return;
     const ZPFileHandle &file = *_blockStorage->fileHandle();
     const std::size_t lost = file.findLostSize();
-    if (lost > 0 && !_hasReportedLoss.exchange(true))
-        ZPLog("Error: %s lost %zu of its %zu bytes while it was read", _path.c_str(), lost,
-              file.openedSize());
+    if (lost == 0)
+        return;
+    const std::string cause = ZPFormat("%s lost %zu of its %zu bytes while it was read",
+                                       _path.c_str(), lost, file.openedSize());
+    if (collect({ZPGorvaneFinding::Severity::error, kZPGorvaneHeaderFinding, std::nullopt,
+                 file.openedSize(), cause}))
+        ZPLog("Error: %s", cause.c_str());
 }
 
 bool ZPGorvaneDataFile::check() const {
@@ -233,10 +305,15 @@ bool ZPGorvaneDataFile::check() const {
     return true;
 }
 
+std::string ZPGorvaneDataFile::nameInParentheses() const {
+    return _path.empty() ? std::string() : " (" + _path.filename().string() + ")";
+}
+
 std::string ZPGorvaneDataFile::description() const {
-    return ZPFormat(
-        "<%s: %p> blockSize: %4u, rootOffset: %08x, dataVersion: %u, %s", className(),
-        static_cast<const void *>(this), _blockStorage != nullptr ? _blockStorage->blockSize() : 0,
-        _blockStorage != nullptr ? _blockStorage->rootOffset() : 0,
-        _dataVersion != nullptr ? _dataVersion->version() : 0, _path.filename().c_str());
+    return ZPFormat("<%s: %p> blockSize: %4u, rootOffset: %08x, dataVersion: %u, %s", className(),
+                    static_cast<const void *>(this),
+                    _blockStorage != nullptr ? _blockStorage->blockSize() : 0,
+                    _blockStorage != nullptr ? _blockStorage->rootOffset() : 0,
+                    _dataVersion != nullptr ? _dataVersion->version() : 0,
+                    _path.empty() ? "(null)" : _path.filename().c_str());
 }

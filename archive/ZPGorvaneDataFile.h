@@ -3,6 +3,8 @@
 #include "archive/ZPGorvaneArchiveFamily.h"
 #include "archive/ZPGorvaneDirectory.h"
 #include "archive/ZPGorvaneFileEntryMap.h"
+#include "archive/ZPGorvaneFindingCollector.h"
+#include "archive/ZPGorvaneLostIdentifiers.h"
 #include "archive/ZPGorvaneVersion.h"
 
 #include <atomic>
@@ -14,7 +16,9 @@
 ///
 /// Look-ups and reads are safe from several threads; the first that needs the index builds it while
 /// the others wait, and it does not change afterwards. The lock of the index comes before any
-/// other: under it only the log's and the chain memory's are taken.
+/// other: under it only the log's, the chain memory's and that of the findings are taken.
+///
+/// What is wrong with the archive is collected, whoever meets it, and logged when it is met first.
 ///
 /// A file that cannot be read may have any size up to 4 GB written in its entry. Reading holds that
 /// against the archive before it takes memory; who knows how long a record can be at most had
@@ -45,6 +49,10 @@ class ZPGorvaneDataFile {
     readBytesForFileEntry(const ZPGorvaneFileEntry &entry, ZPData &scratch,
                           ZPError *error = nullptr) const;
 
+    /// False of a file that is not read since all together claim too much, and it is among the
+    /// greatest.
+    bool mayRead(const ZPGorvaneFileEntry &entry) const { return entry.fileSize < _excessiveSize; }
+
     /// Gives back the memory that reading took, for a caller that has read all it wants, and says
     /// where the file was found to have become shorter meanwhile.
     void didReadAllFiles() const;
@@ -55,19 +63,34 @@ class ZPGorvaneDataFile {
             _blockStorage->prefetchBlocksAtOffset(entry.fileOffset, entry.fileSize);
     }
 
+    /// What was found to be wrong so far, of the archive and of records in it.
+    const ZPGorvaneFindingCollector &findings() const { return _findings; }
+    /// Adds what somebody else found, of this archive; see ZPGorvaneFindingCollector::add.
+    bool collect(ZPGorvaneFinding finding) const;
+    /// The same for a file of the archive.
+    bool collect(const char *kind, const ZPGorvaneFileEntry &entry, std::string cause) const {
+        return collect({ZPGorvaneFinding::Severity::error, kind, entry.identifier, entry.fileOffset,
+                        std::move(cause)});
+    }
+    /// Whether the directory, as far as it could be read, leaves open if there is such a file. The
+    /// index must be loaded.
+    bool mayHaveLost(std::uint32_t identifier) const {
+        return !_lostIdentifiers.empty() && _lostIdentifiers.contains(identifier);
+    }
+
     /// Logs what the storage's check of the free blocks finds; always true.
     bool check() const;
 
     const ZPGorvaneArchiveFamily &family() const { return _family; }
     const std::filesystem::path &path() const { return _path; }
+    /// Its file's name for the end of a line, such as " (x.dat)"; empty without a path.
+    std::string nameInParentheses() const;
     /// Why the archive could not be opened, in words; empty when it could.
     const std::string &openingFault() const { return _openingFault; }
     /// Null when the archive could not be opened.
     const ZPGorvaneBlockStorage *blockStorage() const { return _blockStorage.get(); }
     ZPGorvaneClientData *clientData() const { return _clientData; }
     void setClientData(ZPGorvaneClientData *clientData) { _clientData = clientData; }
-    /// Offset of a node that the search for the version found unreadable, and logged; else 0.
-    std::uint32_t unreadableNode() const { return _unreadableNode; }
     /// Null until loaded.
     const ZPGorvaneVersion *dataVersion() const { return _dataVersion.get(); }
 
@@ -84,6 +107,11 @@ class ZPGorvaneDataFile {
     }
     /// Ascending.
     const std::vector<std::uint8_t> &usedFileTypes() const { return _usedFileTypes; }
+    /// Every entry by identifier; of several with the same one, all, the last found being the one
+    /// that `fileEntriesByIdentifier` knows.
+    const ZPGorvaneFileEntryMap &entriesInOrder() const {
+        return _repeatedEntries.empty() ? _fileEntriesByIdentifier : _repeatedEntries;
+    }
 
     virtual const char *className() const { return "ZPGorvaneDataFile"; }
     std::string description() const;
@@ -91,16 +119,15 @@ class ZPGorvaneDataFile {
   protected:
     /// Called once, when the index is built.
     virtual void didLoadFileEntries() {}
-    /// Every entry by identifier; of several with the same one, all, the last found being the one
-    /// that `fileEntriesByIdentifier` knows.
-    const ZPGorvaneFileEntryMap &entriesInOrder() const {
-        return _repeatedEntries.empty() ? _fileEntriesByIdentifier : _repeatedEntries;
-    }
 
   private:
     void buildIndex();
     void indexEntries();
-    void dropExcessiveEntries(ZPLargeArray<ZPGorvaneFileEntry> &entries) const;
+    void findExcessiveSize(const ZPLargeArray<ZPGorvaneFileEntry> &entries);
+    ZPError excess(const ZPGorvaneFileEntry &entry) const;
+    void collectUnreadable(const ZPGorvaneFileEntry &entry, const ZPError &error) const;
+    void say(const char *kind, std::uint64_t offset, const std::string &cause,
+             const std::string &line) const;
     void reportLoss() const;
 
     const ZPGorvaneArchiveFamily &_family;
@@ -116,6 +143,8 @@ class ZPGorvaneDataFile {
     std::vector<std::uint8_t> _usedFileTypes;
     std::recursive_mutex _fileEntryLock;
     std::atomic<bool> _hasLoadedFileEntries = false;
-    std::uint32_t _unreadableNode = 0;
-    mutable std::atomic<bool> _hasReportedLoss = false;
+    ZPGorvaneLostIdentifiers _lostIdentifiers;
+    /// Files of so many bytes and more are not read: all together they claim too much.
+    std::uint64_t _excessiveSize = UINT64_MAX;
+    mutable ZPGorvaneFindingCollector _findings;
 };

@@ -19,7 +19,8 @@ struct ZPGorvaneArchiveFamily;
 ///     248   u32       number of files n
 ///     252   n x entry record of the archive family
 ///
-/// Faults of a node's content are logged with its offset ("dir %08x> ...") and reading goes on. A
+/// Faults of a node's content are logged with its offset ("dir %08x> ..."), collected by the data
+/// file, and reading goes on. A
 /// node that was read already is not followed again, nor is a tree deeper than any real one or with
 /// more nodes than the file has room for.
 ///
@@ -33,16 +34,11 @@ class ZPGorvaneDirectory {
     [[nodiscard]] static std::unique_ptr<ZPGorvaneDirectory>
     initWithDataFile(const ZPGorvaneDataFile &dataFile, std::uint32_t offset,
                      bool loadSubdirectories);
-    /// The archive's whole tree, of whose root also as much as can be read is kept.
-    [[nodiscard]] static std::unique_ptr<ZPGorvaneDirectory>
-    treeOfDataFile(const ZPGorvaneDataFile &dataFile);
 
-    /// Finds a file by walking down from a node, reading only the nodes on the way. Where one of
-    /// these cannot be read, its offset is stored, if asked for.
+    /// Finds a file by walking down from a node, reading only the nodes on the way.
     [[nodiscard]] static std::optional<ZPGorvaneFileEntry>
     searchForFileWithIdentifier(std::uint32_t identifier, const ZPGorvaneDataFile &inDataFile,
-                                std::uint32_t directoryOffset,
-                                std::uint32_t *unreadableNode = nullptr);
+                                std::uint32_t directoryOffset);
 
     /// Calls the block with this node, then with all below it, each before its children.
     void enumerateDirectoriesUsingBlock(
@@ -74,7 +70,7 @@ class ZPGorvaneDirectory {
     std::string description() const;
 
   private:
-    class Reader;
+    friend class ZPGorvaneDirectoryReader;
 
     const ZPGorvaneArchiveFamily &_family;
     std::uint32_t _offset = 0;

@@ -1,11 +1,13 @@
 #pragma once
 
+#include "io/ZPSystemLog.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
-/// Something that is wrong with an archive.
+/// Something that is wrong with an archive, or with a record in it.
 struct ZPGorvaneFinding {
     enum class Severity { error, warning };
 
@@ -17,7 +19,16 @@ struct ZPGorvaneFinding {
     /// Where in the archive.
     std::uint64_t offset;
     std::string cause;
+    /// Path of the archive; empty for one that was opened without.
+    std::string archive{};
+
+    /// The cause, after the file's identifier where there is one.
+    std::string text() const;
 };
+
+inline std::string ZPGorvaneFinding::text() const {
+    return identifier ? ZPFormat("%08x: ", *identifier) + cause : cause;
+}
 
 using ZPGorvaneFindings = std::vector<ZPGorvaneFinding>;
 

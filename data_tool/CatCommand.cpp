@@ -6,6 +6,8 @@
 #include "io/ZPExtensions.h"
 #include "io/ZPSystemLog.h"
 
+#include <algorithm>
+
 namespace {
 
 struct Options {
@@ -34,9 +36,16 @@ File findFile(const DataSet &dataSet, const Options &options, std::uint32_t iden
         found.push_back({&archive, entry});
         names += (names.empty() ? "" : ", ") + archive.name;
     }
-    if (found.empty())
-        throw CommandFailure(
-            ZPFormat("%s: there is no file %08x", options.path.c_str(), identifier));
+    if (found.empty()) {
+        const bool mayBeLost = std::ranges::any_of(dataSet.archives, [=](const Archive &archive) {
+            return archive.dataFile->mayHaveLost(identifier);
+        });
+        throw CommandFailure(ZPFormat("%s: there is no file %08x%s", options.path.c_str(),
+                                      identifier,
+                                      mayBeLost ? ", or it is lost: the directory is damaged; "
+                                                  "`plotterra-data check` says where"
+                                                : ""));
+    }
     if (found.size() > 1)
         throw CommandFailure(ZPFormat("%08x is in several archives (%s): pick one with --archive",
                                       identifier, names.c_str()),

@@ -1,4 +1,3 @@
-#include "archive/ZPGorvaneArchiveCheck.h"
 #include "data_tool/Command.h"
 #include "data_tool/DecoderFolders.h"
 #include "data_tool/RecordCheck.h"
@@ -74,7 +73,7 @@ class Report {
 int check(Options &options, const GlobalOptions &global) {
     const WQDecoderSet decoders = loadDecoders(global);
     options.selection.prepare(decoders);
-    const DataSet dataSet = global.openDataSet(options.path);
+    const DataSet dataSet = openDataSet(options.path, global.family());
     Report report(options.format);
     std::size_t fileCount = 0;
     for (const Archive &archive : dataSet.archives) {
@@ -85,7 +84,7 @@ int check(Options &options, const GlobalOptions &global) {
                 finding.identifier ? archive.entries().find(*finding.identifier) : nullptr;
             return entry != nullptr && options.selection.includes(archive, *entry);
         };
-        for (const ZPGorvaneFinding &finding : ZPGorvaneArchiveCheck(*archive.dataFile).run())
+        for (const ZPGorvaneFinding &finding : archive.damage->findings())
             if (concernsSelection(finding))
                 report.add(archive, finding);
         for (const ZPGorvaneFinding &finding :
@@ -94,7 +93,10 @@ int check(Options &options, const GlobalOptions &global) {
         for (const ZPGorvaneFileEntry &entry : archive.entries())
             fileCount += options.selection.includes(archive, entry);
     }
-    return statusOver(dataSet, report.finish(fileCount));
+    const int status = report.finish(fileCount);
+    if (!options.selection.sayWhatIsNotThere(dataSet) || !dataSet.isWhole)
+        return kFoundOrFailed;
+    return status;
 }
 
 } // namespace

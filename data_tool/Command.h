@@ -16,7 +16,12 @@ struct GlobalOptions {
 
     /// Null where none was named.
     const ZPGorvaneArchiveFamily *family() const { return WQArchiveFamilyWithKey(gameKey); }
-    DataSet openDataSet(const std::string &path) const { return ::openDataSet(path, family()); }
+    /// Says what was found wrong with the directories, too.
+    DataSet openDataSet(const std::string &path) const {
+        DataSet dataSet = ::openDataSet(path, family());
+        dataSet.sayFaults();
+        return dataSet;
+    }
 };
 
 /// What a command does when its options are read; gives the exit status.
@@ -56,7 +61,8 @@ inline std::string isNotEmpty(const std::string &text) {
 }
 
 /// The exit status of a command that goes over a data set: not kFine where an archive could not be
-/// opened, or where what lies behind a fault was left out.
+/// opened, or where something in one could not be read. Says last where files may be missing
+/// altogether.
 [[nodiscard]] int statusOver(const DataSet &dataSet, int status);
 
 /// Reads a command line, runs its command and gives the exit status.

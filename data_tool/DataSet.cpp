@@ -44,12 +44,14 @@ Archive openArchive(const std::filesystem::path &path, const ZPGorvaneArchiveFam
     const std::string fileName = path.filename().string();
     const ZPGorvaneArchiveName *known = family.archiveInFile(fileName);
     Archive archive{known != nullptr ? known->name : plainName(path.stem().string()),
-                    known != nullptr ? known->role : guessedRole(fileName), &family, nullptr};
+                    known != nullptr ? known->role : guessedRole(fileName), &family, nullptr,
+                    nullptr};
     archive.dataFile = family.newDataFile(path, archive.role);
     if (archive.dataFile->blockStorage() == nullptr)
         throw CommandFailure(path.string() + ": " + archive.dataFile->openingFault());
     archive.dataFile->quickLoadDataVersion();
     archive.dataFile->loadFileEntriesIfNecessary();
+    archive.damage = std::make_unique<ArchiveDamage>(*archive.dataFile);
     return archive;
 }
 
@@ -136,6 +138,26 @@ WQDecodingContext DataSet::decodingContext() const {
     const Archive *archive = portal();
     const auto *version = archive != nullptr ? archive->dataFile->dataVersion() : nullptr;
     return {version != nullptr ? version->version() : 0};
+}
+
+void DataSet::sayFaults() const {
+    constexpr std::size_t kMostLines = 20;
+    std::size_t lines = 0, all = 0;
+    for (const Archive &archive : archives) {
+        all += archive.dataFile->findings().count();
+        for (const ZPGorvaneFinding &finding : archive.dataFile->findings().kept())
+            if (++lines <= kMostLines)
+                say(archive.fileName() + ": " + finding.text());
+    }
+    if (all > kMostLines)
+        say(ZPFormat("(%zu more faults are not shown; `plotterra-data check` lists them all)",
+                     all - kMostLines));
+}
+
+bool DataSet::isSound() const {
+    return isWhole && std::ranges::all_of(archives, [](const Archive &archive) {
+               return archive.dataFile->findings().count() == 0;
+           });
 }
 
 ZPGorvaneDataFile *DataSetClientData::dataFileWithName(std::string_view name) {

@@ -2,6 +2,7 @@
 
 #include "archive/ZPGorvaneArchiveFamily.h"
 #include "archive/ZPGorvaneClientData.h"
+#include "data_tool/ArchiveDamage.h"
 #include "decode/WQDecoderSet.h"
 #include "game/WQDataFile.h"
 
@@ -17,6 +18,7 @@ struct Archive {
     ZPGorvaneArchiveRole role;
     const ZPGorvaneArchiveFamily *family;
     std::unique_ptr<ZPGorvaneDataFile> dataFile;
+    std::unique_ptr<ArchiveDamage> damage;
 
     const ZPGorvaneFileEntryMap &entries() const { return dataFile->fileEntriesByIdentifier(); }
     const ZPGorvaneBlockStorage &storage() const { return *dataFile->blockStorage(); }
@@ -32,6 +34,11 @@ struct DataSet {
     std::vector<Archive> archives;
     /// False where an archive of the directory could not be opened, which was said.
     bool isWhole = true;
+
+    /// Says what was found when the indexes were loaded: of many faults only the first.
+    void sayFaults() const;
+    /// Whether all archives could be opened, and nothing wrong was met in them so far.
+    [[nodiscard]] bool isSound() const;
 
     /// Null when no archive has this name.
     [[nodiscard]] const Archive *archiveWithName(std::string_view name) const;

@@ -6,23 +6,11 @@
 namespace {
 
 std::atomic<bool> isVerbose = false;
-std::atomic<unsigned> faultCount = 0;
-
-/// The library logs every step. What a user of this tool has to know of that are the faults of an
-/// archive's structure.
+/// The library logs every step. What of that a user of this tool has to know, commands ask of the
+/// archives and say themselves.
 void takeLogLine(std::string_view line) {
-    constexpr unsigned kMostLines = 20;
-    const bool isFault = line.starts_with("dir ") || line.starts_with("Error") ||
-                         line.starts_with("Caught exception");
-    const unsigned count = isFault ? ++faultCount : 0;
     if (isVerbose)
         ZPWriteLogLine(line);
-    else if (!isFault)
-        return;
-    else if (count <= kMostLines)
-        say(std::string(line));
-    else if (count == kMostLines + 1)
-        say("(more faults are not shown; `check` lists them all)");
 }
 
 /// Ahead of the classes that log while they register themselves, before main.
@@ -66,7 +54,11 @@ int refuse(const std::string &reason) {
 } // namespace
 
 int statusOver(const DataSet &dataSet, int status) {
-    return status == kFine && (!dataSet.isWhole || faultCount > 0) ? kFoundOrFailed : status;
+    for (const Archive &archive : dataSet.archives)
+        if (archive.dataFile->findings().countWithoutFile() > 0)
+            say(archive.fileName() + ": files may be missing, since the archive is damaged; "
+                                     "`plotterra-data check` says where");
+    return status == kFine && !dataSet.isSound() ? kFoundOrFailed : status;
 }
 
 int runDataTool(int argc, const char *const *argv) {

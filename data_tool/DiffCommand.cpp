@@ -38,7 +38,7 @@ class DifferenceWriter {
         const ArchiveDifference difference = compareArchives(before, after, _options.selection);
         for (const std::string &fault : difference.faults)
             say(fault);
-        _failed = _failed || !difference.faults.empty();
+        _faultCount += difference.faults.size();
         for (const FileChange &change : difference.changes)
             writeChange(change, before, after);
     }
@@ -48,7 +48,11 @@ class DifferenceWriter {
         if (!_isTSV)
             _output.format("added: %zu, removed: %zu, changed: %zu\n", _added, _removed, _changed);
         _output.flush();
-        return _failed || _added + _removed + _changed > 0 ? kFoundOrFailed : kFine;
+        if (_faultCount > 0)
+            say(ZPFormat("%zu files could not be compared; `plotterra-data check` says why",
+                         _faultCount));
+        return _failed || _faultCount > 0 || _added + _removed + _changed > 0 ? kFoundOrFailed
+                                                                              : kFine;
     }
 
   private:
@@ -142,6 +146,7 @@ class DifferenceWriter {
     RecordReader _oldReader, _newReader;
     Output _output;
     std::size_t _added = 0, _removed = 0, _changed = 0;
+    std::size_t _faultCount = 0;
     bool _failed = false;
 };
 
@@ -163,13 +168,24 @@ std::vector<std::pair<const Archive *, const Archive *>> pairsOf(const DataSet &
 
 int writeLandBlocks(const DataSet &before, const DataSet &after) {
     WQDataFileComparison comparison(&before.cellDataFile(), &after.cellDataFile());
+    const auto damageOf = [](const DataSet &dataSet) {
+        return std::ranges::find(dataSet.archives, &dataSet.cellDataFile(),
+                                 [](const Archive &archive) { return archive.dataFile.get(); })
+            ->damage.get();
+    };
+    comparison.leaveOutUnreadableFiles(
+        [older = damageOf(before), newer = damageOf(after)](std::uint32_t identifier) {
+            return older->causeOf(identifier) != nullptr || newer->causeOf(identifier) != nullptr;
+        });
     comparison.buildComparison();
     // Whoever reads it may go away.
     if (ZPError error;
         !comparison.saveLandBlockSummaryToURL(nullptr, &error) && error.code != EPIPE)
         throw CommandFailure("cannot write to standard output: " + error.failureReason());
-    return comparison.fileKeysAdded()->empty() && comparison.fileKeysRemoved()->empty() &&
-                   comparison.fileKeysChanged()->empty()
+    if (const std::size_t count = comparison.leftOutCount(); count > 0)
+        say(ZPFormat("%zu files could not be compared; `plotterra-data check` says why", count));
+    return comparison.leftOutCount() == 0 && comparison.fileKeysAdded()->empty() &&
+                   comparison.fileKeysRemoved()->empty() && comparison.fileKeysChanged()->empty()
                ? kFine
                : kFoundOrFailed;
 }

@@ -50,7 +50,10 @@ void removeWhatIsBeside(const std::string &file) {
         std::filesystem::remove(path);
 }
 
-void exportHeights(const DataSet &dataSet, const std::string &file) {
+/// What an export lacks is a line each.
+using Shortcomings = std::vector<std::string>;
+
+void exportHeights(const DataSet &dataSet, const std::string &file, Shortcomings &shortcomings) {
     constexpr float kNoHeight = -9999;
     const Land land(dataSet);
     const auto &heights = land.worldInfo().actualLandHeights();
@@ -65,7 +68,8 @@ void exportHeights(const DataSet &dataSet, const std::string &file) {
         });
     removeWhatIsBeside(file);
     if (const std::string fault = land.faultInHeights(); !fault.empty())
-        throw CommandFailure(fault + "; the raster has no data there");
+        shortcomings.push_back(fault + "; the raster has no data there");
+    shortcomings.push_back(land.counts().unreadText());
 }
 
 std::string escapedForXML(std::string_view text) {
@@ -93,7 +97,7 @@ void writeCategoryNames(const std::filesystem::path &path,
         throw CommandFailure(path.string() + ": " + error.failureReason());
 }
 
-void exportTypes(const DataSet &dataSet, const std::string &file) {
+void exportTypes(const DataSet &dataSet, const std::string &file, Shortcomings &shortcomings) {
     constexpr std::uint8_t kNoType = 255;
     const Land land(dataSet);
     const auto &landTypes = land.worldInfo().landTypes();
@@ -114,9 +118,10 @@ void exportTypes(const DataSet &dataSet, const std::string &file) {
                                                 });
                      });
     writeCategoryNames(besideRaster(file), landTypes);
+    shortcomings.push_back(land.counts().unreadText());
 }
 
-void exportRoads(const DataSet &dataSet, const std::string &file) {
+void exportRoads(const DataSet &dataSet, const std::string &file, Shortcomings &shortcomings) {
     const Land land(dataSet);
     GeoJSONWriter writer;
     for (const std::vector<WQLandPlace> &line : WQTraceRoads(land.grid())) {
@@ -130,9 +135,11 @@ void exportRoads(const DataSet &dataSet, const std::string &file) {
         writer.endFeature();
     }
     writer.writeToPath(file);
+    shortcomings.push_back(land.counts().unreadText());
 }
 
-void addBlock(GeoJSONWriter &writer, const WQDataFile &cells, std::uint16_t number) {
+void addBlock(GeoJSONWriter &writer, const WQDataFile &cells, std::uint16_t number,
+              WQLandCounts &counts) {
     constexpr double kSide = 0.8;
     const auto files = cells.fileEntriesByLandBlock(number);
     const WQMapLocation corner = WQMapCoordinateForCellID(std::uint32_t{number} << 16);
@@ -143,9 +150,11 @@ void addBlock(GeoJSONWriter &writer, const WQDataFile &cells, std::uint16_t numb
     writer.property("files", static_cast<std::int64_t>(files.size()));
     if (const auto &last = files.back(); (last.identifier & 0xFFFF) == 0xFFFF) {
         ZPData scratch;
+        ++counts.landBlocks;
         const auto bytes = cells.readBytesForFileEntry(last, scratch);
-        if (const auto block =
-                bytes ? ZPRecordWithData<WQLandBlock>(*bytes, nullptr) : std::nullopt) {
+        const auto block = bytes ? ZPRecordWithData<WQLandBlock>(*bytes, nullptr) : std::nullopt;
+        counts.unreadBlocks += !block;
+        if (block) {
             writer.property("averageHeight", std::int64_t{block->averageHeight()});
             writer.property("hasObjectBlock", block->hasObjectBlock());
             writer.property("isPassable", block->isPassable());
@@ -157,24 +166,31 @@ void addBlock(GeoJSONWriter &writer, const WQDataFile &cells, std::uint16_t numb
     writer.endFeature();
 }
 
-void exportBlocks(const DataSet &dataSet, const std::string &file) {
+void exportBlocks(const DataSet &dataSet, const std::string &file, Shortcomings &shortcomings) {
     constexpr unsigned kBlocksPerSide = 255;
     const WQDataFile &cells = dataSet.cellDataFile();
     GeoJSONWriter writer;
+    WQLandCounts counts;
     for (unsigned column = 0; column < kBlocksPerSide; ++column)
         for (unsigned row = 0; row < kBlocksPerSide; ++row) {
             const auto number = static_cast<std::uint16_t>(column << 8 | row);
             if (!cells.fileEntriesByLandBlock(number).empty())
-                addBlock(writer, cells, number);
+                addBlock(writer, cells, number, counts);
         }
     writer.writeToPath(file);
+    shortcomings.push_back(counts.unreadText());
 }
 
-void exportPlaces(const std::string &plotFile, const std::string &file) {
+void exportPlaces(const std::string &plotFile, const std::string &file,
+                  Shortcomings &shortcomings) {
     if (!std::filesystem::is_regular_file(plotFile))
         throw CommandFailure(plotFile + ": is no plot file");
+    const auto points = WQReadPlotFile(plotFile, &shortcomings);
+    // Without any of them there is nothing to write.
+    if (points.empty() && !shortcomings.empty())
+        throw CommandFailure(shortcomings.front());
     GeoJSONWriter writer;
-    for (const WQMapPoint &point : WQReadPlotFile(plotFile)) {
+    for (const WQMapPoint &point : points) {
         writer.beginPoint({point.coordinate().x, point.coordinate().y});
         writer.property("type", std::string_view(point.type()));
         writer.property("label", std::string_view(point.label()));
@@ -187,7 +203,7 @@ constexpr char kPlaces[] = "places", kTypes[] = "types";
 /// What is made of archives.
 constexpr struct {
     const char *name;
-    void (*run)(const DataSet &dataSet, const std::string &file);
+    void (*run)(const DataSet &dataSet, const std::string &file, Shortcomings &shortcomings);
 } kSubjects[] = {{"heights", &exportHeights},
                  {kTypes, &exportTypes},
                  {"roads", &exportRoads},
@@ -198,13 +214,24 @@ void announceOutput(const std::filesystem::path &path) {
         throw CommandFailure(path.string() + ": " + error.failureReason());
 }
 
+int statusAfter(const Shortcomings &shortcomings) {
+    int status = kFine;
+    for (const std::string &shortcoming : shortcomings)
+        if (!shortcoming.empty()) {
+            say(shortcoming);
+            status = kFoundOrFailed;
+        }
+    return status;
+}
+
 int exportSubject(const Options &options, const GlobalOptions &global) {
     noteDecoders(global);
+    Shortcomings shortcomings;
     if (options.subject == kPlaces) {
         ZPNoteInput(options.path);
         announceOutput(options.file);
-        exportPlaces(options.path, options.file);
-        return kFine;
+        exportPlaces(options.path, options.file, shortcomings);
+        return statusAfter(shortcomings);
     }
     const DataSet dataSet = global.openDataSet(options.path);
     announceOutput(options.file);
@@ -212,8 +239,8 @@ int exportSubject(const Options &options, const GlobalOptions &global) {
         announceOutput(besideRaster(options.file));
     for (const auto &subject : kSubjects)
         if (options.subject == subject.name)
-            subject.run(dataSet, options.file);
-    return statusOver(dataSet, kFine);
+            subject.run(dataSet, options.file, shortcomings);
+    return statusOver(dataSet, statusAfter(shortcomings));
 }
 
 } // namespace

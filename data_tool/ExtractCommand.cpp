@@ -6,7 +6,7 @@
 #include "data_tool/Progress.h"
 #include "data_tool/RecordReader.h"
 #include "io/ZPInputFile.h"
-#include "io/ZPParallel.h"
+#include "io/ZPParallelLog.h"
 #include "io/ZPSHA1.h"
 #include "io/ZPSystemLog.h"
 #include "io/ZPThreadValues.h"
@@ -65,12 +65,13 @@ class Extraction {
         const DeferredSignals signals;
         {
             Progress progress("extracting", _jobs.size());
-            ZPParallelRanges(_jobs.size(), kJobsPerTask, [&](std::size_t first, std::size_t end) {
-                Worker &worker = _workers.local();
-                for (std::size_t job = first; job < end && !isToStop(); ++job)
-                    doJob(worker, _jobs[job]);
-                progress.add(end - first);
-            });
+            ZPParallelRangesWithLog(
+                _jobs.size(), kJobsPerTask, [&](std::size_t first, std::size_t end) {
+                    Worker &worker = _workers.local();
+                    for (std::size_t job = first; job < end && !isToStop(); ++job)
+                        doJob(worker, _jobs[job]);
+                    progress.add(end - first);
+                });
         }
         std::ranges::sort(_faults);
         for (const auto &[place, text] : _faults)
@@ -151,6 +152,8 @@ class Extraction {
             job.archive->dataFile->readBytesForFileEntry(entry, worker.scratch, &error);
         if (!bytes)
             return fail(job, error.failureReason());
+        if (const std::string *cause = job.archive->damage->causeOf(entry.identifier))
+            return fail(job, *cause);
         std::string text;
         if (!isRaw()) {
             const auto result = worker.reader.decode(*job.archive, entry.identifier, *bytes);
@@ -206,10 +209,8 @@ int extract(Options &options, const GlobalOptions &global) {
     options.selection.prepare(decoders);
     const DataSet dataSet = global.openDataSet(options.path);
     int status = Extraction(options, dataSet, decoders).run();
-    for (const std::string &option : options.selection.optionsWithoutFiles(dataSet)) {
-        say(option + ": there are no such files");
+    if (!options.selection.sayWhatIsNotThere(dataSet))
         status = kFoundOrFailed;
-    }
     return statusOver(dataSet, status);
 }
 

@@ -100,8 +100,9 @@ void FileSelection::addOptions(CLI::App &command) {
     command.add_option("--newer", _newerText, "Files changed since a date (UTC)")
         ->type_name("DATE")
         ->check(isNotEmpty);
-    auto *damaged = command.add_flag("--damaged", _wantsDamaged, "Files that cannot be read");
-    command.add_flag("--sound", _wantsSound, "Files that can be read")->excludes(damaged);
+    auto *damaged = command.add_flag("--damaged", _wantsDamaged,
+                                     "Files that cannot be read, or share blocks with others");
+    command.add_flag("--sound", _wantsSound, "All other files")->excludes(damaged);
     command
         .add_option("--ids-from", _listPath,
                     "Files whose identifiers a file lists, one a line; - is standard input")
@@ -203,6 +204,13 @@ std::vector<std::string> FileSelection::optionsWithoutFiles(const DataSet &dataS
     return options;
 }
 
+bool FileSelection::sayWhatIsNotThere(const DataSet &dataSet) const {
+    const auto options = optionsWithoutFiles(dataSet);
+    for (const std::string &option : options)
+        say(option + ": there are no such files");
+    return options.empty();
+}
+
 bool FileSelection::matchesType(const Archive &archive, std::uint32_t identifier) const {
     const WQRecordKind kind = archive.kindOf(identifier);
     if (kind.type && std::ranges::find(_types, *kind.type) != _types.end())
@@ -229,6 +237,5 @@ bool FileSelection::matches(const Archive &archive, const ZPGorvaneFileEntry &en
         return false;
     if (!_wantsDamaged && !_wantsSound)
         return true;
-    thread_local ZPData scratch;
-    return archive.dataFile->readBytesForFileEntry(entry, scratch).has_value() == _wantsSound;
+    return (archive.damage->causeOf(identifier) == nullptr) == _wantsSound;
 }

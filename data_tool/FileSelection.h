@@ -17,9 +17,9 @@ class FileSelection {
     /// classes too. Throws CommandFailure, a usage error, where there is none.
     void prepare(const WQDecoderSet &decoders);
 
-    /// The options that name files of which a data set has none, such as a type: mistyped, as a
-    /// rule. Each as it is written.
-    [[nodiscard]] std::vector<std::string> optionsWithoutFiles(const DataSet &dataSet) const;
+    /// Says which options name files of which a data set has none, such as a type: mistyped, as a
+    /// rule. False where there is one.
+    [[nodiscard]] bool sayWhatIsNotThere(const DataSet &dataSet) const;
 
     /// Whether any option leaves files out.
     bool isRestricted() const { return _isRestricted; }
@@ -41,6 +41,8 @@ class FileSelection {
         auto operator<=>(const ListedFile &) const = default;
     };
 
+    /// As they are written.
+    std::vector<std::string> optionsWithoutFiles(const DataSet &dataSet) const;
     bool matches(const Archive &archive, const ZPGorvaneFileEntry &entry) const;
     bool matchesType(const Archive &archive, std::uint32_t identifier) const;
     void readIdentifiers();

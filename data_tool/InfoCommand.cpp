@@ -88,10 +88,12 @@ int info(const std::string &path, const GlobalOptions &global) {
         const Land land(dataSet);
         if (const auto range = land.heightRange())
             writer.writeHeights(*range);
-        if (const std::string fault = land.faultInHeights(); !fault.empty()) {
-            say(fault);
-            status = kFoundOrFailed;
-        }
+        writer.finish();
+        for (const std::string &fault : {land.faultInHeights(), land.counts().unreadText()})
+            if (!fault.empty()) {
+                say(fault);
+                status = kFoundOrFailed;
+            }
     }
     writer.finish();
     return statusOver(dataSet, status);

@@ -1,7 +1,6 @@
 #include "data_tool/Land.h"
 
 #include "data_tool/Failure.h"
-#include "map/land/WQLandGridBuilder.h"
 
 #include <algorithm>
 #include <cmath>
@@ -9,7 +8,7 @@
 Land::Land(const DataSet &dataSet) : _clientData(dataSet), _grid(WQLandGrid::allocate()) {
     if (_grid == nullptr)
         throw std::bad_alloc();
-    WQFillLandGrid(*_grid, dataSet.cellDataFile(), nullptr);
+    _counts = WQFillLandGrid(*_grid, dataSet.cellDataFile(), nullptr);
     const Archive *portal = dataSet.portal();
     const auto *entry =
         portal != nullptr ? portal->entries().find(kWQWorldInfoIdentifier) : nullptr;

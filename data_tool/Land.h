@@ -3,7 +3,7 @@
 #include "data_tool/DataSet.h"
 #include "game/WQMapCoordinate.h"
 #include "game/WQWorldInfo.h"
-#include "map/land/WQLandGrid.h"
+#include "map/land/WQLandGridBuilder.h"
 
 /// The land of a data set with its real heights. Borrows the set.
 class Land {
@@ -12,6 +12,7 @@ class Land {
     explicit Land(const DataSet &dataSet);
 
     const WQLandGrid &grid() const { return *_grid; }
+    const WQLandCounts &counts() const { return _counts; }
     /// The region record. Throws CommandFailure when there is none.
     [[nodiscard]] const WQWorldInfo &worldInfo() const;
 
@@ -29,4 +30,5 @@ class Land {
     DataSetClientData _clientData;
     std::optional<WQWorldInfo> _worldInfo;
     std::unique_ptr<WQLandGrid> _grid;
+    WQLandCounts _counts;
 };

@@ -174,7 +174,8 @@ int list(Options &options, const GlobalOptions &global) {
     for (const Row &row : rows)
         (list.*write)(row);
     list.finish();
-    return statusOver(dataSet, kFine);
+    return statusOver(dataSet,
+                      options.selection.sayWhatIsNotThere(dataSet) ? kFine : kFoundOrFailed);
 }
 
 } // namespace

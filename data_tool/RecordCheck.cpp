@@ -3,7 +3,7 @@
 #include "data_tool/Progress.h"
 #include "data_tool/RecordReader.h"
 #include "game/WQRecordClass.h"
-#include "io/ZPParallel.h"
+#include "io/ZPParallelLog.h"
 #include "io/ZPSystemLog.h"
 #include "io/ZPThreadValues.h"
 
@@ -61,7 +61,8 @@ class Worker {
 
     void add(ZPGorvaneFinding::Severity severity, const char *kind, const ZPGorvaneFileEntry &entry,
              std::string cause) {
-        _findings.push_back({severity, kind, entry.identifier, entry.fileOffset, std::move(cause)});
+        _findings.push_back({severity, kind, entry.identifier, entry.fileOffset, std::move(cause),
+                             _archive.dataFile->path().string()});
     }
 
     const Archive &_archive;
@@ -79,16 +80,17 @@ ZPGorvaneFindings checkRecords(const DataSet &dataSet, const Archive &archive,
     ZPThreadValues<Worker> workers([&] { return Worker(dataSet, archive, decoders); });
     {
         Progress progress("decoding", entries.size());
-        ZPParallelRanges(entries.size(), kEntriesPerTask, [&](std::size_t first, std::size_t end) {
-            Worker &worker = workers.local();
-            for (std::size_t at = first; at < end; ++at) {
-                if (at + kAhead < entries.size())
-                    archive.dataFile->prefetchFileEntry(entries[at + kAhead]);
-                if (selection.includes(archive, entries[at]))
-                    worker.check(entries[at]);
-            }
-            progress.add(end - first);
-        });
+        ZPParallelRangesWithLog(
+            entries.size(), kEntriesPerTask, [&](std::size_t first, std::size_t end) {
+                Worker &worker = workers.local();
+                for (std::size_t at = first; at < end; ++at) {
+                    if (at + kAhead < entries.size())
+                        archive.dataFile->prefetchFileEntry(entries[at + kAhead]);
+                    if (selection.includes(archive, entries[at]))
+                        worker.check(entries[at]);
+                }
+                progress.add(end - first);
+            });
     }
     ZPGorvaneFindings findings;
     workers.forEach([&findings](Worker &worker) {

@@ -1,7 +1,7 @@
 #include "data_tool/SetDifference.h"
 
 #include "data_tool/Progress.h"
-#include "io/ZPParallel.h"
+#include "io/ZPParallelLog.h"
 #include "io/ZPSystemLog.h"
 #include "io/ZPThreadValues.h"
 
@@ -36,37 +36,58 @@ Pairs pairsOf(const Archive *before, const Archive *after, const FileSelection &
     return pairs;
 }
 
+using Faults = std::vector<std::pair<std::uint32_t, std::string>>;
+
+std::string faultText(const Archive &archive, std::uint32_t identifier, const std::string &cause) {
+    return ZPFormat("%s: %08x: %s", archive.dataFile->path().c_str(), identifier, cause.c_str());
+}
+
 class Worker {
   public:
-    /// Leaves a pair of equal files without either; a file that cannot be read is dropped.
+    /// Leaves a pair of equal files without either, and one of which a file cannot be read.
     void compare(FileChange &pair, const Archive *before, const Archive *after) {
         const auto old = read(pair.before, before, _oldScratch);
         const auto now = read(pair.after, after, _newScratch);
-        if (old && now && old->size() == now->size() &&
-            (old->empty() || std::memcmp(old->data(), now->data(), old->size()) == 0))
+        const bool isRead = old.has_value() == (pair.before != nullptr) &&
+                            now.has_value() == (pair.after != nullptr);
+        const bool isEqual =
+            old && now && old->size() == now->size() &&
+            (old->empty() || std::memcmp(old->data(), now->data(), old->size()) == 0);
+        if (isEqual || !isRead)
             pair.before = pair.after = nullptr;
     }
 
-    std::vector<std::pair<std::uint32_t, std::string>> faults;
+    Faults faults;
 
   private:
-    std::optional<std::span<const std::byte>> read(const ZPGorvaneFileEntry *&entry,
+    std::optional<std::span<const std::byte>> read(const ZPGorvaneFileEntry *entry,
                                                    const Archive *archive, ZPData &scratch) {
         if (entry == nullptr)
             return std::nullopt;
         ZPError error;
         const auto bytes = archive->dataFile->readBytesForFileEntry(*entry, scratch, &error);
-        if (!bytes) {
+        if (!bytes)
             faults.emplace_back(entry->identifier,
-                                ZPFormat("%s: %08x: %s", archive->dataFile->path().c_str(),
-                                         entry->identifier, error.failureReason().c_str()));
-            entry = nullptr;
-        }
+                                faultText(*archive, entry->identifier, error.failureReason()));
         return bytes;
     }
 
     ZPData _oldScratch, _newScratch;
 };
+
+/// Why a file that seems to differ says nothing about a change; empty where it does.
+std::string doubtAbout(const FileChange &pair, const ZPGorvaneFileEntry *entry,
+                       const Archive *archive) {
+    if (archive == nullptr)
+        return {};
+    if (entry == nullptr)
+        return archive->dataFile->mayHaveLost(pair.identifier)
+                   ? faultText(*archive, pair.identifier,
+                               "it may be lost, since the directory is damaged")
+                   : std::string();
+    const std::string *cause = archive->damage->causeOf(pair.identifier);
+    return cause != nullptr ? faultText(*archive, pair.identifier, *cause) : std::string();
+}
 
 } // namespace
 
@@ -77,26 +98,34 @@ ArchiveDifference compareArchives(const Archive *before, const Archive *after,
     ZPThreadValues<Worker> workers;
     {
         Progress progress("comparing", pairs.size());
-        ZPParallelRanges(pairs.size(), kPairsPerTask, [&](std::size_t first, std::size_t end) {
-            Worker &worker = workers.local();
-            for (std::size_t at = first; at < end; ++at) {
-                if (at + kAhead < pairs.size()) {
-                    const FileChange &next = pairs[at + kAhead];
-                    if (next.before != nullptr)
-                        before->dataFile->prefetchFileEntry(*next.before);
-                    if (next.after != nullptr)
-                        after->dataFile->prefetchFileEntry(*next.after);
-                }
-                worker.compare(pairs[at], before, after);
-            }
-            progress.add(end - first);
-        });
+        ZPParallelRangesWithLog(pairs.size(), kPairsPerTask,
+                                [&](std::size_t first, std::size_t end) {
+                                    Worker &worker = workers.local();
+                                    for (std::size_t at = first; at < end; ++at) {
+                                        if (at + kAhead < pairs.size()) {
+                                            const FileChange &next = pairs[at + kAhead];
+                                            if (next.before != nullptr)
+                                                before->dataFile->prefetchFileEntry(*next.before);
+                                            if (next.after != nullptr)
+                                                after->dataFile->prefetchFileEntry(*next.after);
+                                        }
+                                        worker.compare(pairs[at], before, after);
+                                    }
+                                    progress.add(end - first);
+                                });
     }
-    std::erase_if(pairs, [](const FileChange &pair) {
-        return pair.before == nullptr && pair.after == nullptr;
+    Faults faults;
+    std::erase_if(pairs, [&](const FileChange &pair) {
+        if (pair.before == nullptr && pair.after == nullptr)
+            return true;
+        std::string doubt = doubtAbout(pair, pair.before, before);
+        if (doubt.empty())
+            doubt = doubtAbout(pair, pair.after, after);
+        if (!doubt.empty())
+            faults.emplace_back(pair.identifier, doubt);
+        return !doubt.empty();
     });
     ArchiveDifference difference{std::move(pairs), {}};
-    std::vector<std::pair<std::uint32_t, std::string>> faults;
     workers.forEach([&faults](Worker &worker) {
         std::ranges::move(worker.faults, std::back_inserter(faults));
     });

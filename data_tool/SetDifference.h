@@ -6,14 +6,15 @@
 /// A file that only one of two archives has, or that differs between them.
 struct FileChange {
     std::uint32_t identifier;
-    // Null where the archive does not have the file, or cannot read it.
+    // Null where the archive does not have the file.
     const ZPGorvaneFileEntry *before, *after;
 };
 
 struct ArchiveDifference {
     /// By identifier.
     std::vector<FileChange> changes;
-    /// Files that could not be read, and why; each counts as not there.
+    /// Files that cannot be compared, and why: damaged in one of the archives, or perhaps lost
+    /// there. They are among no changes.
     std::vector<std::string> faults;
 };
 

@@ -56,6 +56,8 @@ void WQDataFileComparison::buildComparison() {
         _digests2 = buildDigests(*hasher2, nullptr);
     if (!_digests1 || !_digests2)
         return;
+    _unreadableCount1 = _dataFile1->fileCount() - _digests1->size();
+    _unreadableCount2 = _dataFile2->fileCount() - _digests2->size();
     compareDigests();
     if (_dataFile1->type() != WQDataFile::cell)
         return;
@@ -68,21 +70,41 @@ void WQDataFileComparison::compareDigests() {
     FileKeys &added = _fileKeysAdded.emplace();
     FileKeys &removed = _fileKeysRemoved.emplace();
     FileKeys &changed = _fileKeysChanged.emplace();
+    const auto note = [this](FileKeys &keys, std::uint32_t identifier) {
+        if (!isLeftOut(identifier))
+            keys.push_back(identifier);
+    };
     auto file1 = _digests1->begin();
     auto file2 = _digests2->begin();
     while (file1 != _digests1->end() || file2 != _digests2->end()) {
         if (file1 == _digests1->end() ||
             (file2 != _digests2->end() && file2->identifier < file1->identifier)) {
-            added.push_back((file2++)->identifier);
+            note(added, (file2++)->identifier);
         } else if (file2 == _digests2->end() || file1->identifier < file2->identifier) {
-            removed.push_back((file1++)->identifier);
+            note(removed, (file1++)->identifier);
         } else {
             if (file1->digest != file2->digest)
-                changed.push_back(file1->identifier);
+                note(changed, file1->identifier);
             ++file1;
             ++file2;
         }
     }
+}
+
+/// Of a file that differs, or that only one archive has a digest of.
+bool WQDataFileComparison::isLeftOut(std::uint32_t identifier) {
+    if (!_leavesOutUnreadable)
+        return false;
+    const auto isUnreadableIn = [=](const WQDataFile &dataFile, const WQFileDigestMap &digests) {
+        return dataFile.mayHaveLost(identifier) ||
+               (dataFile.fileEntriesByIdentifier().find(identifier) != nullptr &&
+                !digests.contains(identifier));
+    };
+    const bool isLeftOut = isUnreadableIn(*_dataFile1, *_digests1) ||
+                           isUnreadableIn(*_dataFile2, *_digests2) ||
+                           (_isDoubtful && _isDoubtful(identifier));
+    _leftOutCount += isLeftOut;
+    return isLeftOut;
 }
 
 WQFileDigestMap WQDataFileComparison::buildSHA1DigestsByIDForDataFile(WQDataFile &dataFile) const {

@@ -5,6 +5,7 @@
 #include "game/WQLandBlockSet.h"
 
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -13,13 +14,26 @@
 /// What changed between an older archive and a newer one: the files that came, went or differ in
 /// their SHA-1, and for cell archives the land blocks that they belong to.
 ///
-/// A file that cannot be read has no digest and counts as not there. With either archive missing
-/// there is nothing to compare: lists and sets stay without a value.
+/// A file that cannot be read has no digest and counts as not there, unless such files are to be
+/// left out. With either archive missing there is nothing to compare: lists and sets stay without a
+/// value.
 class WQDataFileComparison {
   public:
     /// Borrows both; either may be null.
     WQDataFileComparison(WQDataFile *oldDataFile, WQDataFile *newDataFile)
         : _dataFile1(oldDataFile), _dataFile2(newDataFile) {}
+
+    /// From now on nothing is said of a file that one of the archives has, or may have had, and
+    /// that cannot be read there, nor of one that `isDoubtful`, if given, holds to be so.
+    void leaveOutUnreadableFiles(std::function<bool(std::uint32_t identifier)> isDoubtful = {}) {
+        _leavesOutUnreadable = true;
+        _isDoubtful = std::move(isDoubtful);
+    }
+    /// How many were left out.
+    std::size_t leftOutCount() const { return _leftOutCount; }
+    /// Of the files that the archives' indexes have, how many could not be read.
+    std::size_t unreadableCount1() const { return _unreadableCount1; }
+    std::size_t unreadableCount2() const { return _unreadableCount2; }
 
     /// Reads every file of both archives, gives each its digest and compares these, on all
     /// processors; loads their indexes if necessary.
@@ -59,9 +73,13 @@ class WQDataFileComparison {
   private:
     WQFileDigestMap buildDigests(WQFileHasher &hasher, WQFileHasher *newer) const;
     void compareDigests();
+    bool isLeftOut(std::uint32_t identifier);
 
     WQDataFile *_dataFile1;
     WQDataFile *_dataFile2;
+    bool _leavesOutUnreadable = false;
+    std::function<bool(std::uint32_t)> _isDoubtful;
+    std::size_t _leftOutCount = 0, _unreadableCount1 = 0, _unreadableCount2 = 0;
     std::optional<WQFileDigestMap> _digests1;
     std::optional<WQFileDigestMap> _digests2;
     std::optional<FileKeys> _fileKeysAdded;

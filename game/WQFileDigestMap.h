@@ -38,6 +38,10 @@ class WQFileDigestMap {
             return std::nullopt;
         return digest->text();
     }
+    bool contains(std::uint32_t identifier) const {
+        return std::ranges::binary_search(begin(), end(), identifier, {},
+                                          &WQFileDigest::identifier);
+    }
 
   private:
     ZPLargeArray<WQFileDigest> _digests;

@@ -4,6 +4,7 @@
 #include "io/ZPParallel.h"
 #include "io/ZPSystemLog.h"
 
+#include <algorithm>
 #include <atomic>
 #include <mutex>
 #include <utility>
@@ -70,4 +71,12 @@ void ZPParallelForWithLog(std::size_t count, const std::function<void(std::size_
         log.releaseAll();
         throw;
     }
+}
+
+void ZPParallelRangesWithLog(std::size_t count, std::size_t mostPerRange,
+                             const std::function<void(std::size_t first, std::size_t end)> &body) {
+    ZPParallelForWithLog((count + mostPerRange - 1) / mostPerRange, [&](std::size_t range) {
+        const std::size_t first = range * mostPerRange;
+        body(first, std::min(first + mostPerRange, count));
+    });
 }

@@ -4,6 +4,7 @@
 #include "io/ZPStage.h"
 #include "io/ZPSystemLog.h"
 #include "map/land/WQLandGridBuilder.h"
+#include "map/overlay/WQPlotFile.h"
 #include "map/png/WQPNGFile.h"
 
 #include <limits>
@@ -33,6 +34,24 @@ std::string reasonForNoLand(const WQDataFile *cellDataFile, const WQLandCounts &
                                              cellDataFile->fileCount())
                                   : ZPFormat("none of the land blocks in %s can be read (%u)", path,
                                              counts.landBlocks);
+}
+
+/// `portal` may be null.
+std::string reasonForNoRegionRecord(const WQDataFile *portal) {
+    const std::string reason = portal != nullptr ? reasonForNoFiles(*portal) : std::string();
+    if (!reason.empty())
+        return reason;
+    const std::string path = portal != nullptr ? portal->path().string() + ": " : std::string();
+    return path + "the region record (13000000) is not there or cannot be read";
+}
+
+/// Empty where all files of the archive are known.
+std::string textOfDamage(const WQDataFile &dataFile) {
+    return dataFile.findings().countWithoutFile() > 0
+               ? ZPFormat("Land may be missing, since %s is damaged; `plotterra-data check` says "
+                          "where",
+                          dataFile.path().c_str())
+               : std::string();
 }
 
 bool saveImage(const WQImage *image, const std::filesystem::path &path, const char *kind,
@@ -113,9 +132,26 @@ bool WQMapper::setupLandBlockData(bool comparesWithOldData) {
           counts.objectBlocks * 100.0 / kTotalBlocks,
           counts.landBlocks != 0 ? counts.objectBlocks * 100.0 / counts.landBlocks
                                  : std::numeric_limits<double>::quiet_NaN());
-    if (const std::string reason = reasonForNoLand(cellDataFile, counts); !reason.empty())
-        _shortcomings.push_back("The picture shows no land: " + reason);
+    noteWhatIsMissing(counts, comparesWithOldData);
     return true;
+}
+
+void WQMapper::noteWhatIsMissing(const WQLandCounts &counts, bool isMap) {
+    const WQDataFile *cellDataFile = _clientData.cellDataFile();
+    const auto note = [this](const std::string &line) {
+        if (!line.empty())
+            _shortcomings.push_back(line);
+    };
+    if (isMap && counts.drawnBlocks > 0 && _clientData.worldInfo() == nullptr)
+        note("The land is drawn as if it were flat: " +
+             reasonForNoRegionRecord(_clientData.portalDataFile()));
+    if (isMap && _overlayChoice.coordinates)
+        note(WQTextOfPlacesOffTheMap(*_overlayChoice.coordinates));
+    note(counts.unreadText());
+    if (cellDataFile != nullptr)
+        note(textOfDamage(*cellDataFile));
+    if (const std::string reason = reasonForNoLand(cellDataFile, counts); !reason.empty())
+        note("The picture shows no land: " + reason);
 }
 
 /// Without an archive on either side the comparison finds nothing.
@@ -131,6 +167,17 @@ void WQMapper::compareWithOldData() {
         _shortcomings.push_back("No land counts as changed: there is no older cell archive");
     else if (const std::string reason = reasonForNoFiles(*oldCellDataFile); !reason.empty())
         _shortcomings.push_back("All land counts as added: " + reason);
+    else {
+        if (const std::size_t count = _comparison->unreadableCount1(); count > 0)
+            _shortcomings.push_back(
+                ZPFormat("%zu files of %s could not be read, and count as added", count,
+                         oldCellDataFile->path().c_str()));
+        if (const std::string damage = textOfDamage(*oldCellDataFile); !damage.empty())
+            _shortcomings.push_back(damage);
+    }
+    if (const std::size_t count = _comparison->unreadableCount2(); count > 0)
+        _shortcomings.push_back(ZPFormat("%zu files of %s could not be read, and count as removed",
+                                         count, cellDataFile->path().c_str()));
 }
 
 // -- pictures

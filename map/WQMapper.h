@@ -14,6 +14,8 @@
 #include <memory>
 #include <vector>
 
+struct WQLandCounts;
+
 inline constexpr char kWQMapperErrorDomain[] = "WQMapperErrorDomain";
 
 /// The map renderer: its settings, and the pictures and the report that it makes of a data set.
@@ -74,8 +76,8 @@ class WQMapper {
     /// Compares with the old client data, if any, and reads the land, loading indexes if necessary;
     /// false when there is no memory for it.
     [[nodiscard]] bool setupLandBlockData();
-    /// What the land that was last set up lacks because of an archive, and which and why: a line
-    /// each, none as a rule.
+    /// What the land that was last set up lacks because of an archive, and which and why, and
+    /// places that lie off the map: a line each, none as a rule.
     const std::vector<std::string> &shortcomings() const { return _shortcomings; }
     void freeLandBlockData() { _landGrid.reset(); }
     /// Null unless the land is set up. Making a picture sets it up anew and uses it up.
@@ -137,6 +139,7 @@ class WQMapper {
   private:
     [[nodiscard]] bool setupLandBlockData(bool comparesWithOldData);
     void compareWithOldData();
+    void noteWhatIsMissing(const WQLandCounts &counts, bool isMap);
     void logImageSize(std::size_t bytesPerPixel) const;
     WQTerrainShader terrainShader(bool marksChanges) const;
     WQShadedLand shadeLand();

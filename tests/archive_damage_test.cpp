@@ -165,21 +165,24 @@ TEST_F(Damage, SaysWhatIsWrong) {
          "00001700 contains loop to 00001700\""},
         {kRoot + 4, kHuge, 34, 34, "dir 00001700> Subdirectory at index 0 failed checks..."},
         {kRoot + 4, kRoot, 34, 34,
-         "dir 00001700> Subdirectory 00001700 was read already and is not followed again"},
+         "dir 00001700> Subdirectory 00001700 was read already and is not followed again "
+         "(client_cell_1.dat)"},
         {kRoot + 4, kSecondChild, 34, 34,
-         "dir 00001700> Subdirectory 00001000 was read already and is not followed again"},
+         "dir 00001700> Subdirectory 00001000 was read already and is not followed again "
+         "(client_cell_1.dat)"},
         {kRoot + 252, kHuge, 66, 66,
          "Error: Directory 00001700 has an invalid number of files (4294967295), must be count <= "
          "61"},
         {kRoot + 252, 0, 32, 32,
          "dir 00001700> count: 0, but subdirectory 00001000 follows behind the last one, "
-         "and nothing else leads there; it is left out"},
+         "and nothing else leads there; it is left out (client_cell_1.dat)"},
         {kRoot + 0x100 + 12, kHuge, 66, 65, kNoWord},
         {kRoot + 0x100 + 16, kHuge, 66, 65, kNoWord},
         // a child, which has an empty slot after its entries
         {kFirstChild + 252, kHuge, 66, 66, "dir 00000900> Failed to create file entry 32"},
         {kFirstChild + 4, kRoot, 66, 66,
-         "dir 00000900> Subdirectory 00001700 was read already and is not followed again"},
+         "dir 00000900> Subdirectory 00001700 was read already and is not followed again "
+         "(client_cell_1.dat)"},
         // files
         {kLandBlock, kLandBlock, 66, 2, kNoWord},
         {kLongFile, 1, 66, 65, kNoWord},
@@ -259,8 +262,9 @@ TEST(SharedChains, CostNoMoreThanTheArchiveIsLong) {
     dataFile.loadFileEntriesIfNecessary();
     EXPECT_NE(captured.take().find(
                   "The files claim more than 16 times what the archive holds; the 40 of 20971520 "
-                  "bytes and more are left out"),
+                  "bytes and more are not read (archive)"),
               std::string::npos);
+    EXPECT_EQ(dataFile.fileCount(), 20'040u);
     // Following the whole chain for each of these would take most of a minute.
     std::size_t readable = 0;
     ZPData scratch;

@@ -44,11 +44,19 @@ class LandSetup : public testing::Test {
         archive.writeToPath(cellArchive(name));
     }
 
+    /// Without that of the portal archive, which none of these worlds has.
+    static Lines shortcomingsOfCells(const WQMapper &mapper) {
+        Lines lines = mapper.shortcomings();
+        std::erase_if(lines, [](const std::string &line) {
+            return line.starts_with("The land is drawn as if it were flat: /");
+        });
+        return lines;
+    }
     Lines shortcomingsOf(const std::string &name) const {
         WQClientData clientData(folder / name);
         WQMapper mapper(clientData);
         EXPECT_TRUE(mapper.setupLandBlockData());
-        return mapper.shortcomings();
+        return shortcomingsOfCells(mapper);
     }
 
     TemporaryFolder folder;
@@ -95,7 +103,7 @@ TEST_F(LandSetup, ClientDataOfNoDirectoryIsAllSea) {
                   current == &newer ? WQLandPoint::hasData | WQLandPoint::isPassable : 0);
         ASSERT_TRUE(mapper.saveChangesToURL(folder / "changes"));
         EXPECT_TRUE(textOfFile(folder / "changes").starts_with(nothing));
-        EXPECT_EQ(mapper.shortcomings(),
+        EXPECT_EQ(shortcomingsOfCells(mapper),
                   current == &newer
                       ? Lines{"No land counts as changed: there is no older cell archive"}
                       : Lines{"The picture shows no land: there is no cell archive"});
@@ -115,7 +123,7 @@ TEST_F(LandSetup, LoadsBothArchivesBeforeItCompares) {
     EXPECT_EQ(mapper.comparison()->fileKeysRemoved(), std::vector{0x00010100u});
     EXPECT_EQ(mapper.comparison()->fileKeysChanged(), std::vector{0x1234FFFFu});
     EXPECT_TRUE(mapper.landGrid()->at(0x12 * 8, 0x34 * 8).has(WQLandPoint::wasChanged));
-    EXPECT_EQ(mapper.shortcomings(), Lines());
+    EXPECT_EQ(shortcomingsOfCells(mapper), Lines());
 
     // A height map compares nothing, and has no changes to tell of.
     ASSERT_TRUE(mapper.saveHeightMapToURL(folder / "heights.png"));
@@ -162,11 +170,11 @@ TEST_F(LandSetup, SaysWhichArchiveLeftItWithoutLandAndWhy) {
         mapper.setOldClientData(&older);
         ASSERT_TRUE(mapper.setupLandBlockData());
         const bool hasFiles = older.cellDataFile()->fileCount() != 0;
-        EXPECT_EQ(mapper.shortcomings(),
+        EXPECT_EQ(shortcomingsOfCells(mapper),
                   hasFiles ? Lines() : Lines{"All land counts as added: " + reason});
         mapper.setOldClientData(nullptr);
         ASSERT_TRUE(mapper.setupLandBlockData());
-        EXPECT_EQ(mapper.shortcomings(), Lines()); // those of the next picture
+        EXPECT_EQ(shortcomingsOfCells(mapper), Lines()); // those of the next picture
     }
     close(descriptor);
 }

@@ -6,7 +6,9 @@
 #include "io/ZPSystemLog.h"
 #include "map/overlay/WQPlotFile.h"
 
+#include <algorithm>
 #include <cstdlib>
+#include <iterator>
 
 namespace {
 
@@ -19,7 +21,8 @@ std::unique_ptr<WQClientData> loadClientData(const std::string &path) {
     return clientData;
 }
 
-void configure(WQMapper &mapper, const Options &options) {
+/// What could not be read for it is added to the shortcomings.
+void configure(WQMapper &mapper, const Options &options, std::vector<std::string> &shortcomings) {
     // The scheme replaces the whole table of colours, so that snow and water leave no trace in the
     // picture. The order is part of how the program behaves.
     if (options.snow)
@@ -32,7 +35,7 @@ void configure(WQMapper &mapper, const Options &options) {
     mapper.updateLandColors(WQMapColorScheme());
     mapper.setLightVector({-0.5f, 0.5f, 0.707107f});
     if (options.plotPath)
-        mapper.setCoordinates(WQReadPlotFile(*options.plotPath));
+        mapper.setCoordinates(WQReadPlotFile(*options.plotPath, &shortcomings));
 }
 
 /// Logs "error <what>: <error>", with (null) for a failure that came without an error.
@@ -85,7 +88,8 @@ void MapRun::drawAsAsked(const Options &options) {
         _oldClientData = loadClientData(*options.oldPath);
     _clientData = loadClientData(options.inputPath);
     _mapper = std::make_unique<WQMapper>(*_clientData);
-    configure(*_mapper, options);
+    std::vector<std::string> shortcomings;
+    configure(*_mapper, options, shortcomings);
     const bool savesChanges = options.changesPath && _oldClientData != nullptr;
     if (!announceOutput(options.heightMap ? "saving height map" : "saving map",
                         options.outputPath) ||
@@ -95,9 +99,13 @@ void MapRun::drawAsAsked(const Options &options) {
     if (savesChanges)
         saveChanges(options);
     // At the very end, where it cannot be overlooked: the run looks like a success otherwise.
-    if (isSaved)
-        for (const std::string &shortcoming : _mapper->shortcomings())
+    if (isSaved) {
+        if (options.heightMap)
+            shortcomings.clear(); // nothing is laid over it
+        std::ranges::copy(_mapper->shortcomings(), std::back_inserter(shortcomings));
+        for (const std::string &shortcoming : shortcomings)
             ZPLog("%s", shortcoming.c_str());
+    }
     hintAtOrder(options);
 }
 

@@ -1,7 +1,6 @@
 #include "web/WQWebLand.h"
 
 #include "io/ZPSystemLog.h"
-#include "map/land/WQLandGridBuilder.h"
 
 namespace {
 
@@ -46,7 +45,7 @@ std::optional<WQWebLand> WQWebLand::readLand(WQClientData &clientData,
     }
     WQDataFile &cellDataFile = *clientData.cellDataFile();
     cellDataFile.loadFileEntriesIfNecessary();
-    WQFillLandGrid(*land.grid, cellDataFile, nullptr);
+    land.counts = WQFillLandGrid(*land.grid, cellDataFile, nullptr);
     cellDataFile.didReadAllFiles();
     land.landBlockCount = takeFlagsOfGrid(*land.grid, land.blocks);
     if (land.landBlockCount == 0) {

@@ -2,6 +2,7 @@
 
 #include "game/WQClientData.h"
 #include "game/WQDataFileComparison.h"
+#include "map/land/WQLandGridBuilder.h"
 #include "web/WQLandPacking.h"
 
 #include <memory>
@@ -12,6 +13,7 @@ struct WQWebLand {
     std::unique_ptr<WQLandGrid> grid;
     WQBlockFlags blocks{};
     std::uint32_t landBlockCount = 0;
+    WQLandCounts counts;
 
     /// Reads the cell archive, whose index is loaded if need be. With a comparison, blocks are also
     /// flagged as added, removed or changed, whether or not there is land in them. None, with an

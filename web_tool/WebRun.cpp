@@ -29,6 +29,17 @@ std::optional<WQWebLand> readLand(WQClientData &clientData,
     return land;
 }
 
+/// What the page lacks of the land of an archive.
+void noteLosses(const WQDataFile &cellDataFile, const WQWebLand &land,
+                std::vector<std::string> &shortcomings) {
+    const std::string path = cellDataFile.path().string();
+    if (const std::string unread = land.counts.unreadText(); !unread.empty())
+        shortcomings.push_back(path + ": " + unread);
+    if (cellDataFile.findings().countWithoutFile() > 0)
+        shortcomings.push_back(path + ": land may be missing, since the archive is damaged; "
+                                      "`plotterra-data check` says where");
+}
+
 bool fail(const std::string &path, const ZPError &error) {
     ZPLog("Error: %s: %s", path.c_str(), error.failureReason().c_str());
     return false;
@@ -51,17 +62,24 @@ bool writePage(const WQWebContent &content, const std::string &path) {
 } // namespace
 
 int runWeb(const WebOptions &options) {
+    std::vector<std::string> shortcomings;
     WQWebContent content;
     content.title = options.title;
     std::vector<WQMapPoint> places;
-    if (options.plotPath)
-        places = WQPlacesForPage(WQReadPlotFile(*options.plotPath));
+    if (options.plotPath) {
+        const auto read = WQReadPlotFile(*options.plotPath, &shortcomings);
+        places = WQPlacesForPage(read);
+        if (places.size() < read.size())
+            shortcomings.push_back(ZPFormat("%zu of %zu places are not on the page",
+                                            read.size() - places.size(), read.size()));
+    }
     content.places = places;
 
     const auto clientData = loadClientData(options.inputPath);
     content.worldInfo = clientData->worldInfo();
     if (content.worldInfo == nullptr)
-        ZPLog("Error: there is no region record (13000000); the land is taken to be flat.");
+        shortcomings.emplace_back(
+            "there is no region record (13000000); the land is taken to be flat");
     else if (const std::string fault = content.worldInfo->faultInLandHeights(); !fault.empty())
         ZPLog("Error: %s; they are taken to be 0", fault.c_str());
 
@@ -81,12 +99,23 @@ int runWeb(const WebOptions &options) {
             return EXIT_FAILURE;
         const ZPStage stage("compare");
         comparison.emplace(oldClientData->cellDataFile(), clientData->cellDataFile());
+        comparison->leaveOutUnreadableFiles();
         comparison->buildComparison();
+        noteLosses(*oldClientData->cellDataFile(), *olderLand, shortcomings);
+        if (const std::size_t count = comparison->leftOutCount(); count > 0)
+            shortcomings.push_back(ZPFormat(
+                "%zu files count as unchanged, since one world has them unreadable", count));
         content.olderLand = &*olderLand;
     }
     const auto land = readLand(*clientData, comparison ? &*comparison : nullptr);
     if (!land)
         return EXIT_FAILURE;
     content.land = &*land;
-    return writePage(content, options.outputPath) ? EXIT_SUCCESS : EXIT_FAILURE;
+    noteLosses(*clientData->cellDataFile(), *land, shortcomings);
+    if (!writePage(content, options.outputPath))
+        return EXIT_FAILURE;
+    // At the very end, where it cannot be overlooked.
+    for (const std::string &shortcoming : shortcomings)
+        ZPLog("Error: %s", shortcoming.c_str());
+    return shortcomings.empty() ? EXIT_SUCCESS : EXIT_FAILURE;
 }

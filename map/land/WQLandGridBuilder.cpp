@@ -29,6 +29,8 @@ class Strip {
     WQLandCounts counts;
 
   private:
+    void leaveOut(const WQDataFile &cellDataFile, const ZPGorvaneFileEntry &entry,
+                  const std::string &cause, bool isOfRecord);
     void fillBlock(const ZPGorvaneFileEntry &entry, const WQLandBlock &block, WQLandGrid &grid,
                    const WQDataFileComparison *comparison);
 
@@ -73,8 +75,10 @@ void Strip::fill(unsigned number, WQLandGrid &grid, const WQDataFile &cellDataFi
             continue;
         ++counts.landBlocks;
         if (entry.fileSize > kGreatestRecordSize) {
-            ZPLog("Land block %08x is left out: it claims %u bytes, where a land block has %u",
-                  entry.identifier, entry.fileSize, WQLandBlock::kRecordSize);
+            leaveOut(cellDataFile, entry,
+                     ZPFormat("it claims %u bytes, where a land block has %u", entry.fileSize,
+                              WQLandBlock::kRecordSize),
+                     true);
             continue;
         }
         ZPError error;
@@ -85,8 +89,18 @@ void Strip::fill(unsigned number, WQLandGrid &grid, const WQDataFile &cellDataFi
         if (block)
             fillBlock(entry, *block, grid, comparison);
         else
-            ZPLog("Land block %08x is left out: %s", entry.identifier, error.description().c_str());
+            leaveOut(cellDataFile, entry, error.description(),
+                     bytes.has_value()); // else the archive has collected it
     }
+}
+
+void Strip::leaveOut(const WQDataFile &cellDataFile, const ZPGorvaneFileEntry &entry,
+                     const std::string &cause, bool isOfRecord) {
+    ++counts.unreadBlocks;
+    if (isOfRecord)
+        cellDataFile.collect(kZPGorvaneRecordFinding, entry, cause);
+    ZPLog("Land block %08x is left out: %s%s", entry.identifier, cause.c_str(),
+          cellDataFile.nameInParentheses().c_str());
 }
 
 void Strip::fillBlock(const ZPGorvaneFileEntry &entry, const WQLandBlock &block, WQLandGrid &grid,
@@ -128,6 +142,13 @@ void Strip::fillEastEdge(unsigned number, WQLandGrid &grid) const {
 
 } // namespace
 
+std::string WQLandCounts::unreadText() const {
+    return unreadBlocks > 0 ? ZPFormat("%u of %u land blocks could not be read; `plotterra-data "
+                                       "check` says why",
+                                       unreadBlocks, landBlocks)
+                            : std::string();
+}
+
 WQLandCounts WQFillLandGrid(WQLandGrid &grid, const WQDataFile &cellDataFile,
                             const WQDataFileComparison *comparison) {
     std::vector<Strip> strips(Strip::kCount);
@@ -140,6 +161,7 @@ WQLandCounts WQFillLandGrid(WQLandGrid &grid, const WQDataFile &cellDataFile,
         counts.landBlocks += strips[number].counts.landBlocks;
         counts.objectBlocks += strips[number].counts.objectBlocks;
         counts.drawnBlocks += strips[number].counts.drawnBlocks;
+        counts.unreadBlocks += strips[number].counts.unreadBlocks;
     }
     return counts;
 }
