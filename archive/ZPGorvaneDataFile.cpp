@@ -80,13 +80,12 @@ void ZPGorvaneDataFile::say(const char *kind, std::uint64_t offset, const std::s
 void ZPGorvaneDataFile::quickLoadDataVersion() {
     if (_blockStorage == nullptr)
         return;
-    std::uint64_t place = _blockStorage->rootOffset();
+    std::optional<ZPGorvaneFileEntry> entry;
     try {
-        const auto entry = ZPGorvaneDirectory::searchForFileWithIdentifier(
-            ZPGorvaneVersion::kIdentifier, *this, _blockStorage->rootOffset());
+        entry = ZPGorvaneDirectory::searchForFileWithIdentifier(ZPGorvaneVersion::kIdentifier,
+                                                                *this, _blockStorage->rootOffset());
         if (!entry)
             return;
-        place = entry->fileOffset;
         ZPError error;
         const auto data = readDataForFileEntry(*entry, &error);
         if (!data) {
@@ -97,10 +96,11 @@ void ZPGorvaneDataFile::quickLoadDataVersion() {
     } catch (const std::bad_alloc &) {
         throw; // nothing of the archive's
     } catch (const std::exception &exception) {
-        say(kZPGorvaneRecordFinding, place,
-            ZPFormat("the data version cannot be read: %s", exception.what()),
-            ZPFormat("Bummer, caught exception trying to quick load the data version: %s",
-                     exception.what()));
+        // Before there is an entry, it is a node's, which the index will meet again.
+        if (entry)
+            collect(kZPGorvaneRecordFinding, *entry, exception.what());
+        ZPLog("Bummer, caught exception trying to quick load the data version: %s",
+              exception.what());
     }
 }
 

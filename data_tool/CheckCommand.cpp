@@ -93,9 +93,12 @@ int check(Options &options, const GlobalOptions &global) {
         for (const ZPGorvaneFileEntry &entry : archive.entries())
             fileCount += options.selection.includes(archive, entry);
     }
-    const int status = report.finish(fileCount);
+    int status = report.finish(fileCount);
     if (!options.selection.sayWhatIsNotThere(dataSet) || !dataSet.isWhole)
-        return kFoundOrFailed;
+        status = kFoundOrFailed;
+    // What is wrong with directories was left out of the report.
+    if (options.selection.isRestricted() && !sayWhatMayBeMissing(dataSet))
+        status = kFoundOrFailed;
     return status;
 }
 

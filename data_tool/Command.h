@@ -16,10 +16,11 @@ struct GlobalOptions {
 
     /// Null where none was named.
     const ZPGorvaneArchiveFamily *family() const { return WQArchiveFamilyWithKey(gameKey); }
-    /// Says what was found wrong with the directories, too.
+    /// Says what was found wrong with the directories, too, unless the log does.
     DataSet openDataSet(const std::string &path) const {
         DataSet dataSet = ::openDataSet(path, family());
-        dataSet.sayFaults();
+        if (!isVerbose)
+            dataSet.sayFaults();
         return dataSet;
     }
 };
@@ -64,6 +65,8 @@ inline std::string isNotEmpty(const std::string &text) {
 /// opened, or where something in one could not be read. Says last where files may be missing
 /// altogether.
 [[nodiscard]] int statusOver(const DataSet &dataSet, int status);
+/// Says of which archives files may be missing; false where there is one.
+[[nodiscard]] bool sayWhatMayBeMissing(const DataSet &dataSet);
 
 /// Reads a command line, runs its command and gives the exit status.
 int runDataTool(int argc, const char *const *argv);

@@ -53,12 +53,20 @@ int refuse(const std::string &reason) {
 
 } // namespace
 
-int statusOver(const DataSet &dataSet, int status) {
+bool sayWhatMayBeMissing(const DataSet &dataSet) {
+    bool isComplete = true;
     for (const Archive &archive : dataSet.archives)
-        if (archive.dataFile->findings().countWithoutFile() > 0)
+        if (archive.dataFile->findings().countWithoutFile() > 0) {
             say(archive.fileName() + ": files may be missing, since the archive is damaged; "
                                      "`plotterra-data check` says where");
-    return status == kFine && !dataSet.isSound() ? kFoundOrFailed : status;
+            isComplete = false;
+        }
+    return isComplete;
+}
+
+int statusOver(const DataSet &dataSet, int status) {
+    const bool isSound = sayWhatMayBeMissing(dataSet) && dataSet.isSound();
+    return status == kFine && !isSound ? kFoundOrFailed : status;
 }
 
 int runDataTool(int argc, const char *const *argv) {

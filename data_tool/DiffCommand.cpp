@@ -37,8 +37,8 @@ class DifferenceWriter {
     void write(const Archive *before, const Archive *after) {
         const ArchiveDifference difference = compareArchives(before, after, _options.selection);
         for (const std::string &fault : difference.faults)
-            say(fault);
-        _faultCount += difference.faults.size();
+            if (++_faultCount <= kMostFaults)
+                say(fault);
         for (const FileChange &change : difference.changes)
             writeChange(change, before, after);
     }
@@ -49,8 +49,8 @@ class DifferenceWriter {
             _output.format("added: %zu, removed: %zu, changed: %zu\n", _added, _removed, _changed);
         _output.flush();
         if (_faultCount > 0)
-            say(ZPFormat("%zu files could not be compared; `plotterra-data check` says why",
-                         _faultCount));
+            say(ZPFormat("%zu files could not be compared%s; `plotterra-data check` says why",
+                         _faultCount, _faultCount > kMostFaults ? ", those above among them" : ""));
         return _failed || _faultCount > 0 || _added + _removed + _changed > 0 ? kFoundOrFailed
                                                                               : kFine;
     }
@@ -139,6 +139,8 @@ class DifferenceWriter {
     static const char *textOrNone(const std::string &text) {
         return text.empty() ? "(none)" : text.c_str();
     }
+
+    static constexpr std::size_t kMostFaults = 20;
 
     const Options &_options;
     const bool _isTSV;

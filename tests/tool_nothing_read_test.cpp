@@ -4,6 +4,7 @@
 #include "tests/ProgramRun.h"
 
 #include <algorithm>
+#include <fstream>
 #include <gtest/gtest.h>
 
 namespace {
@@ -65,4 +66,27 @@ TEST(NothingRead, HeightsThatAreNoNumbersAreSaidAtTheEnd) {
     EXPECT_EQ(run.logLines().back(),
               "1 of the 256 land heights in the region record (13000000) are no finite numbers, "
               "first that of index 4; they are taken to be 0");
+}
+
+TEST(NothingRead, WhatAPictureLacksIsSaidAtTheEnd) {
+    const TemporaryFolder folder;
+    const std::string cells = folder / "cells", plot = folder / "plot.txt";
+    std::filesystem::create_directory(cells);
+    std::filesystem::create_symlink(PLOTTERRA_SAMPLE_WORLD "/client_cell_1.dat",
+                                    cells + "/client_cell_1.dat");
+    std::ofstream(plot) << "a;1N 2E;A\nb;nowhere;B\nc;300N 2E;Far\n";
+    const auto lastLines = [&](const std::string &places, std::size_t count) {
+        const auto lines =
+            runProgram({PLOTTERRA_PROGRAM, "--plot", places, cells, folder / "map"}).logLines();
+        return std::vector<std::string>(lines.end() - static_cast<long>(count), lines.end());
+    };
+    const std::string flat = "The land is drawn as if it were flat: " + cells +
+                             "/client_portal.dat cannot be opened: No such file or directory";
+    EXPECT_EQ(lastLines(plot, 3),
+              (std::vector{"1 of 4 lines in " + plot + " make no place, first line 2", flat,
+                           std::string("1 of 2 places lie off the world, first Far")}));
+    EXPECT_EQ(lastLines(folder / "none", 2),
+              (std::vector{"The places of " + (folder / "none").string() +
+                               " are missing: No such file or directory",
+                           flat}));
 }

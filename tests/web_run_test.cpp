@@ -85,6 +85,14 @@ TEST_F(WebRun, GivesThePageAnEndingAndSaysWhereItIs) {
     EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
 }
 
+TEST_F(WebRun, WhatThePageLacksIsSaidLastAndTheRestWritten) {
+    const ProgramRun result = run({"--plot", folder / "none", world, page});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.logLines().back(),
+                testing::EndsWith("none are missing: No such file or directory"));
+    EXPECT_TRUE(std::filesystem::exists(page));
+}
+
 TEST_F(WebRun, WithoutLandNothingIsTouched) {
     std::ofstream(page) << "older";
     const std::string empty = folder / "empty";
