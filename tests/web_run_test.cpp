@@ -54,7 +54,7 @@ TEST_F(WebRun, HeightsThatAreNoNumbersAreSaidAndCountAsZero) {
 TEST_F(WebRun, PlacesOffTheWorldAreSaidAndNotInThePage) {
     std::ofstream(folder / "places.txt") << "port;1N 2E;In\n;1e308N 1E;Off\n";
     const ProgramRun result = run({"--plot", folder / "places.txt", world, page});
-    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.status, 1);
     EXPECT_TRUE(result.logContains("Error: 1 of 2 places are off the world"));
     EXPECT_THAT(textOfFile(page), HasSubstr(R"("places":[[2.0,1.0,"In","port"]])"));
 }
