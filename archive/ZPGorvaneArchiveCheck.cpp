@@ -76,22 +76,26 @@ ZPGorvaneArchiveCheck::followChain(std::uint32_t first, std::uint32_t owner, Fau
                   ZPFormat("the chain contains a loop to %08x", offset));
             return chain;
         }
-        if (owner >= ZPGorvaneBlockMap::firstFile && current >= ZPGorvaneBlockMap::firstFile) {
-            _meetings.push_back({owner - ZPGorvaneBlockMap::firstFile,
-                                 current - ZPGorvaneBlockMap::firstFile, offset, previous,
-                                 chain.blockCount});
-            return chain;
-        }
         if (current != ZPGorvaneBlockMap::nobody) {
-            fault(kZPGorvaneSharedFinding, offset,
-                  ZPFormat("block %08x belongs to %s too", offset, describeOwner(current).c_str()));
+            if (owner >= ZPGorvaneBlockMap::firstFile && current >= ZPGorvaneBlockMap::firstFile)
+                _meetings.push_back({owner - ZPGorvaneBlockMap::firstFile,
+                                     current - ZPGorvaneBlockMap::firstFile, offset, previous,
+                                     chain.blockCount});
+            else
+                fault(kZPGorvaneSharedFinding, offset,
+                      ZPFormat("block %08x belongs to %s too", offset,
+                               describeOwner(current).c_str()));
             return chain;
         }
         current = owner;
         previous = offset;
-        chain.length += _map.payloadAtOffset(offset);
         offset = _map.linkAtOffset(offset);
     }
+    // The archive may end within its last block.
+    chain.length = chain.blockCount * _storage.payloadSize();
+    if (const std::uint64_t last = _map.end() - _map.blockSize();
+        chain.blockCount > 0 && _map.ownerAtOffset(last) == owner)
+        chain.length -= _storage.payloadSize() - _map.payloadAtOffset(last);
     chain.isSound = true;
     return chain;
 }

@@ -147,7 +147,8 @@ void WQMapper::noteWhatIsMissing(const WQLandCounts &counts, bool isMap) {
              reasonForNoRegionRecord(_clientData.portalDataFile()));
     if (isMap && _overlayChoice.coordinates)
         note(WQTextOfPlacesOffTheMap(*_overlayChoice.coordinates));
-    note(counts.unreadText());
+    if (counts.drawnBlocks > 0)
+        note(counts.unreadText()); // else all of them, which the reason for no land says
     if (cellDataFile != nullptr)
         note(textOfDamage(*cellDataFile));
     if (const std::string reason = reasonForNoLand(cellDataFile, counts); !reason.empty())
