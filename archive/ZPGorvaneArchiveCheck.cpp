@@ -1,5 +1,6 @@
 #include "archive/ZPGorvaneArchiveCheck.h"
 
+#include "archive/ZPGorvaneDirectoryReader.h"
 #include "io/ZPSystemLog.h"
 
 #include <algorithm>
@@ -31,7 +32,8 @@ void ZPGorvaneArchiveCheck::add(ZPGorvaneFinding::Severity severity, const char 
 
 ZPGorvaneFindings ZPGorvaneArchiveCheck::run() {
     checkHeader();
-    checkDirectory(_storage.rootOffset(), 1, {-1, std::int64_t{1} << 32});
+    checkDirectory(_storage.rootOffset(), rootPlace(_storage.version()), 1,
+                   {-1, std::int64_t{1} << 32});
     checkFreeChain();
     checkFiles();
     findLostBlocks();
@@ -110,10 +112,11 @@ std::string ZPGorvaneArchiveCheck::describeOwner(std::uint32_t owner) const {
     }
 }
 
-void ZPGorvaneArchiveCheck::checkDirectory(std::uint32_t offset, unsigned depth, Bounds bounds) {
-    const auto fault = [&](const char *kind, std::uint64_t, const std::string &cause) {
+void ZPGorvaneArchiveCheck::checkDirectory(std::uint32_t offset, std::uint64_t place,
+                                           unsigned depth, Bounds bounds) {
+    const auto fault = [&](const char *kind, std::uint64_t /*block*/, const std::string &cause) {
         // What a directory shares is as bad as a chain that breaks.
-        add(error, kind == kZPGorvaneFileChainFinding ? kZPGorvaneDirectoryFinding : kind, offset,
+        add(error, kind == kZPGorvaneFileChainFinding ? kZPGorvaneDirectoryFinding : kind, place,
             ZPFormat("directory %08x: %s", offset, cause.c_str()));
     };
     if (depth > kMostLevels)
@@ -164,7 +167,8 @@ void ZPGorvaneArchiveCheck::checkNode(std::uint32_t offset, std::span<const std:
         return place < entries.size() ? std::int64_t{entries[place].identifier} : without;
     };
     for (std::size_t index = 0; index < children.size(); ++index)
-        checkDirectory(children[index], depth + 1,
+        checkDirectory(children[index],
+                       ZPGorvaneDirectoryReader::placeOfLink(_storage, offset, index), depth + 1,
                        {index > 0 ? identifierAt(index - 1, bounds.above) : bounds.above,
                         identifierAt(index, bounds.below)});
 }

@@ -39,7 +39,8 @@ class ZPGorvaneArchiveCheck {
     };
 
     void checkHeader();
-    void checkDirectory(std::uint32_t offset, unsigned depth, Bounds bounds);
+    /// `place` is where the link to the node stands.
+    void checkDirectory(std::uint32_t offset, std::uint64_t place, unsigned depth, Bounds bounds);
     void checkNode(std::uint32_t offset, std::span<const std::byte> node, unsigned depth,
                    Bounds bounds);
     std::vector<ZPGorvaneFileEntry> readEntries(std::uint32_t offset, ZPDataCursor &cursor,

@@ -21,16 +21,22 @@ ZPGorvaneDirectoryReader::ZPGorvaneDirectoryReader(const ZPGorvaneDataFile &data
       _maximumNodes(_storage.blockCount() * _storage.blockSize() /
                     dataFile.family().directorySize()) {}
 
+ZPGorvaneDirectoryReader::Node
+ZPGorvaneDirectoryReader::readOneNode(const ZPGorvaneDataFile &dataFile, std::uint32_t offset) {
+    return ZPGorvaneDirectoryReader(dataFile, Mode::oneNode).readNode(offset, 0, 1);
+}
+
 ZPGorvaneDirectoryReader::Tree ZPGorvaneDirectoryReader::readTree(const ZPGorvaneDataFile &dataFile,
                                                                   std::uint32_t offset) {
+    const std::uint64_t place = rootPlace(dataFile.blockStorage()->version());
     {
         ZPGorvaneDirectoryReader parallel(dataFile, Mode::parallel);
-        Node root = parallel.readNode(offset, 1);
+        Node root = parallel.readNode(offset, place, 1);
         if (!parallel._hasFaults && parallel.childrenLeftOut().empty())
             return {std::move(root), {}};
     }
     ZPGorvaneDirectoryReader reporting(dataFile, Mode::reporting);
-    Tree tree{reporting.readNode(offset, 1), {}};
+    Tree tree{reporting.readNode(offset, place, 1), {}};
     reporting.reportChildrenLeftOut();
     constexpr Bounds kAll = {-1, std::int64_t{1} << 32};
     if (tree.root.directory != nullptr)
@@ -43,14 +49,16 @@ ZPGorvaneDirectoryReader::Tree ZPGorvaneDirectoryReader::readTree(const ZPGorvan
 
 // -- reports
 
-/// Collects what is wrong, once, and logs it, each time.
+/// Logs what is wrong, each time, and collects it, once: when the tree is read, where each place is
+/// known.
 void ZPGorvaneDirectoryReader::report(std::uint64_t place, const std::string &cause,
                                       const std::string &line) {
     _hasFaults = true;
     if (isSilent())
         return;
-    _dataFile.collect({ZPGorvaneFinding::Severity::error, kZPGorvaneDirectoryFinding, std::nullopt,
-                       place, cause});
+    if (_mode == Mode::reporting)
+        _dataFile.collect({ZPGorvaneFinding::Severity::error, kZPGorvaneDirectoryFinding,
+                           std::nullopt, place, cause});
     ZPLog("%s", line.c_str());
 }
 
@@ -83,10 +91,10 @@ bool ZPGorvaneDirectoryReader::isRead(std::uint32_t offset) const {
            (_nodesRead[block / kBitsPerWord] >> block % kBitsPerWord & 1) != 0;
 }
 
-ZPGorvaneDirectoryReader::Node ZPGorvaneDirectoryReader::readNode(std::uint32_t offset,
-                                                                  unsigned depth) {
+ZPGorvaneDirectoryReader::Node
+ZPGorvaneDirectoryReader::readNode(std::uint32_t offset, std::uint64_t place, unsigned depth) {
     ZPData scratch;
-    const auto bytes = readBytes(offset, scratch);
+    const auto bytes = readBytes(offset, place, scratch);
     if (!bytes)
         return {};
     std::ignore = markAsRead(offset);
@@ -109,8 +117,8 @@ ZPGorvaneDirectoryReader::Node ZPGorvaneDirectoryReader::readNode(std::uint32_t 
 }
 
 /// None, reported, where the chain cannot be read.
-std::optional<std::span<const std::byte>> ZPGorvaneDirectoryReader::readBytes(std::uint32_t offset,
-                                                                              ZPData &scratch) {
+std::optional<std::span<const std::byte>>
+ZPGorvaneDirectoryReader::readBytes(std::uint32_t offset, std::uint64_t place, ZPData &scratch) {
     std::span<const std::byte> bytes;
     const auto size = static_cast<std::uint32_t>(_dataFile.family().directorySize());
     const auto error = _storage.findBytesAtOffset(offset, size, scratch, bytes);
@@ -120,7 +128,7 @@ std::optional<std::span<const std::byte>> ZPGorvaneDirectoryReader::readBytes(st
             ZPGorvaneBlockStorage::exceptionLine(*error, _dataFile.path().filename());
         !line.empty() && !isSilent())
         ZPLog("%s", line.c_str());
-    report(offset, ZPFormat("dir %08x> cannot be read: %s", offset, error->failureReason().c_str()),
+    report(place, ZPFormat("dir %08x> cannot be read: %s", offset, error->failureReason().c_str()),
            "Error: " + error->description());
     return std::nullopt;
 }
@@ -141,15 +149,16 @@ void ZPGorvaneDirectoryReader::readChildren(ZPGorvaneDirectory &node, ZPDataCurs
         if (isEnded)
             break;
         if (child % _storage.blockSize() != 0) {
-            reportOfNode(node._offset, child, "Subdirectory at index %zu failed checks...", index);
+            reportOfNode(node._offset, placeOfLink(_storage, node._offset, index),
+                         "Subdirectory at index %zu failed checks...", index);
             if (loss != nullptr)
-                loss->addChild(index, child);
+                loss->children.push_back(index);
         } else if (_mode != Mode::reporting) {
             node._subdirectoryOffsets.push_back(child);
-        } else if (auto directory = loadChild(node, child, depth)) {
+        } else if (auto directory = loadChild(node, child, index, depth)) {
             node._subdirectories.push_back(std::move(directory));
         } else {
-            loss->addChild(index, child);
+            loss->children.push_back(index);
         }
     }
     if (loss != nullptr)
@@ -168,7 +177,7 @@ void ZPGorvaneDirectoryReader::loadChildren(ZPGorvaneDirectory &node, unsigned d
     auto &children = node._subdirectories;
     children.resize(offsets.size());
     const auto load = [&](std::size_t index) {
-        children[index] = loadChild(node, offsets[index], depth);
+        children[index] = loadChild(node, offsets[index], index, depth);
     };
     if (depth <= kParallelDepth)
         ZPParallelFor(offsets.size(), load);
@@ -181,28 +190,29 @@ void ZPGorvaneDirectoryReader::loadChildren(ZPGorvaneDirectory &node, unsigned d
 /// Null, reported, where the child is not followed or cannot be read.
 std::unique_ptr<ZPGorvaneDirectory>
 ZPGorvaneDirectoryReader::loadChild(const ZPGorvaneDirectory &node, std::uint32_t offset,
-                                    unsigned depth) {
+                                    std::size_t index, unsigned depth) {
+    const std::uint64_t place = placeOfLink(_storage, node._offset, index);
     if (!markAsRead(offset)) {
-        reportOfNode(node._offset, offset,
+        reportOfNode(node._offset, place,
                      "Subdirectory %08x was read already and is not followed again%s", offset,
                      _dataFile.nameInParentheses().c_str());
         return nullptr;
     }
     if (depth >= kMostLevels) {
-        reportOfNode(node._offset, offset,
+        reportOfNode(node._offset, place,
                      "Subdirectory %08x lies deeper than %u levels and is not followed%s", offset,
                      kMostLevels, _dataFile.nameInParentheses().c_str());
         return nullptr;
     }
     if (const std::size_t count = _nodeCount++; count >= _maximumNodes) {
         if (count == _maximumNodes)
-            reportOfNode(node._offset, offset,
+            reportOfNode(node._offset, place,
                          "Subdirectory %08x and all after it are not followed, there is no room "
                          "for more than %zu directories%s",
                          offset, _maximumNodes, _dataFile.nameInParentheses().c_str());
         return nullptr;
     }
-    Node result = readNode(offset, depth + 1);
+    Node result = readNode(offset, place, depth + 1);
     if (result.exception)
         reportOfNode(offset, offset, "Caught exception: %s%s", result.exception->what(),
                      _dataFile.nameInParentheses().c_str());
@@ -247,7 +257,7 @@ void ZPGorvaneDirectoryReader::reportChildrenLeftOut() {
 /// Whether a node could be read there that has nothing wrong.
 bool ZPGorvaneDirectoryReader::isProbablyNode(std::uint32_t offset) const {
     ZPGorvaneDirectoryReader reader(_dataFile, Mode::probing);
-    const Node result = reader.readNode(offset, 1);
+    const Node result = reader.readNode(offset, 0, 1);
     return result.directory != nullptr && !reader._hasFaults && !result.directory->files().empty();
 }
 
@@ -287,7 +297,9 @@ void ZPGorvaneDirectoryReader::readFiles(ZPGorvaneDirectory &node, ZPDataCursor 
     if (!node.isLeaf() && node._subdirectories.size() != std::size_t{fileCount} + 1) {
         // Where children were lost, that is what is wrong, and was collected.
         const std::uint64_t place =
-            loss != nullptr && !loss->children.empty() ? loss->firstLost : node._offset;
+            loss != nullptr && !loss->children.empty()
+                ? placeOfLink(_storage, node._offset, loss->children.front())
+                : node._offset;
         reportOfNode(node._offset, place, "count: %u, subdirs: %zu, files: %zu", fileCount,
                      node._subdirectories.size(), node._files.size());
         if (loss != nullptr)

@@ -24,11 +24,17 @@ class ZPGorvaneDirectoryReader {
         ZPGorvaneLostIdentifiers lost;
     };
 
-    [[nodiscard]] static Node readOneNode(const ZPGorvaneDataFile &dataFile, std::uint32_t offset) {
-        return ZPGorvaneDirectoryReader(dataFile, Mode::oneNode).readNode(offset, 1);
-    }
+    [[nodiscard]] static Node readOneNode(const ZPGorvaneDataFile &dataFile, std::uint32_t offset);
     /// Uses all processors and, where there is anything to say of the tree, reads it a second time.
     [[nodiscard]] static Tree readTree(const ZPGorvaneDataFile &dataFile, std::uint32_t offset);
+
+    /// Where in the file the link to a node's child stands: the place of what is wrong with it,
+    /// since the link may lead anywhere. Where blocks are small, the last link of the first one.
+    static std::uint64_t placeOfLink(const ZPGorvaneBlockStorage &storage, std::uint32_t node,
+                                     std::size_t index) {
+        return std::uint64_t{node} + ZPGorvaneLayout::kLinkSize +
+               std::min<std::uint64_t>(4 * index, storage.payloadSize() - 4);
+    }
 
   private:
     /// `probing` reads one node without a word.
@@ -43,15 +49,8 @@ class ZPGorvaneDirectoryReader {
     };
     /// What of a node could not be read.
     struct Loss {
-        void addChild(std::size_t index, std::uint32_t offset) {
-            firstLost = children.empty() ? offset : firstLost;
-            children.push_back(index);
-        }
-
-        /// Places among the node's children, ascending.
+        /// Which of the node's children, ascending.
         std::vector<std::size_t> children;
-        /// Offset of the first of these.
-        std::uint32_t firstLost = 0;
         std::size_t childCount = 0;
         bool lacksEntries = false, lacksChildren = false, isOutOfOrder = false;
     };
@@ -68,12 +67,15 @@ class ZPGorvaneDirectoryReader {
     bool isRead(std::uint32_t offset) const;
     bool isProbablyNode(std::uint32_t offset) const;
 
-    Node readNode(std::uint32_t offset, unsigned depth);
-    std::optional<std::span<const std::byte>> readBytes(std::uint32_t offset, ZPData &scratch);
+    /// `place` is where the link to the node stands.
+    Node readNode(std::uint32_t offset, std::uint64_t place, unsigned depth);
+    std::optional<std::span<const std::byte>> readBytes(std::uint32_t offset, std::uint64_t place,
+                                                        ZPData &scratch);
     void readChildren(ZPGorvaneDirectory &node, ZPDataCursor &cursor, unsigned depth);
     void loadChildren(ZPGorvaneDirectory &node, unsigned depth);
     std::unique_ptr<ZPGorvaneDirectory> loadChild(const ZPGorvaneDirectory &node,
-                                                  std::uint32_t offset, unsigned depth);
+                                                  std::uint32_t offset, std::size_t index,
+                                                  unsigned depth);
     void readFiles(ZPGorvaneDirectory &node, ZPDataCursor &cursor);
     void checkOrder(const ZPGorvaneDirectory &node);
     void noteChildAfterLast(const ZPGorvaneDirectory &node, std::uint32_t fileCount,
