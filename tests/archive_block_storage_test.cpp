@@ -277,6 +277,11 @@ TEST_F(BlockStorage, WhatIsKnownOfAFilesChainsEndsWithTheFile) {
     file.put(0x1000, words({0}));
     storage->setFileHandle(ZPFileHandle::fileHandleAtPath(file.writeToPath(_directory / "mended")));
     EXPECT_TRUE(storage->readDataFromBlocksAtOffset(1024, 8));
+    // Or with the size that it is said to have.
+    storage->setFileSize(0x1000);
+    EXPECT_FALSE(storage->readDataFromBlocksAtOffset(1024, 8));
+    storage->setFileSize(0x2000);
+    EXPECT_TRUE(storage->readDataFromBlocksAtOffset(1024, 8));
 }
 
 TEST_F(BlockStorage, ChecksOfHeaderAndFreeBlocks) {

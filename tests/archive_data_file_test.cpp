@@ -2,6 +2,7 @@
 #include "tests/BlockFileBytes.h"
 #include "tests/TestSupport.h"
 
+#include "game/WQArchiveFamilies.h"
 #include "game/WQDataFile.h"
 
 #include <gtest/gtest.h>
@@ -156,6 +157,18 @@ TEST(DataFile, VersionRecordThatEndsTooEarly) {
                       "read past end in -[ZPDataCursor readLittleInt32]\n"),
               1u);
     EXPECT_EQ(dataFile.dataVersion(), nullptr);
+
+    // Whatever a family's decoder throws.
+    ZPGorvaneArchiveFamily family = kWQArchiveFamily;
+    family.newVersion = [](std::span<const std::byte>,
+                           ZPGorvaneClientData *) -> std::unique_ptr<ZPGorvaneVersion> {
+        throw ZPGenericException("odd");
+    };
+    ZPGorvaneDataFile odd(family, directory / "archive");
+    odd.quickLoadDataVersion();
+    EXPECT_EQ(countOf(captured.take(), "load the data version: odd\n"), 1u);
+    ASSERT_EQ(odd.findings().count(), 1u);
+    EXPECT_EQ(odd.findings().kept().front().text(), "ffff0001: odd");
 }
 
 TEST(DataFile, OfAStorageHasItsFiles) {
@@ -174,6 +187,7 @@ TEST(DataFile, OfAStorageHasItsFiles) {
     CapturedLog captured;
     dataFile.quickLoadDataVersion();
     EXPECT_NE(captured.take().find("Error loading data version: Error Domain="), std::string::npos);
+    EXPECT_TRUE(dataFile.description().ends_with(", (null)")) << dataFile.description();
     EXPECT_EQ(dataFile.dataVersion(), nullptr);
     dataFile.loadFileEntriesIfNecessary();
     ASSERT_NE(dataFile.fileEntryWithIdentifier(0x01000000), nullptr);

@@ -135,6 +135,14 @@ TEST_F(Directory, FaultsOfANodeAreLoggedAndTolerated) {
         EXPECT_EQ(_log.empty(), *c.line == '\0') << _log;
     }
 
+    // What is wrong with a child is said before what is wrong with the link after it.
+    _file = BlockFileBytes(16);
+    putNode(0x800, nodeBytes(words({0x1800, 0x1001}), 1, five));
+    putNode(0x1800, nodeBytes(words({0x800}), 1, entry(3)));
+    read();
+    EXPECT_LT(_log.find("dir 00001800> Subdirectory 00000800 was read"),
+              _log.find("dir 00000800> Subdirectory at index 1 failed"));
+
     // The search ends in a directory that leads back to itself.
     _file = BlockFileBytes(16);
     putNode(0x800, nodeBytes(words({0x800, 0x800}), 1, entry(5)));
