@@ -75,7 +75,7 @@ class Menu(AccessTest):
         self.assertEqual(menu(), [f"Copy {coordinate}", "Measure from here", "Mark here", "Link to here"])
         browser.keys(Keys.ARROW_UP, Keys.ENTER)
         exact = text_of_place(MIDDLE_X - 100, MIDDLE_Y + 50, 2).replace(" ", ",")
-        browser.wait(lambda: f"mark={exact},{coordinate.replace(' ', '%20')}" in browser.texts(".notice")[0])
+        browser.wait(lambda: any(f"mark={exact},{coordinate.replace(' ', '%20')}" in text for text in browser.texts(".notice")))
         browser.move(500, 350).context_click().perform()
         browser.keys(Keys.ENTER)
         browser.wait(lambda: browser.texts(".notice") == [f"Copied: {coordinate}"])
