@@ -45,7 +45,7 @@ export function laidOut(flat, spots, rankOf) {
 export function spotElement({kind, look, members, isCounter}, side, lines) {
     if (isCounter)
         return make('div', {class: `gathered ${kind || 'mark'}`}, String(members.length));
-    const name = lines ? make('span', {class: `name ${side}`}, ...lines.flatMap(line => [make('span', {class: 'line'}, line), ' '])) : '';
+    const name = lines ? make('span', {class: `name ${side}`}, ...lines.flatMap((line, index) => [index > 0 ? ' ' : '', make('span', {class: 'line'}, line)])) : '';
     const first = members ? members[0] : {kind, look};
     return make('div', {class: `spot ${first.kind || 'mark'} ${wordOfPlace(first)} ${members ? 'shared' : ''}`}, name);
 }
