@@ -356,26 +356,50 @@ std::uint32_t ZPGorvaneArchiveCheck::blockBefore(std::uint32_t first, std::uint3
     return 0;
 }
 
-/// Blocks that nobody claimed, those beside each other as one finding.
+/// Blocks that nobody claimed, those beside each other as one finding; where there are more such
+/// places than anybody reads, the rest as one.
 void ZPGorvaneArchiveCheck::findLostBlocks() {
+    // All that is looked at once: a long archive's pages need not stay in memory.
+    constexpr std::uint64_t kBytesAtOnce = std::uint64_t{64} << 20;
+    constexpr std::size_t kMostPlaces = 10'000;
+    enum class Use { used, free, nobody };
     const std::uint32_t step = _map.blockSize();
-    const auto isLost = [&](std::uint64_t offset, bool isFree) {
-        return offset < _map.end() && _map.ownerAtOffset(offset) == ZPGorvaneBlockMap::nobody &&
-               ((_map.linkAtOffset(offset) & kFreeBit) != 0) == isFree;
+    std::size_t placeCount = 0;
+    std::uint64_t blocksPassedOver = 0;
+    Use use = Use::used;
+    std::uint64_t first = 0;
+    const auto endPlace = [&](std::uint64_t end) {
+        const std::uint64_t blockCount = (end - first) / step;
+        if (use == Use::used)
+            return;
+        if (++placeCount > kMostPlaces)
+            blocksPassedOver += blockCount;
+        else
+            add(warning, kZPGorvaneLostFinding, first,
+                ZPFormat("%llu blocks from %08llx on are %s",
+                         static_cast<unsigned long long>(blockCount),
+                         static_cast<unsigned long long>(first),
+                         use == Use::free ? "marked free and not in the free chain"
+                                          : "used by nobody"));
     };
     for (std::uint64_t offset = 0; offset < _map.end(); offset += step) {
-        if (_map.ownerAtOffset(offset) != ZPGorvaneBlockMap::nobody)
+        if (offset % kBytesAtOnce < step && offset > 0)
+            _storage.fileHandle()->releasePages();
+        const Use found = _map.isUsed(offset)                           ? Use::used
+                          : (_map.linkAtOffset(offset) & kFreeBit) != 0 ? Use::free
+                                                                        : Use::nobody;
+        if (found == use)
             continue;
-        const std::uint64_t first = offset;
-        const bool isFree = isLost(first, true);
-        while (isLost(offset + step, isFree))
-            offset += step;
-        add(warning, kZPGorvaneLostFinding, first,
-            ZPFormat("%llu blocks from %08llx on are %s",
-                     static_cast<unsigned long long>((offset - first) / step + 1),
-                     static_cast<unsigned long long>(first),
-                     isFree ? "marked free and not in the free chain" : "used by nobody"));
+        endPlace(offset);
+        use = found;
+        first = offset;
     }
+    endPlace(_map.end());
+    if (placeCount > kMostPlaces)
+        add(warning, kZPGorvaneLostFinding, first,
+            ZPFormat("%llu blocks more in %zu places are used by nobody or marked free and not in "
+                     "the free chain",
+                     static_cast<unsigned long long>(blocksPassedOver), placeCount - kMostPlaces));
 }
 
 /// What the library's reader found of the directory where this has found nothing, such as a child

@@ -66,7 +66,7 @@ class ZPGorvaneBlockStorage::Chain {
         const auto rest = _bytes.subspan(offset + std::size_t{kLinkSize});
         return rest.first(std::min<std::size_t>(rest.size(), _storage.payloadSize()));
     }
-    std::uint64_t blockCount() const { return _bytes.size() / _blockSize + 1; }
+    std::uint64_t blockCount() const { return _storage.reachableBlockCount() + 1; }
 
     std::optional<ZPError> faultOfBlockOffset(std::uint32_t offset) const;
     ZPError loopTo(std::uint32_t offset) const;
@@ -205,7 +205,7 @@ std::uint32_t ZPGorvaneBlockStorage::Chain::firstBlockOfLoop(std::uint64_t loopL
 /// Remembers the way to a loop and the loop's own blocks.
 void ZPGorvaneBlockStorage::Chain::rememberLoop(std::uint32_t first) {
     remember(_first, first, first);
-    _memory.makeRoom(blockCount());
+    _memory.makeRoom(_storage.reachableBlockCount());
     if (!_memory.hasRoom())
         return;
     std::uint32_t block = first;
@@ -223,7 +223,7 @@ void ZPGorvaneBlockStorage::Chain::remember(std::uint32_t block, std::uint32_t e
                                             std::uint32_t word) {
     if (block == end || word == ZPGorvaneChainMemory::kUnknown)
         return;
-    _memory.makeRoom(blockCount());
+    _memory.makeRoom(_storage.reachableBlockCount());
     if (!_memory.hasRoom())
         return;
     for (std::uint64_t left = blockCount(); block != end && block != 0 && left > 0; --left) {

@@ -18,7 +18,9 @@ std::uint64_t blocksWithin(std::uint64_t fileSize, std::uint64_t size, std::uint
 
 ZPGorvaneBlockMap::ZPGorvaneBlockMap(const ZPGorvaneBlockStorage &storage)
     : _bytes(storage.fileHandle()->bytes()), _blockSize(storage.blockSize()),
-      _owners(blocksWithin(storage.fileSize(), _bytes.size(), _blockSize)) {
+      _end(blocksWithin(storage.fileSize(), _bytes.size(), _blockSize) * _blockSize),
+      _owners(ZPLargeArray<std::uint32_t>::allocate(
+          std::min<std::uint64_t>(_end, ZPGorvaneLayout::kFreeBit) / _blockSize + 1)) {
     // With small blocks the header takes more than the first one.
     const std::uint64_t headerEnd = ZPGorvaneLayout::headerEnd(storage.version());
     for (std::uint64_t offset = 0; offset < std::min(headerEnd, end()); offset += _blockSize)

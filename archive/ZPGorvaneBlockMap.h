@@ -1,8 +1,10 @@
 #pragma once
 
 #include "archive/ZPGorvaneBlockStorage.h"
+#include "io/ZPLargeArray.h"
 
-/// Who uses each block of an archive, filled while chains are followed: 4 bytes a block.
+/// Who uses each block of an archive, filled while chains are followed: 4 bytes a block that an
+/// offset can name, and memory only where blocks are used.
 class ZPGorvaneBlockMap {
   public:
     /// Who uses a block: nobody, the header, the free chain, a directory, or the file with this
@@ -13,7 +15,7 @@ class ZPGorvaneBlockMap {
 
     std::uint32_t blockSize() const { return _blockSize; }
     /// End of the blocks that both the file and its header have, of the last one the link at least.
-    std::uint64_t end() const { return _owners.size() * std::uint64_t{_blockSize}; }
+    std::uint64_t end() const { return _end; }
     /// How much of a block's payload the file has.
     std::uint64_t payloadAtOffset(std::uint64_t offset) const {
         return std::min<std::uint64_t>(_blockSize, _bytes.size() - offset) -
@@ -32,17 +34,25 @@ class ZPGorvaneBlockMap {
             link |= std::to_integer<std::uint32_t>(word[index]) << 8 * index;
         return link;
     }
-    std::uint32_t &ownerAtOffset(std::uint64_t offset) { return _owners[offset / _blockSize]; }
+    /// Of a block that a chain may use.
+    std::uint32_t &ownerAtOffset(std::uint64_t offset) {
+        return _owners.data()[offset / _blockSize];
+    }
+    bool isUsed(std::uint64_t offset) const {
+        return offset / _blockSize < _owners.size() &&
+               _owners.data()[offset / _blockSize] != nobody;
+    }
     /// Starts loading what a chain's first step will want.
     [[gnu::always_inline]] inline void prefetch(std::uint32_t offset) const {
-        if (offset < end()) {
+        if (offset < end() && offset < ZPGorvaneLayout::kFreeBit) {
             __builtin_prefetch(_bytes.data() + offset);
-            __builtin_prefetch(&_owners[offset / _blockSize]);
+            __builtin_prefetch(&_owners.data()[offset / _blockSize]);
         }
     }
 
   private:
     std::span<const std::byte> _bytes;
     std::uint32_t _blockSize;
-    std::vector<std::uint32_t> _owners;
+    std::uint64_t _end;
+    ZPLargeArray<std::uint32_t> _owners;
 };

@@ -126,6 +126,11 @@ class ZPGorvaneBlockStorage {
     std::uint32_t contentSubtype() const { return _contentSubtype; }
     /// How many blocks the file really has, its header included.
     std::size_t blockCount() const { return fileBytes().size() / _blockSize; }
+    /// How many of them an offset can name: what is remembered block by block needs no more room,
+    /// however long the file is.
+    std::size_t reachableBlockCount() const {
+        return std::min<std::size_t>(blockCount(), ZPGorvaneLayout::kFreeBit / _blockSize + 1);
+    }
     /// Payload bytes of the free blocks, in 32 bits.
     std::uint32_t freeSpace() const { return payloadSize() * _freeBlockCount; }
 

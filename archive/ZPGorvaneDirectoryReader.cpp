@@ -17,7 +17,7 @@ constexpr std::uint32_t kLeastFiles = 30;
 
 ZPGorvaneDirectoryReader::ZPGorvaneDirectoryReader(const ZPGorvaneDataFile &dataFile, Mode mode)
     : _dataFile(dataFile), _storage(*dataFile.blockStorage()), _mode(mode),
-      _nodesRead(readsTree() ? _storage.blockCount() / kBitsPerWord + 1 : 0),
+      _nodesRead(readsTree() ? _storage.reachableBlockCount() / kBitsPerWord + 1 : 0),
       _maximumNodes(_storage.blockCount() * _storage.blockSize() /
                     dataFile.family().directorySize()) {}
 
