@@ -36,19 +36,18 @@ class ZPGorvaneChainMemory {
     }
     bool hasRoom() const { return _isReady.load(std::memory_order_acquire); }
 
-    // Only where there is room.
+    // Only where there is room. By the compilers' own functions, since not every standard library
+    // has std::atomic_ref.
     std::uint32_t wordOfBlock(std::size_t number) const {
-        return number < _words.size() ? std::atomic_ref(_words.data()[number]).load(kRelaxed)
+        return number < _words.size() ? __atomic_load_n(&_words.data()[number], __ATOMIC_RELAXED)
                                       : kUnknown;
     }
     void noteBlock(std::size_t number, std::uint32_t word) {
         if (number < _words.size())
-            std::atomic_ref(_words.data()[number]).store(word, kRelaxed);
+            __atomic_store_n(&_words.data()[number], word, __ATOMIC_RELAXED);
     }
 
   private:
-    static constexpr auto kRelaxed = std::memory_order_relaxed;
-
     std::mutex _lock;
     std::atomic<bool> _isReady = false;
     ZPLargeArray<std::uint32_t> _words;

@@ -25,9 +25,10 @@ if(PLOTTERRA_SANITIZE)
 endif()
 
 # One static library a layer, named plotterra_<layer>, of all sources in its folder but a program's
-# main.cpp.
+# main.cpp, and of those that stand for its platform.
 function(plotterra_layer name)
-    file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
+    file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp
+        ${CMAKE_CURRENT_SOURCE_DIR}/platform/${PLOTTERRA_PLATFORM}/*.cpp)
     list(FILTER sources EXCLUDE REGEX "/main\\.cpp$")
     add_library(plotterra_${name} STATIC ${sources})
     add_library(Plotterra::${name} ALIAS plotterra_${name})

@@ -1,6 +1,7 @@
 #include "game/WQMapCoordinate.h"
 
 #include "game/WQIdentifier.h"
+#include "io/ZPFloatText.h"
 #include "io/ZPPointText.h"
 #include "io/ZPSystemLog.h"
 #include "io/ZPText.h"
@@ -108,8 +109,7 @@ std::optional<float> Scanner::scanFloat() {
     const bool isNegative = isSigned && _rest.front() == '-';
     const std::string_view number = take(end).substr(start);
     float value = 0;
-    if (std::from_chars(number.data(), number.data() + number.size(), value).ec ==
-        std::errc::result_out_of_range)
+    if (!ZPFloatFromText(number, value))
         value = outOfRangeValue(mantissa, exponent);
     return isNegative ? -value : value;
 }

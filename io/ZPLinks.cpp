@@ -1,7 +1,9 @@
 #include "io/ZPLinks.h"
 
-#include <linux/magic.h>
 #include <sys/vfs.h>
+
+/// PROC_SUPER_MAGIC of <linux/magic.h>, which not every system has.
+constexpr auto kProcessFolder = 0x9fa0;
 
 std::filesystem::path ZPFolderOfPath(const std::filesystem::path &path) {
     return path.has_parent_path() ? path.parent_path() : ".";
@@ -10,7 +12,7 @@ std::filesystem::path ZPFolderOfPath(const std::filesystem::path &path) {
 bool ZPIsInProcessFolder(const std::filesystem::path &path) {
     struct statfs fileSystem {};
     return statfs(ZPFolderOfPath(path).c_str(), &fileSystem) == 0 &&
-           fileSystem.f_type == PROC_SUPER_MAGIC;
+           fileSystem.f_type == kProcessFolder;
 }
 
 std::filesystem::path ZPFollowLinks(std::filesystem::path path) {

@@ -2,6 +2,7 @@
 
 #include "io/ZPAbandonProcess.h"
 #include "io/ZPForeignCall.h"
+#include "io/ZPReader.h"
 #include "io/ZPTemporaryName.h"
 
 #include <cerrno>
@@ -12,7 +13,6 @@
 #include <exception>
 #include <fcntl.h>
 #include <new>
-#include <poll.h>
 #include <unistd.h>
 
 namespace {
@@ -80,9 +80,7 @@ void ZPPrepareProcess() {
 void ZPEndProcess(int status) {
     const bool isWritten = std::fflush(nullptr) == 0 && std::ferror(stdout) == 0;
     // Whoever reads it may go away without a word.
-    pollfd output = {STDOUT_FILENO, POLLOUT, 0};
-    const bool isReaderGone = poll(&output, 1, 0) == 1 && (output.revents & POLLERR) != 0;
-    if (!isWritten && !isReaderGone) {
+    if (!isWritten && !ZPIsReaderGone(STDOUT_FILENO)) {
         std::fprintf(stderr, "%s: cannot write to standard output\n",
                      program_invocation_short_name);
         status = status == EXIT_SUCCESS ? ZPStatusOfFailure() : status;

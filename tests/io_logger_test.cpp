@@ -1,8 +1,10 @@
 #include "tests/TestBytes.h"
 #include "tests/TestSupport.h"
 
+#include "io/ZPChecksum.h"
 #include "io/ZPLogger.h"
 #include "io/ZPSHA1.h"
+#include "io/ZPSHA256.h"
 #include "io/ZPSystemLog.h"
 #include "io/ZPText.h"
 
@@ -183,6 +185,25 @@ TEST(Extensions, UTF8IsValidUpToTheEndsOfItsRanges) {
 TEST(Extensions, TextsAndHashes) {
     EXPECT_EQ(ZPSHA1DigestString({}), "da39a3ee5e6b4b0d3255bfef95601890afd80709");
     EXPECT_EQ(ZPSHA1DigestString(hex("616263")), "a9993e364706816aba3e25717850c26c9cd0d89d");
+    // Lengths about the last place where the length fits into the block as well.
+    for (const auto &[length, sha1, sha256] :
+         {std::tuple{55, "c1c8bbdc22796e28c0e15163d20899b65621d65a",
+                     "9f4390f8d30c2dd92ec9f095b65e2b9ae9b0a925a5258e241c9f1e910f734318"},
+          {56, "c2db330f6083854c99d4b5bfb6e8f29f201be699",
+           "b35439a4ac6f0948b6d6f9e3c6af0f5f590ce20f1bde7090ef7970686ec6738a"},
+          {64, "0098ba824b5c16427bd7a1122a5a442a25ec644d",
+           "ffe054fe7ae0cb6dc65c3af9b61d5209f439851db43d0ba5997337df154668eb"},
+          {1000, "291e9a6c66994949b57ba5e650361e98fc36b1ba",
+           "41edece42d63e8d9bf515a9ba6932e1c20cbc9f5a5d134645adb5db1b9737ea3"}}) {
+        const ZPData message(static_cast<std::size_t>(length), std::byte{'a'});
+        EXPECT_EQ(ZPSHA1DigestString(message), sha1) << length;
+        EXPECT_EQ(ZPHexString(ZPSHA256DigestOfData(message)), sha256) << length;
+    }
+    // Two pieces as one; sums that pass 2^16 and 2^32.
+    const ZPData ones(70000, std::byte{0xFF});
+    const std::span<const std::byte> all = ones;
+    EXPECT_EQ(ZPCRC32(ZPCRC32(0, all.first(3)), all.subspan(3)), 0x80F95A0Au);
+    EXPECT_EQ(ZPAdler32(ZPAdler32(1, all.first(6000)), all.subspan(6000)), 0x2A286E81u);
     EXPECT_EQ(ZPFourCCStringForValue(0x41424344), "ABCD");
     EXPECT_EQ(ZPStringForFlags(0x00A00001), "..a....1");
     EXPECT_EQ(ZPTimeFromSeconds(86400 * 1.5), " 1.50 days (129600.000000 seconds)");

@@ -1,6 +1,7 @@
 #include "web/WQWebPage.h"
 
 #include "game/WQKnownDungeons.h"
+#include "io/ZPSHA256.h"
 #include "io/ZPText.h"
 #include "map/png/WQAdler32.h"
 #include "web/WQLandDigest.h"
@@ -8,27 +9,30 @@
 
 #include <cmath>
 #include <nlohmann/json.hpp>
-#include <openssl/evp.h>
 
 namespace {
 
 using nlohmann::json;
 
 std::string base64(std::span<const std::byte> bytes) {
-    std::string text((bytes.size() + 2) / 3 * 4 + 1, '\0');
-    const int length = EVP_EncodeBlock(reinterpret_cast<unsigned char *>(text.data()),
-                                       reinterpret_cast<const unsigned char *>(bytes.data()),
-                                       static_cast<int>(bytes.size()));
-    text.resize(static_cast<std::size_t>(length));
+    constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string text;
+    text.reserve((bytes.size() + 2) / 3 * 4);
+    for (std::size_t place = 0; place < bytes.size(); place += 3) {
+        const std::size_t count = std::min<std::size_t>(bytes.size() - place, 3);
+        std::uint32_t word = 0;
+        for (std::size_t index = 0; index < 3; ++index)
+            word = word << 8 |
+                   (index < count ? std::to_integer<std::uint32_t>(bytes[place + index]) : 0);
+        for (std::size_t digit = 0; digit < 4; ++digit)
+            text += digit <= count ? kDigits[word >> (18 - 6 * digit) & 0x3F] : '=';
+    }
     return text;
 }
 
 /// How a Content-Security-Policy names a script or style that may be used.
 std::string policySource(std::string_view text) {
-    std::array<std::byte, 32> digest;
-    EVP_Digest(text.data(), text.size(), reinterpret_cast<unsigned char *>(digest.data()), nullptr,
-               EVP_sha256(), nullptr);
-    return " 'sha256-" + base64(digest) + "'";
+    return " 'sha256-" + base64(ZPSHA256DigestOfData(std::as_bytes(std::span(text)))) + "'";
 }
 
 /// Nothing is loaded from anywhere. Workers are made of the page's own text, pictures of what it

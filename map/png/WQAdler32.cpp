@@ -1,7 +1,8 @@
 #include "map/png/WQAdler32.h"
 
+#include "io/ZPChecksum.h"
+
 #include <algorithm>
-#include <isa-l/igzip_lib.h>
 
 namespace {
 
@@ -44,8 +45,7 @@ struct PixelSums : Sums<std::uint64_t> {
 } // namespace
 
 void WQAdler32::append(std::span<const std::byte> bytes) {
-    const std::uint32_t sum =
-        isal_adler32(value(), reinterpret_cast<const unsigned char *>(bytes.data()), bytes.size());
+    const std::uint32_t sum = ZPAdler32(value(), bytes);
     _a = sum & 0xFFFF;
     _b = sum >> 16;
 }

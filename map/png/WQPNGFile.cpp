@@ -1,6 +1,7 @@
 #include "map/png/WQPNGFile.h"
 
 #include "io/ZPAtomicFile.h"
+#include "io/ZPChecksum.h"
 #include "io/ZPMutableDataCursor.h"
 #include "io/ZPParallel.h"
 #include "io/ZPStage.h"
@@ -9,7 +10,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <isa-l/crc.h>
 #include <vector>
 
 namespace {
@@ -36,8 +36,7 @@ ZPData chunk(std::string_view type, std::initializer_list<std::span<const std::b
     for (const auto &part : parts)
         cursor.writeData(part);
     const auto checked = std::span(cursor.data()).subspan(4);
-    cursor.writeBigInt32(crc32_gzip_refl(0, reinterpret_cast<const unsigned char *>(checked.data()),
-                                         checked.size()));
+    cursor.writeBigInt32(ZPCRC32(0, checked));
     return cursor.takeData();
 }
 

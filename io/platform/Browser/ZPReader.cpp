@@ -1,0 +1,5 @@
+#include "io/ZPReader.h"
+
+bool ZPIsReaderGone(int) {
+    return false;
+}
