@@ -21,7 +21,7 @@ void registerClass(const char *name, ZPGorvaneGame game) {
 } // namespace
 
 /// Runs before main.
-extern "C" [[gnu::constructor]] void WQRegisterClientDataClasses() {
+extern "C" [[gnu::constructor, gnu::used]] void WQRegisterClientDataClasses() {
     const ZPLogHold hold;
     registerClass<WQClientData>("WQClientData", ZPGorvaneGame::first);
     registerClass<WQRetailClientData>("WQRetailClientData", ZPGorvaneGame::firstRetail);

@@ -202,8 +202,8 @@ std::unique_ptr<WQImage> WQMapper::newBaseMap() {
         return nullptr;
     ZPLog("diffuseFactor for deep water: %g", WQFlatDiffuseFactor(_lightVector));
     ZPLog("--------------------------------------------------------------");
-    ZPLog("initialBitmapContext: %zu x %zu, 8 bits a component, RGBA", kWQLandSize * _scale,
-          kWQLandSize * _scale);
+    const auto size = static_cast<unsigned long long>(kWQLandSize * _scale);
+    ZPLog("initialBitmapContext: %llu x %llu, 8 bits a component, RGBA", size, size);
     WQShadedLand land = shadeLand();
     ZPLog("Done that part.");
     ZPLog("minDiff: %g, maxDiff: %g", land.light.minimum, land.light.maximum);
