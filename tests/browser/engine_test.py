@@ -63,7 +63,7 @@ class Engine(unittest.TestCase):
         self.both(["--old", older, "--save-changes", "changes", damaged, "map"], ["changes", "map.png"])
 
     def test_what_is_not_there(self):
-        self.both([world / "none", "map"], [])
+        self.both([world / "none", "map"], ["map.png"])
         self.both(["-s"], [])
 
 
