@@ -29,7 +29,7 @@ ZPGorvaneDirectoryReader::readOneNode(const ZPGorvaneDataFile &dataFile, std::ui
 ZPGorvaneDirectoryReader::Tree ZPGorvaneDirectoryReader::readTree(const ZPGorvaneDataFile &dataFile,
                                                                   std::uint32_t offset) {
     const std::uint64_t place = rootPlace(dataFile.blockStorage()->version());
-    {
+    if (ZPIsOpen(ZPFastWay::index)) {
         ZPGorvaneDirectoryReader parallel(dataFile, Mode::parallel);
         Node root = parallel.readNode(offset, place, 1);
         if (!parallel._hasFaults && parallel.childrenLeftOut().empty())
