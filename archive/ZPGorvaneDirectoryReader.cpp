@@ -1,5 +1,6 @@
 #include "archive/ZPGorvaneDirectoryReader.h"
 
+#include "archive/ZPFastWay.h"
 #include "io/ZPParallel.h"
 #include "io/ZPSystemLog.h"
 

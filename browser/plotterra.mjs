@@ -4,4 +4,4 @@
 import makeEngine from "./engine.mjs";
 
 const [program, ...words] = process.argv.slice(2);
-await makeEngine({ thisProgram: program ?? "plotterra.mjs", arguments: words });
+makeEngine({ thisProgram: program ?? "plotterra.mjs", arguments: words });
