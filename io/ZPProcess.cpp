@@ -4,6 +4,7 @@
 #include "io/ZPForeignCall.h"
 #include "io/ZPReader.h"
 #include "io/ZPTemporaryName.h"
+#include "io/ZPUnwinding.h"
 
 #include <cerrno>
 #include <csignal>
@@ -65,6 +66,7 @@ void catchFaults() {
 
 void ZPPrepareProcess() {
     std::set_terminate(&abandonAfterException);
+    ZPPrepareUnwinding();
     catchFaults();
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);

@@ -1,0 +1,3 @@
+#include "io/ZPUnwinding.h"
+
+void ZPPrepareUnwinding() {}
