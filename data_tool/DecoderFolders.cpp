@@ -15,6 +15,32 @@ std::filesystem::path folderFromEnvironment(const char *variable, const char *be
     return std::filesystem::path(folder) / below;
 }
 
+/// What came of opening a folder; one that merely cannot be looked at may be there.
+enum class Opened { yes, isNotThere, fails };
+
+Opened openFolder(const std::filesystem::path &path) {
+    std::error_code fault;
+    const std::filesystem::directory_iterator entries(path, fault);
+    if (!fault)
+        return Opened::yes;
+    return fault == std::errc::no_such_file_or_directory || fault == std::errc::not_a_directory
+               ? Opened::isNotThere
+               : Opened::fails;
+}
+
+/// Where this program lies; empty, which is said, where the system does not tell.
+const std::filesystem::path &programFolder() {
+    static const std::filesystem::path folder = [] {
+        std::error_code fault;
+        const auto program = std::filesystem::read_symlink("/proc/self/exe", fault);
+        if (fault)
+            say("/proc/self/exe: cannot be read, the decoders beside the program are missing: " +
+                fault.message());
+        return program.parent_path();
+    }();
+    return folder;
+}
+
 } // namespace
 
 std::vector<std::filesystem::path> decoderFolders(const GlobalOptions &options) {
@@ -25,14 +51,11 @@ std::vector<std::filesystem::path> decoderFolders(const GlobalOptions &options) 
         own = folderFromEnvironment("HOME", ".config/plotterra/decoders");
     if (!own.empty())
         folders.push_back(std::move(own));
-    std::error_code fault;
-    const auto program = std::filesystem::read_symlink("/proc/self/exe", fault).parent_path();
-    if (!fault) {
+    if (const auto &program = programFolder(); !program.empty()) {
         auto shipped = program.parent_path() / "share/plotterra/decoders";
         // A program that was built and not installed has them beside its build folder.
         auto built = program.parent_path() / "decoders";
-        if (!std::filesystem::is_directory(shipped, fault) &&
-            std::filesystem::is_directory(built, fault))
+        if (openFolder(shipped) != Opened::yes && openFolder(built) != Opened::isNotThere)
             shipped = std::move(built);
         folders.push_back(std::move(shipped));
     }
