@@ -277,7 +277,9 @@ class Marks(PageTest):
         browser.wait(lambda: self.names() == ["One", "10.5S 20.5W"])
 
     def names(self):
-        return [field.get_attribute("value") for field in browser.all("#panel input[type=text]")]
+        # At once, since the list is made anew as it scrolls.
+        return browser.driver.execute_script(
+            "return [...document.querySelectorAll('#panel input[type=text]')].map((field) => field.value)")
 
     def test_that_are_many_scroll_and_come_from_another_page(self):
         browser.open(page)
